@@ -1,0 +1,129 @@
+// What the generated decoders are made of: the rules for SEQUENCE, CHOICE and SEQUENCE OF that go
+// beyond one primitive. The value model is in asn1per.h.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "numbers.h"
+#include "opentypes.h"
+
+/// BOOLEAN: 0 or 1. Returns 0, or -2, not logged.
+[[nodiscard]] inline AsnStatus pd_Boolean(AsnContext& ctx, uint8_t& value) {
+    return pd_bit(ctx, &value);
+}
+
+/// An extension or presence bit. The status of its read is dropped: a bit beyond the end counts as
+/// 0, and the next read that is examined fails.
+inline uint32_t pd_Flag(AsnContext& ctx) {
+    uint8_t bit = 0;
+    (void)pd_bit(ctx, &bit);  // beyond the end: 0
+    return bit;
+}
+
+/// The presence bits of `count` optional components (at most 32) as the word `m`: the first one
+/// read is bit 0.
+template <class Flags>
+void pd_PresenceBits(AsnContext& ctx, Flags& m, uint32_t count) {
+    static_assert(sizeof m == sizeof(uint32_t));
+    uint32_t word = 0;
+    for (uint32_t i = 0; i < count; ++i) word |= pd_Flag(ctx) << i;
+    __builtin_memcpy(&m, &word, sizeof word);
+}
+
+// --- SEQUENCE ---
+
+/// Ends a SEQUENCE that knows no additions: keeps those that came, or clears the record. Returns
+/// the status of pd_OpenTypeExt.
+[[nodiscard]] AsnStatus pd_UnknownAdditions(AsnContext& ctx, uint32_t extended,
+                                            AsnOpenType& extElem1);
+
+/// Decodes addition `index` of `record` from the cursor, which stands at the start of its open
+/// type, and sets its presence bit; an index that it does not know is no error and leaves nothing.
+using AsnAdditionDecoder = AsnStatus (*)(AsnContext& ctx, void* record, uint32_t index);
+
+/// Ends a SEQUENCE that knows additions, where its extension bit is 1 (X.691 18.7 to 18.9): reads
+/// the bitmap and redirects the cursor into one open type after the other. A failure inside one is
+/// returned at once, the cursor left redirected.
+[[nodiscard]] AsnStatus pd_Additions(AsnContext& ctx, void* record, AsnAdditionDecoder decode);
+
+// --- CHOICE ---
+
+/// Reads the index of a root alternative into the tag (index + 1). Returns 0, -2, or -11 for an
+/// index beyond the root, not logged.
+[[nodiscard]] AsnStatus pd_RootAlternative(AsnContext& ctx, uint32_t& t, uint32_t roots);
+
+/// Keeps an unknown alternative of a CHOICE that knows no extension alternatives, in a record in
+/// the element heap; the tag is left alone. Returns 0, -2 or -12, logged.
+[[nodiscard]] AsnStatus pd_UnknownAlternative(AsnContext& ctx, AsnOpenType*& extElem1);
+
+/// Decodes the alternative that the tag of `choice` names.
+using AsnAlternativeDecoder = AsnStatus (*)(AsnContext& ctx, void* choice);
+
+/// An extension alternative of a CHOICE with `roots` root and `known` extension alternatives: index
+/// to tag, a move to the next octet boundary in either variant, and the alternative from inside its
+/// open type. Returns 0, -11 for an index that is not known (its open type has been read; the
+/// cursor is left redirected; not logged), or what failed.
+[[nodiscard]] AsnStatus pd_ExtensionAlternative(AsnContext& ctx, void* choice, uint32_t& t,
+                                                uint32_t roots, uint32_t known,
+                                                AsnAlternativeDecoder decode);
+
+// --- SEQUENCE OF ---
+
+/// The count of a list. Every element takes at least `elementBits` bits: a count that asks for more
+/// than is left fails with -2, logged, before anything is allocated. Else the status of pd_Length:
+/// also 2, for fragmented lists are not supported.
+[[nodiscard]] AsnStatus pd_ListLength(AsnContext& ctx, uint32_t* count, uint32_t elementBits);
+
+// --- values in the element heap ---
+
+/// A run of octets inside a record.
+struct AsnSpan {
+    size_t offset;
+    size_t size;
+};
+
+/// The spans of a type that need no clearing: inline octets behind a count that says how many of
+/// them are value. A record with room for a key of 65535 octets would else cost as many writes. The
+/// generator specialises this for the types that have any, in ascending order.
+template <class T>
+inline constexpr std::array<AsnSpan, 0> asnUncleared{};
+
+/// `count` records of `size` octets, zeroed but for the spans. Null where memory is exhausted.
+void* asnNewRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
+                    size_t spans);
+
+/// The array of a list; a count of 0 gives an address all the same. Null: the caller logs.
+template <class T>
+T* asnNewElements(AsnContext& ctx, uint32_t count) {
+    return static_cast<T*>(
+        asnNewRecords(ctx, count, sizeof(T), asnUncleared<T>.data(), asnUncleared<T>.size()));
+}
+
+/// The value of a choice alternative. Null: logged with -12, which the caller returns.
+void* asnNewAlternative(AsnContext& ctx, size_t size, const AsnSpan* uncleared, size_t spans);
+template <class T>
+T* asnNewValue(AsnContext& ctx) {
+    return static_cast<T*>(
+        asnNewAlternative(ctx, sizeof(T), asnUncleared<T>.data(), asnUncleared<T>.size()));
+}
+
+// --- recursive types ---
+
+/// How many values of recursive types may stand inside one another. H.245 allows 15 levels of
+/// MultiplexElement; the stack of a thread would bear many times this.
+constexpr uint32_t kAsnMaxDepth = 64;
+
+/// One level of a recursive type, while its decoder runs.
+class AsnNesting {
+  public:
+    explicit AsnNesting(AsnContext& ctx) : ctx_(ctx) { ++ctx.depth; }
+    ~AsnNesting() { --ctx_.depth; }
+    AsnNesting(const AsnNesting&) = delete;
+    AsnNesting& operator=(const AsnNesting&) = delete;
+    /// 0, or -22, logged, beyond kAsnMaxDepth.
+    [[nodiscard]] AsnStatus check() const;
+
+  private:
+    AsnContext& ctx_;
+};

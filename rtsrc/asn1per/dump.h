@@ -1,0 +1,92 @@
+// One dump under way: the path of the value being printed, and the text not yet written.
+//
+// A path is extended step by step and cut back, never formatted anew; lines gather in a buffer that
+// goes to the stream through the C library when it is full and when the dump ends, so that they
+// stand in order behind what the host has printed. Nothing is allocated, no path is too long, and a
+// failing stream is not detected.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string_view>
+
+class AsnDumpStep;
+
+struct AsnDump {
+    static constexpr size_t kTextSize = 16384;
+    static constexpr size_t kPathSize = 4096;  // above the longest path of any legal message
+    static constexpr size_t kBlock = 32;  // paths are copied in blocks; both buffers have slack
+
+    /// `root` is the path to begin with; the text stays the caller's and must outlive the dump.
+    AsnDump(FILE* stream, const char* root);
+    ~AsnDump();  // writes what is left
+    AsnDump(const AsnDump&) = delete;
+    AsnDump& operator=(const AsnDump&) = delete;
+
+    FILE* stream;
+    size_t textLength;
+    size_t pathLength;
+    const AsnDumpStep* spilled;  // the innermost step that did not fit into `path`, or null
+    std::string_view root;       // written first where it did not fit into `path`, else empty
+    char path[kPathSize + kBlock];
+    char text[kTextSize + kBlock];
+};
+
+/// One step of the path, for as long as it lives: a prefix and a name. Steps end in the reverse of
+/// the order in which they began.
+class AsnDumpStep {
+  public:
+    AsnDumpStep(AsnDump& dump, std::string_view prefix, std::string_view name);
+    ~AsnDumpStep() {
+        dump_.pathLength = pathLength_;
+        dump_.spilled = outer_;
+    }
+    AsnDumpStep(const AsnDumpStep&) = delete;
+    AsnDumpStep& operator=(const AsnDumpStep&) = delete;
+
+    /// Writes the spilled steps from the outermost to this one.
+    void write() const;
+
+  private:
+    AsnDump& dump_;
+    size_t pathLength_;         // to cut the path back to
+    const AsnDumpStep* outer_;  // the spilled step to go back to
+    std::string_view prefix_;
+    std::string_view name_;
+};
+
+/// ".name" of a SEQUENCE component, ".u@name" of a CHOICE alternative.
+struct AsnComponentStep : AsnDumpStep {
+    AsnComponentStep(AsnDump& dump, std::string_view name) : AsnDumpStep(dump, ".", name) {}
+};
+struct AsnAlternativeStep : AsnDumpStep {
+    AsnAlternativeStep(AsnDump& dump, std::string_view name) : AsnDumpStep(dump, ".u@", name) {}
+};
+
+/// The text of a list index, "0]" and on.
+struct AsnIndexText {
+    explicit AsnIndexText(uint32_t index);
+    std::string_view view() const { return {text, length}; }
+    char text[12];
+    size_t length;
+};
+
+/// ".elem[index]" of a list element.
+struct AsnElementStep : private AsnIndexText, AsnDumpStep {
+    AsnElementStep(AsnDump& dump, uint32_t index)
+        : AsnIndexText(index), AsnDumpStep(dump, ".elem[", view()) {}
+};
+
+/// Room for at least `size` octets (at most kTextSize) behind the text: writes the text out where
+/// it would not fit. The caller adds what it used to `textLength`.
+char* asnDumpRoom(AsnDump& dump, size_t size);
+
+/// Adds text of any length.
+void asnDumpText(AsnDump& dump, std::string_view text);
+
+/// Begins a line: adds the path, and gives room for `size` octets more.
+char* asnDumpLine(AsnDump& dump, size_t size);
+
+/// Formats a number at `at` and returns its end: up to 10 digits, and a sign.
+char* asnFormatUnsigned(char* at, uint32_t value);
+char* asnFormatInteger(char* at, int32_t value);

@@ -1,0 +1,77 @@
+#include "heap.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+void* payload(AsnMemBlock* block, uint32_t at) {
+    return reinterpret_cast<unsigned char*>(block + 1) + at;
+}
+
+uint32_t room(const AsnMemBlock* block) {
+    return kAsnBlockPayload - block->used;
+}
+
+void* take(AsnMemBlock* block, uint32_t size) {
+    void* const memory = payload(block, block->used);
+    block->used += size;
+    return memory;
+}
+
+/// A new block in front of the chain, or null with the chain unchanged.
+AsnMemBlock* addBlock(AsnMemHeap& heap, size_t payloadSize, uint32_t used) {
+    auto* const block = static_cast<AsnMemBlock*>(std::malloc(sizeof(AsnMemBlock) + payloadSize));
+    if (block == nullptr) return nullptr;
+    if (heap.newest != nullptr) heap.roomBehind = std::max(heap.roomBehind, room(heap.newest));
+    block->next = heap.newest;
+    block->used = used;
+    heap.newest = block;
+    return block;
+}
+
+/// First fit behind the newest block. A walk in vain brings the bound down to the truth.
+void* takeBehind(AsnMemHeap& heap, uint32_t size) {
+    uint32_t widest = 0;
+    for (AsnMemBlock* block = heap.newest->next; block != nullptr; block = block->next) {
+        if (room(block) >= size) return take(block, size);
+        widest = std::max(widest, room(block));
+    }
+    heap.roomBehind = widest;
+    return nullptr;
+}
+
+}  // namespace
+
+void* asnMemAllocRaw(AsnMemHeap& heap, size_t nbytes) {
+    if (nbytes > SIZE_MAX - 64) return nullptr;
+    const size_t rounded = (nbytes + 7) & ~size_t{7};
+    if (rounded > kAsnBlockPayload) {
+        AsnMemBlock* const block = addBlock(heap, rounded, kAsnBlockPayload);
+        return block != nullptr ? payload(block, 0) : nullptr;
+    }
+    const auto size = static_cast<uint32_t>(rounded);
+    if (heap.newest != nullptr) {
+        if (room(heap.newest) >= size) return take(heap.newest, size);
+        if (heap.roomBehind >= size) {
+            if (void* const memory = takeBehind(heap, size)) return memory;
+        }
+    }
+    AsnMemBlock* const block = addBlock(heap, kAsnBlockPayload, size);
+    return block != nullptr ? payload(block, 0) : nullptr;
+}
+
+void* asnMemAlloc(AsnMemHeap& heap, size_t nbytes) {
+    void* const memory = asnMemAllocRaw(heap, nbytes);
+    if (memory != nullptr) std::memset(memory, 0, nbytes);
+    return memory;
+}
+
+void asnMemRelease(AsnMemHeap& heap) {
+    for (AsnMemBlock* block = heap.newest; block != nullptr;) {
+        AsnMemBlock* const next = block->next;
+        std::free(block);
+        block = next;
+    }
+}

@@ -1,0 +1,226 @@
+#include "print.h"
+
+#include <cstring>
+
+namespace {
+
+char* append(char* at, std::string_view text) {
+    std::memcpy(at, text.data(), text.size());
+    return at + text.size();
+}
+
+/// Ends at `end` what asnDumpRoom or asnDumpLine began.
+void commit(AsnDump& dump, const char* end) {
+    dump.textLength = static_cast<size_t>(end - dump.text);
+}
+
+constexpr size_t kNumberSize = 11;  // "-2147483648"
+
+/// path, middle, number.
+template <class Format, class Number>
+void numberLine(AsnDump& dump, std::string_view middle, Format format, Number value) {
+    char* at = append(asnDumpLine(dump, middle.size() + kNumberSize + 1), middle);
+    at = format(at, value);
+    *at++ = '\n';
+    commit(dump, at);
+}
+
+/// The three parts that all strings of octets share.
+void printOctets(AsnDump& dump, std::string_view separator, std::string_view countName,
+                 uint32_t count, const uint8_t* data, uint32_t octets) {
+    (void)asnDumpLine(dump, 0);
+    asnDumpText(dump, separator);
+    char* at = append(asnDumpRoom(dump, countName.size() + kNumberSize + 1), countName);
+    at = asnFormatUnsigned(at, count);
+    *at++ = '\n';
+    commit(dump, at);
+    (void)asnDumpLine(dump, 0);
+    asnDumpText(dump, separator);
+    asnDumpText(dump, "data = \n");
+    asnHexDump(dump, data, octets);
+}
+
+constexpr char kHex[] = "0123456789abcdef";
+constexpr size_t kHexColumn = 48;
+
+void hexEntry(char* at, uint8_t octet) {
+    at[0] = kHex[octet >> 4];
+    at[1] = kHex[octet & 15];
+    at[2] = ' ';
+}
+
+char printable(uint8_t octet) {
+    return octet >= 0x20 && octet <= 0x7E ? static_cast<char>(octet) : '.';
+}
+
+}  // namespace
+
+void asnPrintBoolean(AsnDump& dump, uint8_t value) {
+    const std::string_view text = value != 0 ? " = TRUE\n" : " = FALSE\n";
+    commit(dump, append(asnDumpLine(dump, text.size()), text));
+}
+
+void asnPrintInteger(AsnDump& dump, int32_t value) {
+    numberLine(dump, " = ", asnFormatInteger, value);
+}
+
+void asnPrintUnsigned(AsnDump& dump, uint32_t value) {
+    numberLine(dump, " = ", asnFormatUnsigned, value);
+}
+
+void asnPrintCharStr(AsnDump& dump, const char* text) {
+    commit(dump, append(asnDumpLine(dump, 4), " = '"));
+    if (text != nullptr) asnDumpText(dump, text);
+    asnDumpText(dump, "'\n");
+}
+
+void asnPrintReal(AsnDump& dump, double value) {
+    char text[512];  // 309 digits before the point
+    std::snprintf(text, sizeof text, " = %f\n", value);
+    (void)asnDumpLine(dump, 0);
+    asnDumpText(dump, text);
+}
+
+void asnPrintOID(AsnDump& dump, const AsnObjId& value) {
+    commit(dump, append(asnDumpLine(dump, 3), " = "));
+    asnPrintOIDValue(dump, value);
+}
+
+void asnPrintOIDValue(AsnDump& dump, const AsnObjId& value) {
+    char* at = append(asnDumpRoom(dump, 3), "{ \n");
+    commit(dump, at);
+    at = asnDumpRoom(dump, sizeof value.subid / sizeof *value.subid * (kNumberSize + 1) + 2);
+    for (int32_t i = 0; i < value.numids; ++i) {
+        at = asnFormatInteger(at, static_cast<int32_t>(value.subid[i]));
+        *at++ = ' ';
+    }
+    commit(dump, append(at, "}\n"));
+}
+
+void asnPrintBitStr(AsnDump& dump, uint32_t numbits, const uint8_t* data, const char* separator) {
+    const uint32_t octets = numbits / 8 + (numbits % 8 != 0 ? 1 : 0);
+    printOctets(dump, separator, "numbits = ", numbits, data, octets);
+}
+
+void asnPrintOctStr(AsnDump& dump, uint32_t numocts, const uint8_t* data, const char* separator) {
+    printOctets(dump, separator, "numocts = ", numocts, data, numocts);
+}
+
+void asnPrintOpenType(AsnDump& dump, uint32_t numocts, const uint8_t* data, const char* separator) {
+    printOctets(dump, separator, "numocts = ", numocts, data, numocts);
+}
+
+void asnPrintBMPStr(AsnDump& dump, const AsnBMPString& value, const char* separator) {
+    printOctets(dump, separator, "nchars = ", value.nchars,
+                reinterpret_cast<const uint8_t*>(value.data), value.nchars * 2);
+}
+
+void asnHexDump(AsnDump& dump, const uint8_t* data, uint32_t length) {
+    uint32_t done = 0;
+    for (; length - done >= 16; done += 16) {
+        char* const line = asnDumpRoom(dump, kHexColumn + 18);
+        for (uint32_t i = 0; i < 16; ++i) {
+            hexEntry(line + size_t{3} * i, data[done + i]);
+            line[kHexColumn + 1 + i] = printable(data[done + i]);
+        }
+        line[kHexColumn] = ' ';
+        line[kHexColumn + 17] = '\n';
+        commit(dump, line + kHexColumn + 18);
+    }
+    const uint32_t rest = length - done;
+    if (rest == 0 && length != 0) return;
+    char* const line = asnDumpRoom(dump, kHexColumn + 18);
+    std::memset(line, ' ', kHexColumn + 1);
+    char* end = line + kHexColumn + 1;
+    for (uint32_t i = 0; i < rest; ++i) {
+        hexEntry(line + size_t{3} * i, data[done + i]);
+        *end++ = printable(data[done + i]);
+    }
+    while (end != line + kHexColumn + 1 && end[-1] == ' ') --end;
+    *end++ = '\n';
+    commit(dump, end);
+}
+
+void asnHexDumpFile(FILE* stream, const uint8_t* data, uint32_t length) {
+    AsnDump dump(stream, "");
+    asnHexDump(dump, data, length);
+}
+
+void asnPrintPresence(AsnDump& dump, std::string_view name, uint32_t present) {
+    constexpr std::string_view kBefore = ".m@";
+    constexpr std::string_view kAfter = "Present = 0\n";
+    char* at = asnDumpLine(dump, kBefore.size() + name.size() + kAfter.size());
+    at = append(append(append(at, kBefore), name), kAfter);
+    at[-2] = static_cast<char>('0' + present);
+    commit(dump, at);
+}
+
+void asnPrintTag(AsnDump& dump, uint32_t t) {
+    numberLine(dump, ".t = ", asnFormatInteger, static_cast<int32_t>(t));
+}
+
+void asnPrintCount(AsnDump& dump, uint32_t n) {
+    numberLine(dump, ".n = ", asnFormatInteger, static_cast<int32_t>(n));
+}
+
+void asnPrintBoolean(const char* path, uint8_t value) {
+    AsnDump dump(stdout, path);
+    asnPrintBoolean(dump, value);
+}
+
+void asnPrintInteger(const char* path, int32_t value) {
+    AsnDump dump(stdout, path);
+    asnPrintInteger(dump, value);
+}
+
+void asnPrintUnsigned(const char* path, uint32_t value) {
+    AsnDump dump(stdout, path);
+    asnPrintUnsigned(dump, value);
+}
+
+void asnPrintCharStr(const char* path, const char* text) {
+    AsnDump dump(stdout, path);
+    asnPrintCharStr(dump, text);
+}
+
+void asnPrintReal(const char* path, double value) {
+    AsnDump dump(stdout, path);
+    asnPrintReal(dump, value);
+}
+
+void asnPrintOID(const char* path, const AsnObjId& value) {
+    AsnDump dump(stdout, path);
+    asnPrintOID(dump, value);
+}
+
+void asnPrintOIDValue(const AsnObjId& value) {
+    AsnDump dump(stdout, "");
+    asnPrintOIDValue(dump, value);
+}
+
+void asnPrintBitStr(const char* path, uint32_t numbits, const uint8_t* data,
+                    const char* separator) {
+    AsnDump dump(stdout, path);
+    asnPrintBitStr(dump, numbits, data, separator);
+}
+
+void asnPrintOctStr(const char* path, uint32_t numocts, const uint8_t* data,
+                    const char* separator) {
+    AsnDump dump(stdout, path);
+    asnPrintOctStr(dump, numocts, data, separator);
+}
+
+void asnPrintOpenType(const char* path, uint32_t numocts, const uint8_t* data,
+                      const char* separator) {
+    AsnDump dump(stdout, path);
+    asnPrintOpenType(dump, numocts, data, separator);
+}
+
+void asnPrintBMPStr(const char* path, const AsnBMPString& value, const char* separator) {
+    AsnDump dump(stdout, path);
+    asnPrintBMPStr(dump, value, separator);
+}
+
+void asnHexDump(const uint8_t* data, uint32_t length) {
+    asnHexDumpFile(stdout, data, length);
+}

@@ -1,0 +1,25 @@
+// What a generated table says of each type of its module: for tests and fuzzers, which walk all
+// types by it. The library itself does not use it.
+#pragma once
+
+#include "asn1per.h"
+
+struct AsnTypeInfo {
+    const char* name;      // of the structure
+    size_t size;           // octets of a value
+    uint32_t minBits;      // the least that its encoding takes, in either variant
+    size_t elementSize;    // of a list: octets of an element, else 0
+    uint32_t elementBits;  // of a list: the least that an element takes
+    AsnStatus (*decode)(AsnContext& ctx, void* value);
+    void (*print)(AsnDump& dump, const void* value);
+};
+
+template <class T, AsnStatus (*Decode)(AsnContext&, T&)>
+AsnStatus asnDecodeAny(AsnContext& ctx, void* value) {
+    return Decode(ctx, *static_cast<T*>(value));
+}
+
+template <class T, void (*Print)(AsnDump&, const T&)>
+void asnPrintAny(AsnDump& dump, const void* value) {
+    Print(dump, *static_cast<const T*>(value));
+}
