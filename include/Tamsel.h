@@ -1,0 +1,53 @@
+/* Tamsel: one encoded H.323 signalling message in, a readable text dump out. */
+#ifndef TAMSEL_H
+#define TAMSEL_H
+
+#if defined(_WIN32)
+#define TAMSEL_API
+#define TAMSEL_CALL __stdcall
+#else
+#define TAMSEL_API __attribute__((visibility("default")))
+#define TAMSEL_CALL
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Each function decodes one message of its family and, if all of it decodes, writes its dump into a
+ * file, which is created or replaced: one line per value, each with its full path from the root.
+ *
+ *   data        the octets of one PDU: read, not changed, not kept
+ *   length      how many; octets behind a complete message are ignored
+ *   aligned     0: UNALIGNED variant of PER (ITU-T X.691), any other value: ALIGNED, as H.323 sends
+ *   outputPath  the text file; its directory must exist
+ *
+ * Returns 1 when the message decoded and the file was written, else 0:
+ *   - data or outputPath is null, or length is 0;
+ *   - the message does not decode, or memory is exhausted: the file is not touched;
+ *   - the file cannot be opened: standard output was closed in the attempt, and stays closed.
+ * A failure while the text is written, as on a full disk, is not detected.
+ *
+ * The dump goes through the process's standard output, which is redirected to the file and back. On
+ * Windows it is reopened on the console ("CON") afterwards; elsewhere it is put back on what it was
+ * on, or on the null device if it was closed. So no two calls may run at once in one process, and
+ * no other thread should print meanwhile. Nothing else is kept between calls. */
+
+/* H.225.0 RAS: RasMessage (UDP ports 1718 and 1719). */
+TAMSEL_API int TAMSEL_CALL H323RASASNDecode(const unsigned char* data, unsigned short length,
+                                            int aligned, const char* outputPath);
+
+/* H.225.0 call signalling: H323-UserInformation, as a Q.931 user-user element carries it behind the
+ * protocol discriminator. */
+TAMSEL_API int TAMSEL_CALL H323UserInfoASNDecode(const unsigned char* data, unsigned short length,
+                                                 int aligned, const char* outputPath);
+
+/* H.245: MultimediaSystemControlMessage. */
+TAMSEL_API int TAMSEL_CALL H323H245ASNDecode(const unsigned char* data, unsigned short length,
+                                             int aligned, const char* outputPath);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
