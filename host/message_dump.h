@@ -1,0 +1,49 @@
+// What the host programs share: a message in, its dump as text out, through Tamsel.h alone.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Tamsel.h"
+
+using Octets = std::vector<unsigned char>;
+
+/// The largest message that the library takes.
+constexpr size_t kMaxMessageOctets = 65535;
+
+/// One message family and the function that dumps it.
+struct Family {
+    std::string_view name;   // as on the command line
+    std::string_view title;  // for people
+    int(TAMSEL_CALL* dump)(const unsigned char*, unsigned short, int, const char*);
+};
+extern const Family kRas;
+extern const Family kUi;
+extern const Family kH245;
+
+/// The family of that name, or null.
+const Family* findFamily(std::string_view name);
+
+/// The program's standard output as it was when this was made. The library redirects the stream
+/// `stdout` on each call, and on Windows leaves it on the console: so hosts print through this.
+FILE* keepStandardOutput();
+
+/// Dumps messages by way of a temporary file, which goes with the object.
+class MessageDumper {
+  public:
+    MessageDumper();
+    ~MessageDumper();
+    MessageDumper(const MessageDumper&) = delete;
+    MessageDumper& operator=(const MessageDumper&) = delete;
+
+    /// The dump of one message, or nothing if it does not decode.
+    std::optional<std::string> dump(const Family& family, const Octets& message, bool aligned);
+
+  private:
+    std::filesystem::path file_;
+};

@@ -1,0 +1,104 @@
+// What the tests share: octets in blocks of exactly their size, and captured output.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "asn1per/asn1per.h"
+
+using Octets = std::vector<uint8_t>;
+
+/// Octets from hex text; blanks are passed over.
+inline Octets hex(const std::string& text) {
+    Octets octets;
+    std::string digits;
+    for (const char c : text) {
+        if (std::isxdigit(static_cast<unsigned char>(c)) == 0) continue;
+        digits += c;
+        if (digits.size() < 2) continue;
+        octets.push_back(static_cast<uint8_t>(std::stoul(digits, nullptr, 16)));
+        digits.clear();
+    }
+    return octets;
+}
+
+inline std::string readFile(const std::filesystem::path& path) {
+    std::ifstream in(path);  // text mode: CR LF is LF again on Windows
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+/// A file in the temporary folder, removed with the object.
+class TemporaryFile {
+  public:
+    TemporaryFile() {
+        static int count = 0;
+        const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+        std::string name = std::string("tamsel-") + test->test_suite_name() + "-" + test->name() +
+                           "-" + std::to_string(count++);
+        for (char& c : name)
+            if (c == '/') c = '-';
+        path_ = std::filesystem::temp_directory_path() / name;
+        std::filesystem::remove(path_);
+    }
+    ~TemporaryFile() {
+        std::error_code ignored;
+        std::filesystem::remove(path_, ignored);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    std::string path() const { return path_.string(); }
+    bool exists() const { return std::filesystem::exists(path_); }
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// A context over a copy of the octets in a block of exactly their size, so that a sanitizer sees
+/// one octet too far. No octets at all are bound as those of an empty open type.
+class Decoding {
+  public:
+    explicit Decoding(const Octets& octets, bool aligned = true)
+        : octets_(new uint8_t[octets.size()]) {
+        std::copy(octets.begin(), octets.end(), octets_.get());
+        const uint8_t dummy = 0;
+        EXPECT_EQ(asnInitContext(ctx, &dummy, 1), kAsnOk);
+        asnBindOpenType(ctx, octets_.get(), static_cast<uint32_t>(octets.size()));
+        ctx.aligned = aligned ? 1 : 0;
+    }
+    ~Decoding() { asnFreeContext(ctx); }
+    Decoding(const Decoding&) = delete;
+    Decoding& operator=(const Decoding&) = delete;
+
+    /// Moves the cursor to a bit, in the form with bitOffset 8 .. 1.
+    Decoding& at(int64_t bit) {
+        pd_SetBitOffset(ctx, bit);
+        return *this;
+    }
+
+    AsnContext ctx;
+
+  private:
+    std::unique_ptr<uint8_t[]> octets_;
+};
+
+/// What a printer adds to a dump.
+template <class Print>
+std::string dumped(Print print, const char* root = "P") {
+    FILE* const file = std::tmpfile();
+    {
+        AsnDump dump(file, root);
+        print(dump);
+    }
+    std::string text(static_cast<size_t>(std::ftell(file)), '\0');
+    std::rewind(file);
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    std::fclose(file);
+    return text;
+}
