@@ -1,0 +1,225 @@
+// How fast the library is, and its parts. All figures that are compared come from one run.
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "H245.h"
+#include "H323.h"
+#include "Tamsel.h"
+#include "made_messages.h"
+#include "standard_output.h"
+
+namespace {
+
+constexpr const char* kDumpFile = "/dev/shm/tamsel-bench.txt";  // a memory file system
+
+std::string readFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+/// A family's entry points, each behind one signature.
+struct Family {
+    const char* name;
+    const char* root;
+    AsnStatus (*decode)(AsnContext&, void*);
+    void (*print)(AsnDump&, const void*);
+    int (*dump)(const unsigned char*, unsigned short, int, const char*);
+    size_t size;
+};
+
+template <class T, AsnStatus (*Decode)(AsnContext&, T&)>
+AsnStatus decodeAs(AsnContext& ctx, void* value) {
+    *static_cast<T*>(value) = {};
+    return Decode(ctx, *static_cast<T*>(value));
+}
+template <class T, void (*Print)(AsnDump&, const T&)>
+void printAs(AsnDump& dump, const void* value) {
+    Print(dump, *static_cast<const T*>(value));
+}
+
+const Family kRas{"ras",
+                  "RasMessage",
+                  decodeAs<H225RasMessage, DecodeH225RasMessage>,
+                  printAs<H225RasMessage, PrintH225RasMessage>,
+                  H323RASASNDecode,
+                  sizeof(H225RasMessage)};
+const Family kUi{"ui",
+                 "H323-UserInformation",
+                 decodeAs<H225H323_UserInformation, DecodeH225H323_UserInformation>,
+                 printAs<H225H323_UserInformation, PrintH225H323_UserInformation>,
+                 H323UserInfoASNDecode,
+                 sizeof(H225H323_UserInformation)};
+const Family kH245{
+    "h245",
+    "MultimediaSystemControlMessage",
+    decodeAs<H245MultimediaSystemControlMessage, DecodeH245MultimediaSystemControlMessage>,
+    printAs<H245MultimediaSystemControlMessage, PrintH245MultimediaSystemControlMessage>,
+    H323H245ASNDecode,
+    sizeof(H245MultimediaSystemControlMessage)};
+
+struct Message {
+    const Family* family;
+    Octets octets;
+    bool aligned;
+    std::string dump;  // as the export writes it
+    double lines() const { return static_cast<double>(std::count(dump.begin(), dump.end(), '\n')); }
+    auto length() const { return static_cast<unsigned short>(octets.size()); }
+};
+
+Message make(const Family& family, Octets octets, bool aligned) {
+    Message message{&family, std::move(octets), aligned, ""};
+    if (family.dump(message.octets.data(), message.length(), aligned ? 1 : 0, kDumpFile) != 1)
+        std::fprintf(stderr, "bench: a %s message does not decode\n", family.name);
+    message.dump = readFile(kDumpFile);
+    return message;
+}
+
+/// The captured messages: those of the data folder without a variant in their names.
+std::vector<Message> captured(const Family* only) {
+    std::vector<Message> messages;
+    for (const auto& entry : std::filesystem::directory_iterator(TAMSEL_BENCH_DATA)) {
+        const std::string name = entry.path().stem().string();
+        if (entry.path().extension() != ".hex" || name.find("aligned") != std::string::npos)
+            continue;
+        for (const Family* family : {&kRas, &kUi, &kH245}) {
+            if (name.rfind(std::string(family->name) + "-", 0) != 0) continue;
+            if (only != nullptr && only != family) continue;
+            const std::string text = readFile(entry.path());
+            Octets octets;
+            for (size_t i = 0; i + 1 < text.size(); i += 2)
+                octets.push_back(static_cast<uint8_t>(std::stoul(text.substr(i, 2), nullptr, 16)));
+            messages.push_back(make(*family, std::move(octets), true));
+        }
+    }
+    return messages;
+}
+
+/// Pooled counters: what all messages of one round come to.
+void count(benchmark::State& state, const std::vector<Message>& messages) {
+    double input = 0;
+    double output = 0;
+    double lines = 0;
+    for (const Message& message : messages) {
+        input += static_cast<double>(message.octets.size());
+        output += static_cast<double>(message.dump.size());
+        lines += message.lines();
+    }
+    const auto rounds = static_cast<double>(state.iterations());
+    const auto rate = benchmark::Counter::kIsRate;
+    const auto time = benchmark::Counter::kIsRate | benchmark::Counter::kInvert;
+    state.counters["messages/s"] = {rounds * static_cast<double>(messages.size()), rate};
+    state.counters["input MB/s"] = {rounds * input / 1e6, rate};
+    state.counters["dump MB/s"] = {rounds * output / 1e6, rate};
+    state.counters["ns/line"] = {rounds * lines / 1e9, time};
+}
+
+alignas(16) unsigned char record[4096];
+
+AsnContext* decodeOne(const Message& message) {
+    AsnContext* const ctx =
+        asnNewContext(message.octets.data(), message.length(), message.aligned ? 1 : 0);
+    if (message.family->decode(*ctx, record) != kAsnOk) std::abort();
+    return ctx;
+}
+
+void decodeOnly(benchmark::State& state, const std::vector<Message>& messages) {
+    for (auto _ : state)
+        for (const Message& message : messages) asnFreeContext(*decodeOne(message));
+    count(state, messages);
+}
+
+void printOnly(benchmark::State& state, const std::vector<Message>& messages, FILE* stream) {
+    std::vector<std::vector<unsigned char>> values;
+    std::vector<AsnContext*> contexts;
+    for (const Message& message : messages) {
+        contexts.push_back(decodeOne(message));
+        values.emplace_back(record, record + message.family->size);
+    }
+    for (auto _ : state)
+        for (size_t i = 0; i < messages.size(); ++i) {
+            std::rewind(stream);
+            AsnDump dump(stream, messages[i].family->root);
+            messages[i].family->print(dump, values[i].data());
+        }
+    for (AsnContext* ctx : contexts) asnFreeContext(*ctx);
+    std::fclose(stream);
+    count(state, messages);
+}
+
+void runExport(const Message& message) {
+    message.family->dump(message.octets.data(), message.length(), message.aligned ? 1 : 0,
+                         kDumpFile);
+}
+
+/// The least that a dump onto a file can cost: standard output there and back, and one write.
+void runFloor(const Message& message) {
+    StandardOutput output;
+    if (!output.redirect(kDumpFile)) std::abort();
+    std::fwrite(message.dump.data(), 1, message.dump.size(), stdout);
+    output.restore();
+}
+
+/// Export and floor in turns, so that both meet the same machine; `ratio` is what counts.
+void exportOverFloor(benchmark::State& state, const std::vector<Message>& messages) {
+    using Clock = std::chrono::steady_clock;
+    Clock::duration exporting{};
+    Clock::duration floor{};
+    for (auto _ : state) {
+        const auto start = Clock::now();
+        for (const Message& message : messages) runExport(message);
+        const auto middle = Clock::now();
+        for (const Message& message : messages) runFloor(message);
+        exporting += middle - start;
+        floor += Clock::now() - middle;
+        state.SetIterationTime(std::chrono::duration<double>(middle - start).count());
+    }
+    count(state, messages);
+    using Seconds = std::chrono::duration<double>;
+    state.counters["ratio"] = Seconds(exporting) / Seconds(floor);
+}
+
+void registerSet(const std::string& name, const std::vector<Message>& messages) {
+    const auto add = [&](const std::string& what, auto run) {
+        return benchmark::RegisterBenchmark((what + "/" + name).c_str(), run);
+    };
+    const auto memory = [](size_t size) {
+        static std::vector<char> buffer(size);
+        return fmemopen(buffer.data(), buffer.size(), "w");
+    };
+    add("decode", [=](benchmark::State& state) { decodeOnly(state, messages); });
+    add("print-memory",
+        [=](benchmark::State& state) { printOnly(state, messages, memory(1 << 23)); });
+    add("print-null",
+        [=](benchmark::State& state) { printOnly(state, messages, std::fopen("/dev/null", "w")); });
+    add("export", [=](benchmark::State& state) {
+        exportOverFloor(state, messages);
+    })->UseManualTime();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    registerSet("captured", captured(nullptr));
+    for (const Family* family : {&kRas, &kUi, &kH245})
+        registerSet(std::string("captured-") + family->name, captured(family));
+    for (const bool aligned : {true, false}) {
+        const std::string variant = aligned ? "aligned/" : "unaligned/";
+        for (const uint32_t size : {1, 64, 1024, 8192, 65000})
+            registerSet("string-" + variant + std::to_string(size),
+                        {make(kH245, stringMessage(size, aligned), aligned)});
+        for (const uint32_t size : {1, 64, 1024, 8192, 16000})
+            registerSet("list-" + variant + std::to_string(size),
+                        {make(kUi, listMessage(size, aligned), aligned)});
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    std::filesystem::remove(kDumpFile);
+    return 0;
+}
