@@ -25,6 +25,9 @@ class DecoderEmitter {
             out_(0, "constexpr AsnSizeConstraint " + sizeName(size) + "{0, " +
                         std::to_string(size.lower) + ", " + std::to_string(size.upper) +
                         ", nullptr};");
+        for (const CharacterSet& set : module_.characterSets)
+            out_(0, "constexpr AsnCharSet " + set.name + " = asnCharSet(kAsn" + set.alphabet +
+                        ", \"" + set.permitted + "\");");
         out_.blank();
         out_(0, "}  // namespace");
         for (const Type* type : module_.ordered) decoder(*type);
@@ -39,9 +42,10 @@ class DecoderEmitter {
     }
 
     static std::string builtinCall(const Type& type, const std::string& to) {
-        const std::string alphabet = type.alphabet ? "\"" + *type.alphabet + "\"" : "nullptr";
+        if (!type.characterSet.empty())
+            return "pd_ConstrainedString(ctx, &" + to + ", " + type.characterSet + ")";
         const auto text = [&](const std::string& name) {
-            return "pd_" + name + "(ctx, &" + to + ", " + alphabet + ")";
+            return "pd_" + name + "(ctx, &" + to + ", nullptr)";
         };
         switch (type.kind) {
             case Kind::boolean:

@@ -149,7 +149,7 @@ uint32_t lengthBits(const std::optional<Bounds>& size) {
 
 uint32_t characterBits(const Type& type) {
     if (type.kind == Kind::bmpString) return 16;
-    if (type.alphabet) return bitCount(type.alphabet->size());
+    if (!type.characterSet.empty()) return 1;  // few characters may be permitted
     return type.kind == Kind::numericString ? 4 : 7;
 }
 
@@ -331,7 +331,7 @@ class Builder {
         type.valueType = valueType(notation);
         type.range = notation.range;
         type.size = notation.size;
-        type.alphabet = notation.alphabet;
+        if (notation.alphabet) type.characterSet = characterSet(notation);
         type.extensible = notation.extensible;
         check(type, notation);
         if (type.size &&
@@ -355,6 +355,15 @@ class Builder {
             default:
                 break;
         }
+    }
+
+    std::string characterSet(const TypeNotation& notation) {
+        const std::string kind = kindText(notation);
+        for (const CharacterSet& set : module_.characterSets)
+            if (set.alphabet == kind && set.permitted == *notation.alphabet) return set.name;
+        const std::string name = "kAlphabet" + std::to_string(module_.characterSets.size() + 1);
+        module_.characterSets.push_back({name, kind, *notation.alphabet});
+        return name;
     }
 
     void members(Type& type, const TypeNotation& notation) {
@@ -403,7 +412,7 @@ class Builder {
             if (type.size->lower < 0 || type.size->upper > UINT32_MAX)
                 refuse("SIZE " + boundsText(*type.size) + " does not fit 32 bits");
         }
-        if (type.alphabet && !isString8(type.kind))
+        if (notation.alphabet && !isString8(type.kind))
             refuse(kindText(notation) + " with FROM is not supported");
     }
 

@@ -37,7 +37,7 @@ struct Type {
 
     std::optional<Bounds> range;
     std::optional<Bounds> size;
-    std::optional<std::string> alphabet;
+    std::string characterSet;  // the constant of a string with FROM, else empty
     std::vector<Member> root;
     std::vector<Member> additions;
     bool extensible = false;
@@ -59,6 +59,13 @@ const Type& actual(const Type& type);
 /// Octets that an OCTET or BIT STRING with SIZE holds inline.
 uint64_t inlineCapacity(const Type& type);
 
+/// A permitted alphabet in use.
+struct CharacterSet {
+    std::string name;       // "kAlphabet1"
+    std::string alphabet;   // "IA5String"
+    std::string permitted;  // "0123456789#*,"
+};
+
 struct Module {
     std::string stem;                   // "H323": names the files and the trail entries
     std::string source;                 // "H323.asn"
@@ -67,6 +74,7 @@ struct Module {
     std::vector<const Type*> ordered;   // types with functions, each before its users
     std::vector<const Type*> forward;   // structures named before they are defined
     std::vector<Bounds> sizes;          // the distinct size constraints in use
+    std::vector<CharacterSet> characterSets;
 };
 
 struct Model {

@@ -92,59 +92,13 @@ AsnStatus beginCharacters(AsnContext& ctx, const char* label, uint32_t* count, u
     return status == kAsnOk ? status : logError(ctx, status);
 }
 
-AsnStatus readTyped(AsnContext& ctx, const char** text, const char* permitted, AsnCharSet set,
-                    bool permitAll) {
-    set.charSetBits = asnBitCount(set.alphabetSize);
-    const auto keepIf = [&](auto keep) {
-        for (uint32_t i = 0; i < set.alphabetSize; ++i)
-            if (keep(set.alphabet[i]))
-                set.permitted[set.count++] = static_cast<uint8_t>(set.alphabet[i]);
-    };
-    if (permitted != nullptr) {
-        keepIf([&](char c) { return c != 0 && std::strchr(permitted, c) != nullptr; });
-        set.unalignedBits = set.count != 0 ? asnBitCount(set.count) : 8;
-        set.alignedBits = std::bit_ceil(set.unalignedBits);
-    } else if (permitAll) {
-        keepIf([](char) { return true; });
-    }
-    const AsnStatus status = pd_ConstrainedString(ctx, text, set);
+/// The typed entries: without a permitted alphabet the set is a constant.
+AsnStatus readTyped(AsnContext& ctx, const char** text, const char* permitted,
+                    const AsnAlphabet& alphabet, const AsnCharSet& unrestricted) {
+    const AsnStatus status =
+        permitted == nullptr ? pd_ConstrainedString(ctx, text, unrestricted)
+                             : pd_ConstrainedString(ctx, text, asnCharSet(alphabet, permitted));
     return status == kAsnOk ? status : logError(ctx, status);
-}
-
-/// A text of codes in order, as the tables of IA5String and GeneralString are.
-struct CodeTable {
-    char codes[256];
-    uint32_t size;
-};
-constexpr CodeTable codesUpTo(unsigned last, unsigned gapFrom, unsigned gapTo) {
-    CodeTable table{};
-    for (unsigned code = 0; code <= last; ++code)
-        if (code < gapFrom || code > gapTo) table.codes[table.size++] = static_cast<char>(code);
-    return table;
-}
-constexpr CodeTable kIA5 = codesUpTo(0x5F, 0x100, 0x100);
-constexpr CodeTable kGeneral = codesUpTo(0xFF, 0x88, 0x8F);
-static_assert(kIA5.size == 96 && kGeneral.size == 248);
-
-constexpr char kNumeric[] = " 0123456789";
-constexpr char kPrintable[] =
-    " '()+,-./0123456789:=?ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-constexpr char kVisible[] =
-    " !\"#$%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[\\]^_`"
-    "abcdefghijklmnopqrstuvwxyz{|}~";
-constexpr char k86Char[] =
-    " !\"%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[]_abcdefghijklmnopqrstuvwxyz";
-
-/// A set with nothing permitted yet. `permitted` is left unset: only `count` of it is ever read.
-AsnCharSet charSet(const char* alphabet, uint32_t size, uint32_t unaligned, uint32_t aligned) {
-    AsnCharSet set;
-    set.count = 0;
-    set.alphabet = alphabet;
-    set.alphabetSize = size;
-    set.charSetBits = 0;
-    set.unalignedBits = unaligned;
-    set.alignedBits = aligned;
-    return set;
 }
 
 }  // namespace
@@ -166,27 +120,33 @@ AsnStatus pd_DynOctetString(AsnContext& ctx, AsnDynOctStr& value) {
 }
 
 AsnStatus pd_NumericString(AsnContext& ctx, const char** text, const char* permitted) {
-    return readTyped(ctx, text, permitted, charSet(kNumeric, sizeof kNumeric - 1, 4, 4), true);
+    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnNumericString, nullptr);
+    return readTyped(ctx, text, permitted, kAsnNumericString, kUnrestricted);
 }
 
 AsnStatus pd_PrintableString(AsnContext& ctx, const char** text, const char* permitted) {
-    return readTyped(ctx, text, permitted, charSet(kPrintable, sizeof kPrintable - 1, 7, 8), false);
+    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnPrintableString, nullptr);
+    return readTyped(ctx, text, permitted, kAsnPrintableString, kUnrestricted);
 }
 
 AsnStatus pd_VisibleString(AsnContext& ctx, const char** text, const char* permitted) {
-    return readTyped(ctx, text, permitted, charSet(kVisible, sizeof kVisible - 1, 7, 8), false);
+    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnVisibleString, nullptr);
+    return readTyped(ctx, text, permitted, kAsnVisibleString, kUnrestricted);
 }
 
 AsnStatus pd_IA5String(AsnContext& ctx, const char** text, const char* permitted) {
-    return readTyped(ctx, text, permitted, charSet(kIA5.codes, kIA5.size, 7, 8), false);
+    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnIA5String, nullptr);
+    return readTyped(ctx, text, permitted, kAsnIA5String, kUnrestricted);
 }
 
 AsnStatus pd_GeneralString(AsnContext& ctx, const char** text, const char* permitted) {
-    return readTyped(ctx, text, permitted, charSet(kGeneral.codes, kGeneral.size, 7, 8), false);
+    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnGeneralString, nullptr);
+    return readTyped(ctx, text, permitted, kAsnGeneralString, kUnrestricted);
 }
 
 AsnStatus pd_86CharString(AsnContext& ctx, const char** text, const char* permitted) {
-    return readTyped(ctx, text, permitted, charSet(k86Char, sizeof k86Char - 1, 7, 8), false);
+    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsn86CharString, nullptr);
+    return readTyped(ctx, text, permitted, kAsn86CharString, kUnrestricted);
 }
 
 AsnStatus pd_ConstrainedString(AsnContext& ctx, const char** text, const AsnCharSet& set) {

@@ -5,7 +5,7 @@
 // What "in the element heap" says lives until asnFreeContext and is nobody else's to free.
 #pragma once
 
-#include "bits.h"
+#include "charset.h"
 
 /// BIT STRING and OCTET STRING of any size; `data` is in the element heap, null where empty. The
 /// first bit is the high-order bit of the first octet, unused low bits of the last octet are 0.
@@ -22,17 +22,6 @@ struct AsnDynOctStr {
 struct AsnBMPString {
     uint32_t nchars;
     uint16_t* data;
-};
-
-/// A known-multiplier 8-bit character set as one call uses it.
-struct AsnCharSet {
-    uint8_t permitted[256];  // the permitted characters, in the order of the full alphabet
-    uint32_t count;          // how many; 0: codes are sent, nothing is looked up
-    const char* alphabet;    // the full alphabet of the type, which may hold a NUL
-    uint32_t alphabetSize;   // its characters
-    uint32_t charSetBits;    // bit count of alphabetSize
-    uint32_t unalignedBits;  // bits per character, UNALIGNED
-    uint32_t alignedBits;    // bits per character, ALIGNED
 };
 
 /// A 16-bit character set: a table of permitted codes, or (0, null) a range.
@@ -64,14 +53,13 @@ struct Asn16BitCharSet {
 [[nodiscard]] AsnStatus pd_PrintableString(AsnContext& ctx, const char** text,
                                            const char* permitted);
 [[nodiscard]] AsnStatus pd_VisibleString(AsnContext& ctx, const char** text, const char* permitted);
-/// The table ends at 0x5F, but without a permitted alphabet codes up to 0x7F come through.
 [[nodiscard]] AsnStatus pd_IA5String(AsnContext& ctx, const char** text, const char* permitted);
 /// UNALIGNED, without a permitted alphabet: reads 7-bit indexes into nothing, so that every
 /// character of a non-empty string fails with -23.
 [[nodiscard]] AsnStatus pd_GeneralString(AsnContext& ctx, const char** text, const char* permitted);
 [[nodiscard]] AsnStatus pd_86CharString(AsnContext& ctx, const char** text, const char* permitted);
 
-/// The core of the six above.
+/// The core of the six above; what generated code calls where it knows the set.
 [[nodiscard]] AsnStatus pd_ConstrainedString(AsnContext& ctx, const char** text,
                                              const AsnCharSet& set);
 

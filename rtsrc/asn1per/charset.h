@@ -1,0 +1,74 @@
+// The alphabets of the known-multiplier 8-bit character strings (X.691, 07/2002, 27.5), as constants
+// that generated code can resolve when it is compiled.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+#include "numbers.h"
+
+/// The full alphabet of a character string type, in order.
+struct AsnAlphabet {
+    uint8_t codes[256];
+    uint32_t size;
+    uint32_t unalignedBits;  // bits per character without a permitted alphabet
+    uint32_t alignedBits;
+    bool indexed;  // without a permitted alphabet, all of it is permitted
+};
+
+/// A character set as one string uses it.
+struct AsnCharSet {
+    uint8_t permitted[256];  // the permitted characters, in the order of the full alphabet
+    uint32_t count;          // how many; 0: codes are sent, nothing is looked up
+    uint32_t charSetBits;    // bit count of the full alphabet's size
+    uint32_t unalignedBits;  // bits per character, UNALIGNED
+    uint32_t alignedBits;    // bits per character, ALIGNED
+};
+
+constexpr AsnAlphabet asnAlphabet(const char* codes, uint32_t unalignedBits, uint32_t alignedBits,
+                                  bool indexed) {
+    AsnAlphabet alphabet{{}, 0, unalignedBits, alignedBits, indexed};
+    while (*codes != 0) alphabet.codes[alphabet.size++] = static_cast<uint8_t>(*codes++);
+    return alphabet;
+}
+
+/// All codes up to `last` but those from `gapFrom` to `gapTo`.
+constexpr AsnAlphabet asnCodeAlphabet(uint32_t last, uint32_t gapFrom, uint32_t gapTo) {
+    AsnAlphabet alphabet{{}, 0, 7, 8, false};
+    for (uint32_t code = 0; code <= last; ++code)
+        if (code < gapFrom || code > gapTo)
+            alphabet.codes[alphabet.size++] = static_cast<uint8_t>(code);
+    return alphabet;
+}
+
+inline constexpr AsnAlphabet kAsnNumericString = asnAlphabet(" 0123456789", 4, 4, true);
+inline constexpr AsnAlphabet kAsnPrintableString = asnAlphabet(
+    " '()+,-./0123456789:=?ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz", 7, 8, false);
+inline constexpr AsnAlphabet kAsnVisibleString = asnCodeAlphabet(0x7E, 0, 0x1F);
+/// Ends at 0x5F; without a permitted alphabet codes up to 0x7F come through all the same.
+inline constexpr AsnAlphabet kAsnIA5String = asnCodeAlphabet(0x5F, 0x100, 0x100);
+inline constexpr AsnAlphabet kAsnGeneralString = asnCodeAlphabet(0xFF, 0x88, 0x8F);
+inline constexpr AsnAlphabet kAsn86CharString = asnAlphabet(
+    " !\"%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[]_abcdefghijklmnopqrstuvwxyz", 7,
+    8, false);
+static_assert(kAsnPrintableString.size == 74 && kAsnVisibleString.size == 95 &&
+              kAsnIA5String.size == 96 && kAsnGeneralString.size == 248 &&
+              kAsn86CharString.size == 86);
+
+/// The set that remains of an alphabet under a permitted alphabet, given as text, or null. The bits
+/// are those of the number of characters itself, not of the largest index: 16 characters take 5.
+constexpr AsnCharSet asnCharSet(const AsnAlphabet& alphabet, const char* permitted) {
+    AsnCharSet set{{}, 0, asnBitCount(alphabet.size), alphabet.unalignedBits,
+                   alphabet.alignedBits};
+    bool keep[256] = {};
+    for (const char* c = permitted; c != nullptr && *c != 0; ++c)
+        keep[static_cast<uint8_t>(*c)] = true;
+    for (uint32_t i = 0; i < alphabet.size; ++i)
+        if (permitted != nullptr ? keep[alphabet.codes[i]] : alphabet.indexed)
+            set.permitted[set.count++] = alphabet.codes[i];
+    if (permitted != nullptr) {
+        set.unalignedBits = set.count != 0 ? asnBitCount(set.count) : 8;
+        set.alignedBits = std::bit_ceil(set.unalignedBits);
+    }
+    return set;
+}
