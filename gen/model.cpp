@@ -263,7 +263,7 @@ class Builder {
     }
 
     /// Orders the types, and decides what follows from the order.
-    Module finish(Measure& measure) {
+    Module finish() {
         for (const Assignment& assignment : notation_.assignments) visit(*named_[assignment.name]);
         std::set<std::string> names;
         int sites = 0;
@@ -274,9 +274,9 @@ class Builder {
                 error(type->line, type->path, "a list of NULL is not supported");
             if (logs(*type)) ++sites;
         }
+        if (!errors_.lines.empty()) return std::move(module_);  // a circle has no measure
         int trailLine = lastTrailLine_ != 0 ? lastTrailLine_ - 10 * sites : 0;
         for (Type* type : ordered_) {
-            type->minBits = measure.of(*type);
             type->uncleared = uncleared(*type);
             if (logs(*type)) type->trailLine = trailLine += 10;
             module_.ordered.push_back(type);
@@ -302,16 +302,21 @@ class Builder {
                (type.kind == Kind::choice && type.extensible && type.additions.empty());
     }
 
+    /// The type that a name stands for; where there is none, something to go on with.
+    const Type* referred(const TypeNotation& notation, const std::string& path) {
+        if (notation.range || notation.size || notation.alphabet)
+            error(notation.line, path, "a constraint on a referenced type is not supported");
+        if (const Type* const own = find(notation.reference)) return own;
+        const auto found = imported_.find(notation.reference);
+        if (found != imported_.end()) return found->second;
+        error(notation.line, path, "type " + notation.reference + " is not defined");
+        return &model_.types.emplace_back();
+    }
+
     /// A type inside another one: its structure, if it needs one, is named after its place.
     const Type* inner(const TypeNotation& notation, const std::string& cppName,
                       const std::string& path) {
-        if (notation.kind == Kind::reference && !notation.range && !notation.size) {
-            const Type* type = find(notation.reference);
-            if (type == nullptr && imported_.count(notation.reference) != 0)
-                type = imported_[notation.reference];
-            if (type != nullptr) return type;
-            error(notation.line, path, "type " + notation.reference + " is not defined");
-        }
+        if (notation.kind == Kind::reference) return referred(notation, path);
         Type& type = model_.types.emplace_back();
         type.cppName = cppName;
         fill(type, notation, path);
@@ -340,11 +345,9 @@ class Builder {
             }))
             module_.sizes.push_back(*type.size);
         switch (type.kind) {
-            case Kind::reference: {
-                const Type* const target = inner(notation, type.cppName, path);
-                type.target = target != &type ? target : nullptr;
+            case Kind::reference:
+                type.target = referred(notation, path);
                 break;
-            }
             case Kind::sequenceOf:
                 type.element = inner(*notation.element, type.cppName + "_elem", path + ".elem");
                 break;
@@ -394,9 +397,7 @@ class Builder {
 
     void check(const Type& type, const TypeNotation& notation) {
         const auto refuse = [&](const std::string& text) { error(type.line, type.path, text); };
-        if (type.range && type.kind == Kind::reference)
-            refuse("a constraint on a referenced type is not supported");
-        if (type.range) {
+        if (type.range && type.kind == Kind::integer) {
             const bool isUnsigned = type.range->upper > INT32_MAX;
             if (type.range->lower < (isUnsigned ? 0 : INT32_MIN) || type.range->upper > UINT32_MAX)
                 refuse("range " + boundsText(*type.range) + " does not fit 32 bits");
@@ -404,15 +405,13 @@ class Builder {
                 refuse("an extensible range above 2147483647 is not supported");
         }
         if (type.size) {
-            if (type.kind == Kind::reference)
-                refuse("a constraint on a referenced type is not supported");
-            else if (!takesSize(type.kind))
+            if (!takesSize(type.kind) && type.kind != Kind::reference)
                 refuse(kindText(notation) + " has no SIZE");
             if (type.size->extensible) refuse("an extensible SIZE is not supported");
             if (type.size->lower < 0 || type.size->upper > UINT32_MAX)
                 refuse("SIZE " + boundsText(*type.size) + " does not fit 32 bits");
         }
-        if (notation.alphabet && !isString8(type.kind))
+        if (notation.alphabet && !isString8(type.kind) && type.kind != Kind::reference)
             refuse(kindText(notation) + " with FROM is not supported");
     }
 
@@ -511,7 +510,6 @@ Model resolve(const std::vector<ModuleNotation>& notations, Errors& errors) {
     for (Builder& builder : builders) builder.build();
     if (!errors.lines.empty()) return model;
 
-    Measure measure;
     std::set<std::string> finished;
     while (model.modules.size() < builders.size()) {
         const size_t before = model.modules.size();
@@ -522,7 +520,7 @@ Model resolve(const std::vector<ModuleNotation>& notations, Errors& errors) {
                             [&](const std::string& stem) { return finished.count(stem) != 0; });
             if (!ready) continue;
             const std::string stem = builder.stem();
-            model.modules.push_back(builder.finish(measure));
+            model.modules.push_back(builder.finish());
             finished.insert(stem);
         }
         if (model.modules.size() == before) {
@@ -531,5 +529,8 @@ Model resolve(const std::vector<ModuleNotation>& notations, Errors& errors) {
             return model;
         }
     }
+    if (!errors.lines.empty()) return model;  // a circle has no measure
+    Measure measure;
+    for (Type& type : model.types) type.minBits = measure.of(type);
     return model;
 }

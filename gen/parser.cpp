@@ -268,7 +268,8 @@ class Parser {
             type.alphabet = take().value;
             expect(")");
         } else if (peek().tokenClass == Token::number) {
-            if (type.kind != Kind::integer) fail("only an INTEGER has a range");
+            if (type.kind != Kind::integer && type.kind != Kind::reference)
+                fail("only an INTEGER has a range");
             type.range = boundsWithin();
         } else {
             fail("constraint '" + peek().value + "' is not supported");

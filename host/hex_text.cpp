@@ -38,10 +38,11 @@ Octets parseHex(std::string_view text) {
             ++at;
         } else if (text[at] == '0' && (next == 'x' || next == 'X')) {
             at += 2;
-        } else if (hexDigit(text[at]) < 0) {
-            fail(text, at, std::string("'") + text[at] + "' is no hex digit");
-        } else if (hexDigit(next) < 0) {
+        } else if (hexDigit(text[at]) >= 0 && (next == '\0' || next == ':' || isBlank(next))) {
             fail(text, at, "half an octet");
+        } else if (hexDigit(text[at]) < 0 || hexDigit(next) < 0) {
+            const size_t bad = hexDigit(text[at]) < 0 ? at : at + 1;
+            fail(text, bad, std::string("'") + text[bad] + "' is no hex digit");
         } else {
             octets.push_back(static_cast<unsigned char>(hexDigit(text[at]) * 16 + hexDigit(next)));
             at += 2;

@@ -29,6 +29,27 @@ inline Octets hex(const std::string& text) {
     return octets;
 }
 
+/// Octets from bits as text, filled up with zeroes; blanks are passed over, and [text] stands for
+/// octets in hex.
+inline Octets bits(const std::string& text) {
+    Octets octets;
+    size_t used = 0;
+    const auto put = [&](bool bit) {
+        if (used % 8 == 0) octets.push_back(0);
+        if (bit) octets.back() = static_cast<uint8_t>(octets.back() | 0x80 >> used % 8);
+        ++used;
+    };
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '0' || text[i] == '1') put(text[i] == '1');
+        if (text[i] != '[') continue;
+        const size_t close = text.find(']', i);
+        for (const uint8_t octet : hex(text.substr(i, close - i)))
+            for (int bit = 7; bit >= 0; --bit) put((octet >> bit & 1) != 0);
+        i = close;
+    }
+    return octets;
+}
+
 inline std::string readFile(const std::filesystem::path& path) {
     std::ifstream in(path);  // text mode: CR LF is LF again on Windows
     return {std::istreambuf_iterator<char>(in), {}};

@@ -1,5 +1,5 @@
-// The alphabets of the known-multiplier 8-bit character strings (X.691, 07/2002, 27.5), as constants
-// that generated code can resolve when it is compiled.
+// The alphabets of the known-multiplier 8-bit character strings (X.691, 07/2002, 27.5), as
+// constants that generated code can resolve when it is compiled.
 #pragma once
 
 #include <bit>
@@ -49,8 +49,8 @@ inline constexpr AsnAlphabet kAsnVisibleString = asnCodeAlphabet(0x7E, 0, 0x1F);
 inline constexpr AsnAlphabet kAsnIA5String = asnCodeAlphabet(0x5F, 0x100, 0x100);
 inline constexpr AsnAlphabet kAsnGeneralString = asnCodeAlphabet(0xFF, 0x88, 0x8F);
 inline constexpr AsnAlphabet kAsn86CharString = asnAlphabet(
-    " !\"%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[]_abcdefghijklmnopqrstuvwxyz", 7,
-    8, false);
+    " !\"%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[]_abcdefghijklmnopqrstuvwxyz", 7, 8,
+    false);
 static_assert(kAsnPrintableString.size == 74 && kAsnVisibleString.size == 95 &&
               kAsnIA5String.size == 96 && kAsnGeneralString.size == 248 &&
               kAsn86CharString.size == 86);
@@ -58,8 +58,7 @@ static_assert(kAsnPrintableString.size == 74 && kAsnVisibleString.size == 95 &&
 /// The set that remains of an alphabet under a permitted alphabet, given as text, or null. The bits
 /// are those of the number of characters itself, not of the largest index: 16 characters take 5.
 constexpr AsnCharSet asnCharSet(const AsnAlphabet& alphabet, const char* permitted) {
-    AsnCharSet set{{}, 0, asnBitCount(alphabet.size), alphabet.unalignedBits,
-                   alphabet.alignedBits};
+    AsnCharSet set{{}, 0, asnBitCount(alphabet.size), alphabet.unalignedBits, alphabet.alignedBits};
     bool keep[256] = {};
     for (const char* c = permitted; c != nullptr && *c != 0; ++c)
         keep[static_cast<uint8_t>(*c)] = true;

@@ -95,9 +95,9 @@ AsnStatus beginCharacters(AsnContext& ctx, const char* label, uint32_t* count, u
 /// The typed entries: without a permitted alphabet the set is a constant.
 AsnStatus readTyped(AsnContext& ctx, const char** text, const char* permitted,
                     const AsnAlphabet& alphabet, const AsnCharSet& unrestricted) {
-    const AsnStatus status =
-        permitted == nullptr ? pd_ConstrainedString(ctx, text, unrestricted)
-                             : pd_ConstrainedString(ctx, text, asnCharSet(alphabet, permitted));
+    const AsnStatus status = permitted == nullptr
+                                 ? pd_ConstrainedString(ctx, text, unrestricted)
+                                 : pd_ConstrainedString(ctx, text, asnCharSet(alphabet, permitted));
     return status == kAsnOk ? status : logError(ctx, status);
 }
 

@@ -1,0 +1,50 @@
+# cmake -DDUMP=program;with;launcher -DDATA=... -DOUT=... -P dump_cli.cmake: tamsel-dump as a user
+# meets it.
+file(REMOVE_RECURSE ${OUT})
+file(MAKE_DIRECTORY ${OUT})
+set(name h245-masterSlaveDetermination)
+file(READ ${DATA}/${name}.hex hex)
+file(READ ${DATA}/${name}.txt dump)
+file(WRITE ${OUT}/spaced.hex "0x01 00:00 80\n92 4F d5\n")
+file(WRITE ${OUT}/bad.hex "01 00\n00 8x\n")
+file(WRITE ${OUT}/half.hex "01 0")
+file(WRITE ${OUT}/refused.hex "01")
+string(REPEAT "00" 65536 large)
+file(WRITE ${OUT}/large.hex ${large})
+file(WRITE ${OUT}/empty.hex "")
+
+# check(ARGS status stdout stderr): stderr is a part of what is printed there.
+function(check arguments status output errors)
+    execute_process(COMMAND ${DUMP} ${arguments} WORKING_DIRECTORY ${OUT}
+        INPUT_FILE ${DATA}/${name}.hex
+        RESULT_VARIABLE result OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
+    string(REPLACE "\r" "" stdout "${stdout}")
+    string(FIND "${stderr}" "${errors}" found)
+    if(NOT result EQUAL status OR NOT stdout STREQUAL output OR found LESS 0)
+        message(SEND_ERROR "tamsel-dump ${arguments}: exit ${result}\n${stdout}\n--\n${stderr}")
+    endif()
+endfunction()
+
+check("h245" 0 "${dump}" "")
+check("h245;-" 0 "${dump}" "")
+check("h245;spaced.hex" 0 "${dump}" "")
+check("h245;spaced.hex;spaced.hex" 0
+    "==> spaced.hex <==\n${dump}==> spaced.hex <==\n${dump}" "")
+check("h245;bad.hex" 2 "" "bad.hex: 'x' is no hex digit at line 2, column 5")
+check("h245;half.hex" 2 "" "half.hex: half an octet at line 1, column 4")
+check("h245;large.hex" 2 "" "large.hex: 65536 octets are over the limit of 65535")
+check("h245;empty.hex" 2 "" "empty.hex: no message")
+check("h245;missing.hex" 2 "" "missing.hex: cannot be read")
+check("h245;refused.hex;spaced.hex" 1 "==> spaced.hex <==\n${dump}"
+    "refused.hex: no H.245 message (ALIGNED)")
+check("--unaligned;h245;refused.hex" 1 "" "refused.hex: no H.245 message (UNALIGNED)")
+check("x245;spaced.hex" 2 "" "x245")
+check("-o;dump.txt;h245;spaced.hex" 0 "" "")
+file(READ ${OUT}/dump.txt text)
+string(REPLACE "\r" "" text "${text}")
+check("-o;dump.txt;h245;refused.hex" 1 "" "refused.hex")
+file(READ ${OUT}/dump.txt after)
+string(REPLACE "\r" "" after "${after}")
+if(NOT text STREQUAL dump OR NOT after STREQUAL dump)
+    message(SEND_ERROR "-o: ${text}\nthen ${after}")
+endif()
