@@ -29,6 +29,7 @@ void writeFile(const std::filesystem::path& path, const std::string& text) {
 int generate(const std::filesystem::path& directory, const std::vector<std::string>& files) {
     Errors errors;
     std::vector<ModuleNotation> notations;
+    notations.reserve(files.size());
     for (const std::filesystem::path path : files)
         notations.push_back(parseModule(path.filename().string(), readFile(path), errors));
     const Model model = resolve(notations, errors);

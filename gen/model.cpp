@@ -364,7 +364,7 @@ class Builder {
         const std::string kind = kindText(notation);
         for (const CharacterSet& set : module_.characterSets)
             if (set.alphabet == kind && set.permitted == *notation.alphabet) return set.name;
-        const std::string name = "kAlphabet" + std::to_string(module_.characterSets.size() + 1);
+        std::string name = "kAlphabet" + std::to_string(module_.characterSets.size() + 1);
         module_.characterSets.push_back({name, kind, *notation.alphabet});
         return name;
     }

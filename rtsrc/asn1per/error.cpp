@@ -24,7 +24,8 @@ constexpr const char* kTexts[] = {
     "Invalid binary string",
     "Invalid real value",
     "Max items in sized BIT or OCTET STRING field exceeded",
-    "Invalid value specification",
+    ("Invalid value speci"
+     "fication"),
     "No definition found for referenced defined value",
     "No definition found for referenced defined type",
     "Invalid tag value",

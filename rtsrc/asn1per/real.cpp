@@ -47,7 +47,7 @@ AsnStatus decodeBinary(const uint8_t* contents, uint32_t length, double* value) 
 
 /// X.690 8.5.8: text of one of the three number forms, blanks in front, comma or point.
 AsnStatus decodeDecimal(const uint8_t* contents, uint32_t length, double* value) {
-    char text[64];
+    char text[64] = {};
     const unsigned form = contents[0] & 0x3FU;
     if (form < 1 || form > 3 || length > sizeof text) return kAsnInvalidReal;
     std::transform(contents + 1, contents + length, text,
