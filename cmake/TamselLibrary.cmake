@@ -28,5 +28,6 @@ install(EXPORT TamselTargets NAMESPACE Tamsel:: DESTINATION ${package_dir} FILE 
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/TamselConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TamselConfigVersion.cmake DESTINATION ${package_dir})
+file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tamsel.pc.in tamsel.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tamsel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
