@@ -184,7 +184,7 @@ TEST(Nesting, PathsStayWholeAndDepthIsLimited) {
     for (int i = 1; i < 15; ++i) path += ".type.u@subElementList.elem[0]";
     EXPECT_NE(readFile(file.path()).find("\n" + path + ".type.u@logicalChannelNumber = 1\n"),
               std::string::npos);
-    EXPECT_EQ(Root(nestedElements(64), decodeRoot, false).status, kAsnOk);
+    EXPECT_EQ(runExport(message, nestedElements(64), file.path()), 1);
     const Root deeper(nestedElements(65), decodeRoot, false);
     EXPECT_EQ(deeper.status, kAsnTooDeep);
     EXPECT_EQ(deeper.decoding.ctx.depth, 0U);

@@ -1,0 +1,10 @@
+# A host with a console: its text comes out before and after a call. The console draws it with escape
+# sequences, and blanks as moves of the cursor.
+execute_process(COMMAND ${CONSOLE} ${HOST} ${DATA} --console h245-terminalCapabilitySet
+    RESULT_VARIABLE result OUTPUT_VARIABLE drawn ERROR_VARIABLE ignored)
+string(ASCII 27 escape)
+string(REGEX REPLACE "${escape}\\[[?0-9;]*[A-Za-z]" "" drawn "${drawn}")
+string(REGEX REPLACE "[^a-z]" "" drawn "${drawn}")
+if(NOT drawn MATCHES "hostbefore.*hostafter")
+    message(FATAL_ERROR "exit ${result}: ${drawn}")
+endif()
