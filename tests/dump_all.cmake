@@ -14,6 +14,7 @@ foreach(family ras ui h245)
         foreach(file IN LISTS files)
             string(REPLACE ".hex" ".txt" text ${file})
             file(READ ${DATA}/${text} dump)
+            string(REPLACE "\r" "" dump "${dump}")  # a character string may hold one
             string(APPEND expected "==> ${file} <==\n${dump}")
         endforeach()
         execute_process(COMMAND ${DUMP} ${option} ${family} ${files} WORKING_DIRECTORY ${DATA}

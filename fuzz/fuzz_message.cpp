@@ -1,0 +1,191 @@
+// One message family: the export, and the properties that any input must keep. The first octet of
+// an input is the variant, the rest the message.
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "../tests/allocation.h"
+#include "H245.h"
+#include "H323.h"
+#include "Tamsel.h"
+
+namespace {
+
+#if defined(FUZZ_RAS)
+using Root = H225RasMessage;
+constexpr auto decodeRoot = DecodeH225RasMessage;
+constexpr auto dumpMessage = H323RASASNDecode;
+void printRoot(AsnDump& dump, const Root& root) {
+    PrintH225RasMessage(dump, root);
+}
+constexpr const char* kRootName = "RasMessage";
+#elif defined(FUZZ_UI)
+using Root = H225H323_UserInformation;
+constexpr auto decodeRoot = DecodeH225H323_UserInformation;
+constexpr auto dumpMessage = H323UserInfoASNDecode;
+void printRoot(AsnDump& dump, const Root& root) {
+    PrintH225H323_UserInformation(dump, root);
+}
+constexpr const char* kRootName = "H323-UserInformation";
+#else
+using Root = H245MultimediaSystemControlMessage;
+constexpr auto decodeRoot = DecodeH245MultimediaSystemControlMessage;
+constexpr auto dumpMessage = H323H245ASNDecode;
+void printRoot(AsnDump& dump, const Root& root) {
+    PrintH245MultimediaSystemControlMessage(dump, root);
+}
+constexpr const char* kRootName = "MultimediaSystemControlMessage";
+#endif
+
+void require(bool holds, const char* property) {
+    if (holds) return;
+    std::fprintf(stderr, "property broken: %s\n", property);
+    std::abort();
+}
+
+/// The dump of a message, or nothing. The octets stand in a block of exactly their size.
+std::string dumpOf(const uint8_t* octets, size_t size, bool aligned) {
+    if (size == 0) return "";
+    const std::unique_ptr<uint8_t[]> block(new uint8_t[size]);
+    std::memcpy(block.get(), octets, size);
+    allocation = {};
+    AsnContext ctx;
+    require(asnInitContext(ctx, block.get(), static_cast<uint32_t>(size)) == kAsnOk, "init");
+    ctx.aligned = aligned ? 1 : 0;
+    Root root{};
+    const AsnStatus status = decodeRoot(ctx, root);
+    require(allocation.octets < (2 << 20) + int64_t{4096} * static_cast<int64_t>(size),
+            "memory stays below 2 MiB and 4 KiB an octet");
+    std::string text;
+    if (status == kAsnOk) {
+        char* buffer = nullptr;
+        size_t length = 0;
+        FILE* const stream = open_memstream(&buffer, &length);
+        {
+            AsnDump dump(stream, kRootName);
+            printRoot(dump, root);
+        }
+        std::fclose(stream);
+        text.assign(buffer, length);
+        std::free(buffer);
+    }
+    asnFreeContext(ctx);
+    return text;
+}
+
+std::string exported(const uint8_t* octets, size_t size, bool aligned) {
+    static const std::string path = "/dev/shm/tamsel-fuzz-" + std::to_string(getpid());
+    unlink(path.c_str());
+    allocation = {};
+    const int done =
+        dumpMessage(octets, static_cast<unsigned short>(size), aligned ? 1 : 0, path.c_str());
+    require(allocation.unreleased == 0, "nothing stays allocated");
+    struct stat info {};
+    require((stat(path.c_str(), &info) == 0) == (done == 1), "a file for a dump, and none without");
+    std::ifstream in(path);
+    std::string text(std::istreambuf_iterator<char>(in), {});
+    unlink(path.c_str());
+    return text;
+}
+
+/// Where the primitives of a message read: the traced fields, also of a message that fails.
+struct Field {
+    int64_t start;
+    int64_t count;
+};
+std::vector<Field> fieldsOf(const uint8_t* octets, size_t size, bool aligned) {
+    std::vector<Field> fields;
+    AsnContext ctx;
+    if (size == 0 || asnInitContext(ctx, octets, static_cast<uint32_t>(size)) != kAsnOk)
+        return fields;
+    ctx.aligned = aligned ? 1 : 0;
+    asnSetFieldTrace(ctx, 1);
+    Root root{};
+    (void)decodeRoot(ctx, root);  // where it fails, the fields so far
+    for (const AsnBitFieldLink* link = ctx.fieldList.head; link != nullptr; link = link->next)
+        fields.push_back({link->field->bitOffset, link->field->bitCount});
+    asnFreeContext(ctx);
+    return fields;
+}
+
+void setBit(uint8_t* octets, size_t size, int64_t at, bool value) {
+    if (at < 0 || static_cast<size_t>(at / 8) >= size) return;
+    const auto mask = static_cast<uint8_t>(0x80 >> at % 8);
+    octets[at / 8] = static_cast<uint8_t>(value ? octets[at / 8] | mask : octets[at / 8] & ~mask);
+}
+
+}  // namespace
+
+extern "C" size_t LLVMFuzzerMutate(uint8_t* data, size_t size, size_t maxSize);
+
+/// Counts, lengths and indexes are changed as a whole, flags - the bits between the fields - one at
+/// a time: so a mutation reaches the next type instead of shifting all that follows.
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t maxSize,
+                                          unsigned seed) {
+    std::minstd_rand random(seed);
+    if (size < 2 || random() % 3 == 0) return LLVMFuzzerMutate(data, size, maxSize);
+    uint8_t* const octets = data + 1;
+    size_t length = size - 1;
+    if (random() % 4 == 0) {  // more to read, for a longer message
+        const size_t more = std::min<size_t>(random() % 64, maxSize - size);
+        for (size_t i = 0; i < more; ++i)
+            octets[length + i] = static_cast<uint8_t>(random() & random() & 0xFF);
+        length += more;
+    }
+    const std::vector<Field> fields = fieldsOf(octets, length, (data[0] & 1) != 0);
+    if (fields.empty()) return LLVMFuzzerMutate(data, size, maxSize);
+    const size_t chosen = random() % fields.size();
+    const Field& field = fields[chosen];
+    const int64_t count = std::min<int64_t>(field.count, 32);
+    switch (random() % 4) {
+        case 0:  // a flag behind the field
+            setBit(octets, length, field.start + field.count + static_cast<int64_t>(random() % 12),
+                   random() % 2 != 0);
+            break;
+        case 1:  // all ones or zeroes
+            for (int64_t i = 0, ones = random() % 2; i < count; ++i)
+                setBit(octets, length, field.start + i, ones != 0);
+            break;
+        case 2:  // a small number
+            for (int64_t i = 0; i < count; ++i)
+                setBit(octets, length, field.start + i, i + 3 >= count && random() % 2 != 0);
+            break;
+        default:  // any number
+            for (int64_t i = 0; i < count; ++i)
+                setBit(octets, length, field.start + i, random() % 2 != 0);
+    }
+    return length + 1;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 2 || size > 65536) return 0;
+    const bool aligned = (data[0] & 1) != 0;
+    const uint8_t* const octets = data + 1;
+    const size_t length = size - 1;
+    const std::string dump = dumpOf(octets, length, aligned);
+    require(dumpOf(octets, length, aligned) == dump, "the same octets give the same dump");
+    require(exported(octets, length, aligned) == dump, "the export writes that dump");
+
+    std::string longer(reinterpret_cast<const char*>(octets), length);
+    if (!dump.empty() && length < 65500) {
+        // A message may end before its last flags, which then count as 0: what follows it must not
+        // be taken for them.
+        longer += std::string(8, '\0') + "\xFF\x55";
+        require(
+            dumpOf(reinterpret_cast<const uint8_t*>(longer.data()), longer.size(), aligned) == dump,
+            "octets behind a message do not change its dump");
+        const size_t cut = (data[0] >> 1) * length / 128;
+        require(dumpOf(octets, cut, aligned).size() <= dump.size(),
+                "a message cut short gives no longer dump");
+    }
+    return 0;
+}
