@@ -9,29 +9,17 @@ namespace {
 constexpr AsnLogger logError{AsnLogBase::bits};
 }
 
-AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits) {
-    if (asnDiagOn())
-        asnDiag("pd_bits: nbits = %d, nbytes = %d\n", static_cast<int>(nbits),
-                static_cast<int>(((nbits - 1) >> 3) + 1));
-    if (nbits == 0) {
-        *value = 0;
-        return kAsnOk;
-    }
-    if (asnBitsLeft(ctx) < int64_t{nbits}) return logError(ctx, kAsnEndOfData);
-    if (asnDiagOn() && nbits >= static_cast<uint32_t>(ctx.bitOffset))
+AsnStatus asnBitsMissing(AsnContext& ctx) {
+    return logError(ctx, kAsnEndOfData);
+}
+
+void asnDiagBits(const AsnContext& ctx, uint32_t nbits) {
+    asnDiag("pd_bits: nbits = %d, nbytes = %d\n", static_cast<int>(nbits),
+            static_cast<int>(((nbits - 1) >> 3) + 1));
+    if (nbits != 0 && asnBitsLeft(ctx) >= int64_t{nbits} &&
+        nbits >= static_cast<uint32_t>(ctx.bitOffset))
         asnDiag("pd_bits: mask = %x, data[index] = %x\n", (1U << ctx.bitOffset) - 1,
                 static_cast<unsigned>(ctx.data[ctx.byteIndex]));
-
-    const int64_t end = asnBitPosition(ctx) + nbits;
-    const uint32_t kept = std::min(nbits, uint32_t{32});
-    const auto first = static_cast<uint32_t>((end - kept) / 8);
-    const auto last = static_cast<uint32_t>((end - 1) / 8);
-    uint64_t window = 0;  // at most the five octets that hold 32 bits
-    for (uint32_t i = first; i <= last; ++i) window = window << 8 | ctx.data[i];
-    window >>= (8 - end % 8) % 8;
-    *value = static_cast<uint32_t>(window & ((uint64_t{1} << kept) - 1));
-    pd_SetBitOffset(ctx, end);
-    return kAsnOk;
 }
 
 AsnStatus pd_octets(AsnContext& ctx, uint8_t* buffer, uint32_t capacity, uint32_t nbits) {

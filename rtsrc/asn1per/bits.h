@@ -5,6 +5,9 @@
 // the buffer.
 #pragma once
 
+#include <bit>
+#include <cstring>
+
 #include "context.h"
 
 /// Absolute bit position of the cursor, and the bits from there to the end of the data (negative
@@ -50,9 +53,42 @@ inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
     return kAsnOk;
 }
 
+/// The eight octets from `index` on, the first the most significant; beyond the end of the data 0.
+/// Near the end the last eight are loaded and shifted: most fields of a short message stand there.
+inline uint64_t asnWindow(const AsnContext& ctx, uint32_t index) {
+    uint64_t window = 0;
+    if (ctx.size >= sizeof window) {
+        const uint32_t last = ctx.size - static_cast<uint32_t>(sizeof window);
+        const uint32_t at = index < last ? index : last;
+        std::memcpy(&window, ctx.data + at, sizeof window);
+        if constexpr (std::endian::native == std::endian::little)
+            window = __builtin_bswap64(window);
+        return window << 8 * (index - at);
+    }
+    for (uint32_t i = index; i < ctx.size; ++i)
+        window |= uint64_t{ctx.data[i]} << (56 - 8 * (i - index));
+    return window;
+}
+
+/// The two rare ends of pd_bits: the failure, logged, and the diagnostic lines.
+AsnStatus asnBitsMissing(AsnContext& ctx);
+void asnDiagBits(const AsnContext& ctx, uint32_t nbits);
+
 /// Reads `nbits` bits as an unsigned number, the first bit the most significant; above 32 bits the
 /// earliest are lost. 0 bits give 0 and never fail. Leaves (n, 8 .. 1). Returns 0, or -2, logged.
-[[nodiscard]] AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits);
+[[nodiscard]] inline AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits) {
+    if (asnDiagOn()) asnDiagBits(ctx, nbits);
+    *value = 0;
+    if (nbits == 0) return kAsnOk;
+    const int64_t end = asnBitPosition(ctx) + nbits;
+    if (end > int64_t{ctx.size} * 8) return asnBitsMissing(ctx);
+    const uint32_t kept = nbits < 32 ? nbits : 32;
+    const int64_t start = end - kept;
+    const uint64_t window = asnWindow(ctx, static_cast<uint32_t>(start / 8)) << (start % 8);
+    *value = static_cast<uint32_t>(window >> (64 - kept));
+    pd_SetBitOffset(ctx, end);
+    return kAsnOk;
+}
 
 /// Copies `nbits` bits, left-aligned, into `capacity` octets at `buffer`; the unused low bits of
 /// the last octet are cleared. An aligned cursor is left as (n, 8 .. 1); another keeps its form

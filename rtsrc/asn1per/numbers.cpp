@@ -13,6 +13,17 @@ AsnStatus alignedOctets(AsnContext& ctx, uint32_t* value, uint32_t octets) {
     return pd_bits(ctx, value, octets * 8);
 }
 
+/// pd_ConsWholeNumber, inline: nearly every field of a message comes through here.
+inline AsnStatus wholeNumber(AsnContext& ctx, uint32_t* offset, uint32_t rangeSize) {
+    if (ctx.aligned == 0 || rangeSize < 256)
+        return pd_bits(ctx, offset, asnBitCount(rangeSize - 1));
+    if (rangeSize == 256) return alignedOctets(ctx, offset, 1);
+    if (rangeSize <= 65536) return alignedOctets(ctx, offset, 2);
+    uint32_t octets = 0;
+    const AsnStatus status = pd_bits(ctx, &octets, 2);
+    return status == kAsnOk ? alignedOctets(ctx, offset, octets + 1) : status;
+}
+
 /// The forms without an upper bound below 65536: 0 + 7 bits, 10 + 14 bits, 11 + 6 bits of 16K.
 AsnStatus unconstrainedLength(AsnContext& ctx, uint32_t* count) {
     *count = 0;
@@ -38,13 +49,7 @@ AsnStatus checkLeft(AsnContext& ctx, uint64_t nbits) {
 }  // namespace
 
 AsnStatus pd_ConsWholeNumber(AsnContext& ctx, uint32_t* offset, uint32_t rangeSize) {
-    if (ctx.aligned == 0 || rangeSize < 256)
-        return pd_bits(ctx, offset, asnBitCount(rangeSize - 1));
-    if (rangeSize == 256) return alignedOctets(ctx, offset, 1);
-    if (rangeSize <= 65536) return alignedOctets(ctx, offset, 2);
-    uint32_t octets = 0;
-    const AsnStatus status = pd_bits(ctx, &octets, 2);
-    return status == kAsnOk ? alignedOctets(ctx, offset, octets + 1) : status;
+    return wholeNumber(ctx, offset, rangeSize);
 }
 
 AsnStatus pd_ConsInteger(AsnContext& ctx, int32_t* value, int32_t lower, int32_t upper) {
@@ -54,7 +59,7 @@ AsnStatus pd_ConsInteger(AsnContext& ctx, int32_t* value, int32_t lower, int32_t
     AsnStatus status = kAsnOk;
     if (lower != upper) {
         const uint32_t rangeSize = static_cast<uint32_t>(upper) - static_cast<uint32_t>(lower) + 1;
-        status = pd_ConsWholeNumber(ctx, &offset, rangeSize);
+        status = wholeNumber(ctx, &offset, rangeSize);
         if (status != kAsnOk) return logError(ctx, status);
     }
     *value = static_cast<int32_t>(static_cast<uint32_t>(lower) + offset);
@@ -69,7 +74,7 @@ AsnStatus pd_ConsUnsigned(AsnContext& ctx, uint32_t* value, uint32_t lower, uint
     AsnStatus status = kAsnOk;
     if (lower != upper) {
         const bool fullRange = lower == 0 && upper == UINT32_MAX;
-        status = pd_ConsWholeNumber(ctx, &offset, fullRange ? UINT32_MAX : upper - lower + 1);
+        status = wholeNumber(ctx, &offset, fullRange ? UINT32_MAX : upper - lower + 1);
         if (status != kAsnOk) return logError(ctx, status);
     }
     *value = lower + offset;
@@ -158,7 +163,7 @@ AsnStatus pd_Length(AsnContext& ctx, uint32_t* count) {
         status = unconstrainedLength(ctx, count);
     } else {
         uint32_t offset = 0;
-        if (lower != upper) status = pd_ConsWholeNumber(ctx, &offset, upper - lower + 1);
+        if (lower != upper) status = wholeNumber(ctx, &offset, upper - lower + 1);
         *count = lower + offset;
     }
     pu_setFldBitCount(ctx);

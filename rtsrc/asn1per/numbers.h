@@ -4,13 +4,13 @@
 // range and lengths beyond a constraint are accepted as the bits give them.
 #pragma once
 
+#include <bit>
+
 #include "bits.h"
 
 /// The smallest n from 0 to 32 for which `number` is below 2^n.
 constexpr uint32_t asnBitCount(uint32_t number) {
-    uint32_t n = 0;
-    while (n < 32 && number >> n != 0) ++n;
-    return n;
+    return static_cast<uint32_t>(std::bit_width(number));
 }
 
 /// Reads one of `rangeSize` values (X.691 10.5).
