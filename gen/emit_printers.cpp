@@ -22,7 +22,8 @@ class PrinterEmitter {
 
     static std::string builtinCall(const Type& type, const std::string& value) {
         const auto octets = [&](const std::string& name, const std::string& count) {
-            return name + "(dump, " + value + "." + count + ", " + value + ".data, \".\");";
+            const std::string record = value[0] == '*' ? value.substr(1) + "->" : value + ".";
+            return name + "(dump, " + record + count + ", " + record + "data, \".\");";
         };
         switch (type.kind) {
             case Kind::boolean:
@@ -105,9 +106,8 @@ class PrinterEmitter {
                 if (!open) out_(1, "switch (value.t) {");
                 open = true;
                 const std::string slot = "value.u." + member.cppName;
-                alternative(
-                    tag, member.dumpName,
-                    printCall(*member.type, heldInline(*member.type) ? slot : "(*" + slot + ")"));
+                alternative(tag, member.dumpName,
+                            printCall(*member.type, heldInline(*member.type) ? slot : "*" + slot));
             }
         if (keepsUnknown) {
             if (!open) out_(1, "switch (value.t) {");
