@@ -46,6 +46,14 @@ std::optional<std::string> MessageDumper::dump(const Family& family, const Octet
     const auto length = static_cast<unsigned short>(message.size());
     const std::string path = file_.string();
     if (family.dump(message.data(), length, aligned ? 1 : 0, path.c_str()) == 0) return {};
-    std::ifstream text(path);  // in text mode, as it was written
-    return std::string(std::istreambuf_iterator<char>(text), {});
+    std::ifstream in(path, std::ios::binary);
+    std::string text(std::istreambuf_iterator<char>(in), {});
+#if defined(_WIN32)
+    // Not by reading in text mode, which would take a 0x1A in a character string for the end.
+    size_t kept = 0;
+    for (size_t i = 0; i < text.size(); ++i)
+        if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n') text[kept++] = text[i];
+    text.resize(kept);
+#endif
+    return text;
 }

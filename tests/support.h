@@ -51,8 +51,15 @@ inline Octets bits(const std::string& text) {
 }
 
 inline std::string readFile(const std::filesystem::path& path) {
-    std::ifstream in(path);  // text mode: CR LF is LF again on Windows
-    return {std::istreambuf_iterator<char>(in), {}};
+    std::ifstream in(path, std::ios::binary);
+    std::string text(std::istreambuf_iterator<char>(in), {});
+#if defined(_WIN32)  // text mode would end at a 0x1A in a character string
+    size_t kept = 0;
+    for (size_t i = 0; i < text.size(); ++i)
+        if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n') text[kept++] = text[i];
+    text.resize(kept);
+#endif
+    return text;
 }
 
 /// A file in the temporary folder, removed with the object.
