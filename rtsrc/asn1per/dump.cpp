@@ -1,5 +1,6 @@
 #include "dump.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -74,7 +75,8 @@ char* asnDumpRoom(AsnDump& dump, size_t size) {
 void asnDumpText(AsnDump& dump, std::string_view text) {
     while (!text.empty()) {
         if (dump.textLength == AsnDump::kTextSize) writeOut(dump);
-        const std::string_view part = text.substr(0, AsnDump::kTextSize - dump.textLength);
+        const size_t size = std::min(text.size(), AsnDump::kTextSize - dump.textLength);
+        const std::string_view part(text.data(), size);
         append(dump.text + dump.textLength, part);
         dump.textLength += part.size();
         text.remove_prefix(part.size());

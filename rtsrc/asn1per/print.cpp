@@ -40,17 +40,29 @@ void printOctets(AsnDump& dump, std::string_view separator, std::string_view cou
     asnHexDump(dump, data, octets);
 }
 
-constexpr char kHex[] = "0123456789abcdef";
 constexpr size_t kHexColumn = 48;
 
-void hexEntry(char* at, uint8_t octet) {
-    at[0] = kHex[octet >> 4];
-    at[1] = kHex[octet & 15];
-    at[2] = ' ';
-}
+/// What a dump line has for each octet: two digits and a blank, and a character. A fourth octet
+/// lets an entry be copied as one word.
+constexpr auto kOctetTexts = [] {
+    struct {
+        char hex[256][4];
+        char character[256];
+    } texts{};
+    for (int octet = 0; octet < 256; ++octet) {
+        texts.hex[octet][0] = "0123456789abcdef"[octet / 16];
+        texts.hex[octet][1] = "0123456789abcdef"[octet % 16];
+        texts.hex[octet][2] = texts.hex[octet][3] = ' ';
+        texts.character[octet] = octet >= 0x20 && octet <= 0x7E ? static_cast<char>(octet) : '.';
+    }
+    return texts;
+}();
 
-char printable(uint8_t octet) {
-    return octet >= 0x20 && octet <= 0x7E ? static_cast<char>(octet) : '.';
+/// Entry i of a line; it also writes the octet behind the entry, which the next one or the blank
+/// between the columns takes.
+void putOctet(char* line, uint32_t i, uint8_t octet) {
+    std::memcpy(line + size_t{3} * i, kOctetTexts.hex[octet], 4);
+    line[kHexColumn + 1 + i] = kOctetTexts.character[octet];
 }
 
 }  // namespace
@@ -119,11 +131,7 @@ void asnHexDump(AsnDump& dump, const uint8_t* data, uint32_t length) {
     uint32_t done = 0;
     for (; length - done >= 16; done += 16) {
         char* const line = asnDumpRoom(dump, kHexColumn + 18);
-        for (uint32_t i = 0; i < 16; ++i) {
-            hexEntry(line + size_t{3} * i, data[done + i]);
-            line[kHexColumn + 1 + i] = printable(data[done + i]);
-        }
-        line[kHexColumn] = ' ';
+        for (uint32_t i = 0; i < 16; ++i) putOctet(line, i, data[done + i]);
         line[kHexColumn + 17] = '\n';
         commit(dump, line + kHexColumn + 18);
     }
@@ -131,11 +139,8 @@ void asnHexDump(AsnDump& dump, const uint8_t* data, uint32_t length) {
     if (rest == 0 && length != 0) return;
     char* const line = asnDumpRoom(dump, kHexColumn + 18);
     std::memset(line, ' ', kHexColumn + 1);
-    char* end = line + kHexColumn + 1;
-    for (uint32_t i = 0; i < rest; ++i) {
-        hexEntry(line + size_t{3} * i, data[done + i]);
-        *end++ = printable(data[done + i]);
-    }
+    for (uint32_t i = 0; i < rest; ++i) putOctet(line, i, data[done + i]);
+    char* end = line + kHexColumn + 1 + rest;
     while (end != line + kHexColumn + 1 && end[-1] == ' ') --end;
     *end++ = '\n';
     commit(dump, end);

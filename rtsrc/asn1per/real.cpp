@@ -1,8 +1,9 @@
 #include "real.h"
 
 #include <algorithm>
-#include <charconv>
+#include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -45,25 +46,31 @@ AsnStatus decodeBinary(const uint8_t* contents, uint32_t length, double* value) 
     return kAsnOk;
 }
 
-/// X.690 8.5.8: text of one of the three number forms, blanks in front, comma or point.
+/// X.690 8.5.8: text of one of the three number forms, blanks in front, comma or point. strtod
+/// wants the point of the locale, which is the host's; std::from_chars would bring in half of
+/// libstdc++.
 AsnStatus decodeDecimal(const uint8_t* contents, uint32_t length, double* value) {
     char text[64] = {};
     const unsigned form = contents[0] & 0x3FU;
     if (form < 1 || form > 3 || length > sizeof text) return kAsnInvalidReal;
-    std::transform(contents + 1, contents + length, text,
-                   [](uint8_t c) { return c == ',' ? '.' : static_cast<char>(c); });
-    const char* const end = text + length - 1;
-    const char* begin =
-        std::find_if(static_cast<const char*>(text), end, [](char c) { return c != ' '; });
-    if (begin != end && *begin == '+') ++begin;
-    const bool hasPoint = std::find(begin, end, '.') != end;
-    const bool hasExponent =
-        std::find_if(begin, end, [](char c) { return c == 'e' || c == 'E'; }) != end;
+    bool hasPoint = false;
+    bool hasExponent = false;
+    for (uint32_t i = 1; i < length; ++i) {
+        char c = static_cast<char>(contents[i]);
+        if (c == ',' || c == '.') {
+            c = *std::localeconv()->decimal_point;
+            hasPoint = true;
+        } else if (c == 'e' || c == 'E') {
+            hasExponent = true;
+        } else if (c == 0 || std::strchr("0123456789+- ", c) == nullptr) {
+            return kAsnInvalidReal;  // also what strtod knows beyond decimal numbers
+        }
+        text[i - 1] = c;
+    }
     if ((form == 1 && hasPoint) || hasExponent != (form == 3)) return kAsnInvalidReal;
-    if (begin == end || std::strchr("0123456789.-", *begin) == nullptr) return kAsnInvalidReal;
-    const auto [stop, error] = std::from_chars(begin, end, *value);
-    if (stop != end || error == std::errc::invalid_argument) return kAsnInvalidReal;
-    return kAsnOk;
+    char* stop = text;
+    *value = std::strtod(text, &stop);
+    return stop == text + length - 1 && stop != text ? kAsnOk : kAsnInvalidReal;
 }
 
 AsnStatus decodeSpecial(const uint8_t* contents, uint32_t length, double* value) {
