@@ -50,3 +50,14 @@ Octets parseHex(std::string_view text) {
     }
     return octets;
 }
+
+std::string formatHex(std::span<const unsigned char> octets) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string text;
+    text.reserve(octets.size() * 2);
+    for (const unsigned char octet : octets) {
+        text += kDigits[octet >> 4];
+        text += kDigits[octet & 15];
+    }
+    return text;
+}

@@ -1,7 +1,9 @@
 // Messages as hex text.
 #pragma once
 
+#include <span>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 #include "message_dump.h"
@@ -16,3 +18,6 @@ bool isText(std::string_view input);
 
 /// Hex digits in pairs; blanks, colons and "0x" between pairs are passed over. Throws BadHex.
 Octets parseHex(std::string_view text);
+
+/// Octets as hex digits in pairs, lower case, nothing between.
+std::string formatHex(std::span<const unsigned char> octets);

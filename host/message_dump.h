@@ -3,8 +3,8 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,7 +33,8 @@ const Family* findFamily(std::string_view name);
 /// `stdout` on each call, and on Windows leaves it on the console: so hosts print through this.
 FILE* keepStandardOutput();
 
-/// Dumps messages by way of a temporary file, which goes with the object.
+/// Dumps messages by way of a file of its own: in memory where the system has such files, else a
+/// temporary one, which goes with the object.
 class MessageDumper {
   public:
     MessageDumper();
@@ -41,9 +42,12 @@ class MessageDumper {
     MessageDumper(const MessageDumper&) = delete;
     MessageDumper& operator=(const MessageDumper&) = delete;
 
-    /// The dump of one message, or nothing if it does not decode.
-    std::optional<std::string> dump(const Family& family, const Octets& message, bool aligned);
+    /// The dump of one message, or nothing if it does not decode. Valid until the next.
+    std::optional<std::string_view> dump(const Family& family,
+                                         std::span<const unsigned char> message, bool aligned);
 
   private:
-    std::filesystem::path file_;
+    int descriptor_ = -1;
+    std::string path_;
+    std::vector<char> text_;
 };

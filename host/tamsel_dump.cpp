@@ -82,7 +82,7 @@ class Output {
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
-    void write(const std::string& text) {
+    void write(std::string_view text) {
         if (stream_ == nullptr) stream_ = std::fopen(file_.c_str(), "w");
         if (stream_ == nullptr) throw WrongUse(file_ + ": cannot be written");
         if (std::fwrite(text.data(), 1, text.size(), stream_) != text.size() ||
@@ -110,7 +110,8 @@ int run(const Options& options) {
             result = kNotDecoded;
             continue;
         }
-        output.write(options.files.size() > 1 ? "==> " + file + " <==\n" + *text : *text);
+        if (options.files.size() > 1) output.write("==> " + file + " <==\n");
+        output.write(*text);
     }
     return result;
 }

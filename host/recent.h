@@ -1,0 +1,32 @@
+// A map that forgets: what a capture can fill without end is kept in it.
+#pragma once
+
+#include <deque>
+#include <map>
+
+/// Holds the `limit` keys that were put in last.
+template <class Key, class Value>
+class Recent {
+  public:
+    explicit Recent(size_t limit) : limit_(limit) {}
+
+    /// Sets a key's value.
+    void put(const Key& key, Value value) {
+        if (!values_.insert_or_assign(key, std::move(value)).second) return;
+        order_.push_back(key);
+        if (order_.size() <= limit_) return;
+        values_.erase(order_.front());
+        order_.pop_front();
+    }
+
+    /// A key's value, or null. Valid until the next put.
+    const Value* find(const Key& key) const {
+        const auto found = values_.find(key);
+        return found != values_.end() ? &found->second : nullptr;
+    }
+
+  private:
+    size_t limit_;
+    std::map<Key, Value> values_;
+    std::deque<Key> order_;  // oldest first
+};

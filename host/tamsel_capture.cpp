@@ -1,0 +1,166 @@
+// tamsel-capture: every H.323 message of a capture, as dumps, as files or as the ladder of the
+// call.
+
+#include <pcap/pcap.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <iostream>
+
+#include "call_follower.h"
+#include "capture_file.h"
+#include "capture_output.h"
+
+namespace {
+
+enum ExitCode { kDone = 0, kNotDecoded = 1, kWrongUse = 2 };
+
+constexpr const char* kFooter = R"(Captures are pcap or pcapng; - is standard input. Followed are
+  RAS              UDP ports 1718 and 1719, and addresses that messages announce
+  call signalling  TCP port 1720, and announced addresses; what fastStart proposes is listed
+  H.245            announced addresses, and what call signalling tunnels in h245Control
+Messages are read as ALIGNED, which is what H.323 sends. A message that does not decode is shown in
+hex. Times are UTC.
+Exit status: 0, 1 if a message did not decode, 2 for wrong use or a capture that cannot be read to
+its end.
+
+Example:
+  tamsel-capture --list call.pcap)";
+
+struct Options {
+    std::string folder;
+    std::vector<std::string> families = {"ras", "ui", "h245"};
+    std::string call;
+    bool list = false;
+    std::vector<std::string> files;
+};
+
+void complain(const std::string& text) {
+    std::cerr << "tamsel-capture: " << text << "\n";
+}
+
+/// A bar on the terminal, once reading has taken a second.
+class Progress {
+  public:
+    void show(const CaptureFile& file, size_t messages) {
+        if (!isTerminal_ || ++calls_ % kCallsPerLook != 0) return;
+        const auto now = Clock::now();
+        if (now < next_) return;
+        next_ = now + std::chrono::milliseconds(200);
+        const double part = file.progress();
+        std::string bar(part >= 0 ? static_cast<size_t>(part * kWidth) : 0, '#');
+        bar.resize(kWidth, '.');
+        std::cerr << "\r[" << bar << "] " << messages << " messages" << std::flush;
+        isShown_ = true;
+    }
+    void clear() {
+        if (isShown_) std::cerr << "\r\x1B[K" << std::flush;
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr size_t kCallsPerLook = 1024;
+    static constexpr size_t kWidth = 40;
+
+    bool isTerminal_ = isatty(STDERR_FILENO) != 0;
+    bool isShown_ = false;
+    size_t calls_ = 0;
+    Clock::time_point next_ = Clock::now() + std::chrono::seconds(1);
+};
+
+/// Reads one capture as far as it goes; false where it is damaged, which is said.
+bool readCapture(const std::string& name, Network& network, const CaptureOutput& output,
+                 Progress& progress) {
+    try {
+        CaptureFile file(name);
+        const int linkType = file.linkType();
+        if (!Network::knows(linkType))
+            throw BadCapture(std::string("link type ") +
+                             pcap_datalink_val_to_description_or_dlt(linkType) +
+                             " is not supported");
+        for (Frame frame; file.next(frame);) {
+            network.frame(linkType, frame);
+            progress.show(file, output.messages());
+        }
+        return true;
+    } catch (const BadCapture& bad) {
+        progress.clear();
+        complain(name + ": " + bad.what());
+        return false;
+    }
+}
+
+void report(const CaptureOutput& output, const NetworkLosses& losses) {
+    std::istringstream lines(output.summary());
+    for (std::string line; std::getline(lines, line);) complain(line);
+    const std::pair<size_t, const char*> kLosses[] = {
+        {losses.cutFrames, "frames that the capture has only a part of"},
+        {losses.malformedFrames, "frames without a packet that can be read"},
+        {losses.openFragments, "IPv4 fragments without the rest of their packet"},
+        {losses.ipv6Fragments, "IPv6 fragments, not put together"},
+    };
+    for (const auto& [count, what] : kLosses)
+        if (count > 0) complain("not read: " + std::to_string(count) + " " + what);
+}
+
+int run(const Options& options) {
+    OutputOptions outputOptions{.folder = options.folder, .ladder = options.list};
+    for (const std::string& name : options.families)
+        outputOptions.families.insert(findFamily(name));
+    if (!options.folder.empty()) std::filesystem::create_directories(options.folder);
+    MessageDumper dumper;
+    CaptureOutput output(outputOptions);
+    CallFollower follower(dumper, output, options.call);
+    Network network(follower);
+    Progress progress;
+    int result = kDone;
+    for (const std::string& file : options.files)
+        if (!readCapture(file, network, output, progress)) result = kWrongUse;
+    network.end();
+    progress.clear();
+    output.finish();
+    report(output, network.losses());
+    return result == kDone && output.refused() > 0 ? kNotDecoded : result;
+}
+
+/// Takes a call identifier as people write it, and leaves its hex digits in lower case. Says what
+/// is wrong with it, if anything is.
+std::string asCallIdentifier(std::string& text) {
+    std::erase_if(text, [](char c) { return c == '-' || c == ':' || c == ' '; });
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const bool good = !text.empty() && text.size() <= 32 &&
+                      text.find_first_not_of("0123456789abcdef") == std::string::npos;
+    return good ? "" : "not 1 to 32 hex digits";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Finds the H.323 messages in captures and dumps them as text.", "tamsel-capture");
+    Options options;
+    app.add_option("-o", options.folder, "Write a file a message, and index.tsv, into DIR")
+        ->type_name("DIR");
+    app.add_option("--family", options.families, "Show these families only: ras,ui,h245")
+        ->delimiter(',')
+        ->check(CLI::IsMember({"ras", "ui", "h245"}))
+        ->type_name("LIST");
+    app.add_option("--call", options.call,
+                   "Show one call only, by the first digits of its callIdentifier or conferenceID")
+        ->transform(CLI::Validator(asCallIdentifier, ""))
+        ->type_name("ID");
+    app.add_flag("--list", options.list, "Show the ladder of the call, a line a message");
+    app.add_option("FILE", options.files, "The captures, in order of time")
+        ->required()
+        ->type_name("");
+    app.footer(kFooter);
+    try {
+        app.parse(argc, argv);
+        return run(options);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kWrongUse;
+    } catch (const std::exception& error) {
+        complain(error.what());
+        return kWrongUse;
+    }
+}

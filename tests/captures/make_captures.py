@@ -1,0 +1,305 @@
+#!/usr/bin/python3
+"""Makes the captures beside it from tests/data, with Debian's python3-scapy. They are committed: run
+this only to change them. With a number of MiB it writes so much of the sample call instead, once a
+second for hours, to standard output.
+"""
+import pathlib
+import struct
+import sys
+
+from scapy.all import (IP, TCP, UDP, Dot1Q, Ether, IPv6, PcapWriter, Raw, fragment, raw, wrpcap,
+                       wrpcapng)
+
+HERE = pathlib.Path(__file__).parent
+TERMINAL, CALLED, GATEKEEPER = "17.2.0.124", "17.2.0.122", "17.2.0.1"
+CALL = bytes.fromhex("c0fef93ecd9ed6119ab2000476222017")
+START = 1022846400  # 31 May 2002, 12:00 UTC
+
+
+def data(name):
+    return bytes.fromhex((HERE.parent / "data" / f"{name}.hex").read_text())
+
+
+class Per:
+    """ALIGNED PER (X.691), as far as the messages below go."""
+
+    def __init__(self):
+        self.text = ""
+
+    def bits(self, text):
+        self.text += text.replace(" ", "")
+        return self
+
+    def number(self, value, bits):
+        return self.bits(format(value, f"0{bits}b"))
+
+    def octets(self, octets):
+        self.text += "0" * (-len(self.text) % 8)
+        return self.bits("".join(format(octet, "08b") for octet in octets))
+
+    def counted(self, octets):
+        return self.octets(bytes([len(octets)]) + octets)
+
+    def address(self, ip, port):
+        return self.bits("0 000").octets(bytes(map(int, ip.split("."))) + struct.pack(">H", port))
+
+    def endpoint(self):  # a terminal, and nothing told of it
+        return self.bits("0 000001 00 0 0")
+
+    def additions(self, *present):
+        self.bits("0").number(len(present) - 1, 6)
+        self.bits("".join("0" if octets is None else "1" for octets in present))
+        for octets in present:
+            if octets is not None:
+                self.counted(octets)
+        return self
+
+    def done(self):
+        self.octets(b"")
+        return bytes(int(self.text[i:i + 8], 2) for i in range(0, len(self.text), 8))
+
+
+PROTOCOL = bytes([0, 8, 0x91, 0x4A, 0, 2])  # 0.0.8.2250.0.2
+CALL_IDENTIFIER = Per().bits("0").octets(CALL).done()
+FALSE, TRUE = b"\0", b"\x80"
+
+
+def listed(*elements):
+    per = Per().octets(bytes([len(elements)]))
+    for element in elements:
+        per.counted(element)
+    return per.done()
+
+
+def information(alternative, extended, body, *h245):
+    """H323-UserInformation around a message body, of the root alternatives."""
+    per = Per().bits("0 0 1 0 0").number(alternative, 3).bits("1" if extended else "0")
+    return body(per).additions(None, TRUE if h245 else FALSE, listed(*h245) if h245 else None,
+                               None).done()
+
+
+def setup():
+    proposal = data("h245-openLogicalChannel")[1:]  # without the CHOICEs around it
+    return information(0, True, lambda per: (
+        per.bits("0 1 1 1 0 0 0").counted(PROTOCOL)
+        .octets(b"\1").bits("0 1").octets(b"\2").octets("Ann".encode("utf-16-be"))
+        .endpoint()
+        .octets(b"\1").bits("0 0").number(3, 7).octets(b"").bits("0100 0101 0110 0111")
+        .address(CALLED, 1720)
+        .bits("0").octets(CALL).bits("0 00 0 00")
+        .additions(None, None, CALL_IDENTIFIER, None, None, None, listed(proposal), FALSE, FALSE,
+                   None)))
+
+
+def alerting(*h245):
+    return information(3, False, lambda per: per.counted(PROTOCOL).endpoint(), *h245)
+
+
+def connect(address, port):
+    return information(2, True, lambda per: (
+        per.bits("1").counted(PROTOCOL).address(address, port).endpoint().octets(CALL)
+        .additions(CALL_IDENTIFIER, None, None, None, None, None)))
+
+
+def of_this_call(message, other):
+    return message.replace(bytes.fromhex(other), CALL)
+
+
+def q931(kind, user_user, elements=b""):
+    if user_user is not None:
+        elements += b"\x7E" + struct.pack(">H", len(user_user) + 1) + b"\x05" + user_user
+    return b"\x08\x02\x00\x2A" + bytes([kind]) + elements
+
+
+def tpkt(message):
+    return b"\x03\x00" + struct.pack(">H", len(message) + 4) + message
+
+
+class Capture:
+    def __init__(self, ip=IP, link=lambda: Ether(src="02:00:00:00:00:01", dst="02:00:00:00:00:02")):
+        self.ip, self.link, self.frames, self.now, self.ident = ip, link, [], 0.0, 0
+
+    def send(self, source, destination, payload):
+        self.ident += 1
+        ip = self.ip(src=source, dst=destination)
+        if self.ip is IP:
+            ip.id = self.ident
+        self.frame(self.link() / ip / payload)
+
+    def frame(self, packet):
+        packet.time = START + self.now
+        self.now = round(self.now + 0.0125, 6)
+        self.frames.append(packet)
+
+    def udp(self, source, sport, destination, dport, message):
+        self.send(source, destination, UDP(sport=sport, dport=dport) / Raw(message))
+
+
+class Stream:
+    """A TCP connection; side 0 opened it."""
+
+    def __init__(self, capture, client, cport, server, sport, opened=True):
+        self.capture, self.host, self.port = capture, (client, server), (cport, sport)
+        self.next = [1000, 0xFFFFFF00]  # the server's wraps round
+        if opened:
+            self.packet(0, "S")
+            self.packet(1, "SA")
+            self.packet(0, "A")
+
+    def packet(self, side, flags, payload=b"", at=None):
+        tcp = TCP(sport=self.port[side], dport=self.port[1 - side], flags=flags, window=8192,
+                  seq=self.next[side] if at is None else at,
+                  ack=self.next[1 - side] if "A" in flags else 0)
+        self.capture.send(self.host[side], self.host[1 - side],
+                          tcp / Raw(payload) if payload else tcp)
+        if at is None:
+            length = len(payload) + ("S" in flags) + ("F" in flags)
+            self.next[side] = (self.next[side] + length) % 2**32
+
+    def say(self, side, octets):
+        self.packet(side, "PA", octets)
+        self.packet(1 - side, "A")
+
+    def lose(self, side, octets):  # sent, received, not captured
+        self.next[side] += octets
+
+    def close(self):
+        self.packet(0, "FA")
+        self.packet(1, "FA")
+        self.packet(0, "A")
+
+
+def call(port=2034):
+    """The sample: RAS, call signalling with fastStart and a tunnelled message, H.245 by itself."""
+    c = Capture()
+    c.udp(TERMINAL, port, GATEKEEPER, 1718, data("ras-gatekeeperRequest"))
+    request = of_this_call(data("alt-ras-admissionRequest-aligned"), "20" * 16)
+    request = request[:2] + b"\0\2" + request[4:]  # requestSeqNum as in the confirm
+    c.udp(TERMINAL, port, GATEKEEPER, 1719, request)
+    c.udp(GATEKEEPER, 1719, TERMINAL, port, data("ras-admissionConfirm"))
+    s = Stream(c, TERMINAL, port + 1, CALLED, 1720)
+    s.say(0, tpkt(q931(5, setup(), bytes.fromhex("04038893a5"))))
+    s.say(1, tpkt(q931(2, data("ui-callProceeding"))))
+    s.say(1, tpkt(q931(1, alerting(data("h245-masterSlaveDetermination")))))
+    answer = tpkt(q931(7, connect(CALLED, port + 6)))
+    s.say(1, answer[:30])
+    s.say(1, answer[30:])  # one TPKT over two segments
+    h = Stream(c, TERMINAL, port + 2, CALLED, port + 6)
+    start = h.next[0]
+    h.say(0, tpkt(data("h245-terminalCapabilitySet")))
+    h.packet(0, "PA", tpkt(data("h245-terminalCapabilitySet")), at=start)  # again
+    h.say(1, tpkt(data("h245-terminalCapabilitySet")))
+    h.say(0, tpkt(data("h245-masterSlaveDetermination")))
+    h.say(1, tpkt(data("h245-terminalCapabilitySetAck")) +
+          tpkt(data("h245-masterSlaveDeterminationAck")))  # two TPKTs in one segment
+    h.say(0, tpkt(data("h245-terminalCapabilitySetAck")))
+    h.say(0, tpkt(data("h245-openLogicalChannel")))
+    h.say(1, tpkt(data("h245-openLogicalChannelAck")))
+    c.udp(GATEKEEPER, 1719, TERMINAL, port, of_this_call(data("ras-infoRequest"),
+                                                         "004091fb7289f911802a050403020100"))
+    h.close()
+    s.say(0, tpkt(q931(0x5A, of_this_call(data("ui-releaseComplete"),
+                                          "24ab157276fa18109a58001321f06990"))))
+    s.close()
+    return c
+
+
+def odd():
+    """What real captures are full of. Each stream has a port of its own."""
+    tcs, ack = tpkt(data("h245-terminalCapabilitySet")), tpkt(data("h245-terminalCapabilitySetAck"))
+    proceeding = tpkt(q931(2, data("ui-callProceeding")))
+    c = Capture(link=lambda: Ether() / Dot1Q(vlan=7))
+    s = Stream(c, TERMINAL, 3001, CALLED, 1720)
+    s.say(0, tpkt(b""))  # keeps the connection alive
+    s.say(0, tpkt(q931(0x75, None)))  # a status enquiry carries no H.225.0 message
+    s.say(0, tpkt(q931(2, data("ui-callProceeding"))[:-9]))  # ends within an element
+    s.say(0, tpkt(tcs[4:]))  # H.245 where it does not belong
+    s.say(1, tpkt(q931(1, data("alt-ui-alerting-aligned"))))  # tunnels what is no H.245
+    s.say(1, tpkt(q931(7, connect(CALLED, 3002))))
+
+    h = Stream(c, TERMINAL, 3003, CALLED, 3002)  # segments out of order, the first one last
+    at = h.next[0]
+    octets = tcs + ack
+    for first, last in ((20, 35), (10, 20), (0, 10)):
+        h.packet(0, "PA", octets[first:last], at=at + first)
+    h.next[0] += len(octets)
+    h.packet(1, "A")
+    at = h.next[1]  # round the clock, and overlapping
+    h.packet(1, "PA", tcs[:20], at=at)
+    h.packet(1, "PA", tcs[12:], at=at + 12)
+    h.next[1] = (at + len(tcs)) % 2**32
+    h.packet(0, "A")
+    h.lose(0, len(tcs))  # a whole message is missing
+    h.say(0, ack)
+    h.say(1, tcs[:9])
+    h.lose(1, 5)  # a part of one
+    h.say(1, tcs[14:] + ack)
+    h.say(0, tcs[:8])
+    h.close()  # within a message
+
+    m = Stream(c, TERMINAL, 3004, CALLED, 1720, opened=False)  # starts in the middle of a message
+    m.say(0, proceeding[20:] + proceeding)
+    m.packet(1, "RA")
+
+    # IPv4 fragments, the last one first; one of another packet is missing
+    c.ident += 1
+    whole = Ether() / IP(src=TERMINAL, dst=GATEKEEPER, id=c.ident) / UDP(sport=3005, dport=1719) / \
+        Raw(data("made-ras-aligned"))
+    for part in reversed(fragment(whole, fragsize=64)):
+        c.frame(part)
+    whole[IP].id += 1
+    c.frame(fragment(whole, fragsize=64)[0])
+    c.udp(TERMINAL, 3005, GATEKEEPER, 1719, b"\xFF\xFF")
+    c.frame(Ether(type=0x0800) / Raw(b"\x45\0\0"))  # no IP packet
+    return c
+
+
+def six():
+    c = Capture(ip=IPv6)
+    s = Stream(c, "2001:db8::1", 3010, "2001:db8::2", 1720)
+    s.say(0, tpkt(q931(2, data("ui-callProceeding"))))
+    s.close()
+    c.udp("2001:db8::1", 3011, "2001:db8::2", 1719, data("ras-infoRequest"))
+    return c
+
+
+def linked(header, link_type, name):
+    """A RAS message under another link type's header."""
+    packet = IP(src=TERMINAL, dst=GATEKEEPER) / UDP(sport=2034, dport=1719) / \
+        Raw(data("ras-infoRequest"))
+    writer = PcapWriter(str(HERE / name), linktype=link_type)
+    writer.write_header(None)
+    writer._write_packet(header + raw(packet), sec=START, usec=0)
+    writer.close()
+
+
+def many(size):
+    """The sample call once a second, to standard output."""
+    records = [(raw(frame), frame.time) for frame in call().frames]
+    sys.stdout.buffer.write((HERE / "call.pcap").read_bytes()[:24])
+    written, now = 24, 0
+    while written < size:
+        block = b"".join(
+            struct.pack("<IIII", int(time) + now, round(time % 1 * 1000000), len(octets),
+                        len(octets)) + octets for octets, time in records)
+        written += sys.stdout.buffer.write(block)
+        now += 1
+
+
+def main():
+    if len(sys.argv) > 1:
+        many(int(sys.argv[1]) << 20)
+        return
+    wrpcap(str(HERE / "call.pcap"), call().frames)
+    wrpcap(str(HERE / "odd.pcap"), odd().frames)
+    wrpcapng(str(HERE / "six.pcapng"), six().frames)
+    linked(bytes.fromhex("0000 0001 0006 020000000001 0000 0800"), 113, "sll.pcap")
+    linked(bytes.fromhex("0800 0000 00000002 0001 00 06 0200000000010000"), 276, "sll2.pcap")
+    linked(b"", 101, "raw.pcap")
+    linked(b"", 147, "unknown.pcap")
+    octets = (HERE / "call.pcap").read_bytes()
+    (HERE / "cut.pcap").write_bytes(octets[:700])
+
+
+if __name__ == "__main__":
+    main()
