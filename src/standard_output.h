@@ -13,8 +13,6 @@ class StandardOutput {
 
   private:
 #if !defined(_WIN32)
-    int saved_ = -1;  // duplicate of the descriptor, -1 where there was none
-    bool lineBuffered_ = false;
-    bool unbuffered_ = false;
+    int saved_ = -1;  // duplicate of the descriptor
 #endif
 };

@@ -3,32 +3,47 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cwchar>
 
 #include "standard_output.h"
 
+namespace {
+
+constexpr mode_t kModeOfFiles = 0666;
+
+/// Empties the stream onto its descriptor. What that does not take must not come out elsewhere.
+void flush() {
+    if (std::fflush(stdout) != 0) __fpurge(stdout);
+}
+
+}  // namespace
+
+// The descriptor changes under the stream, which keeps its buffer: reopening the stream itself
+// takes four system calls more.
+
 bool StandardOutput::redirect(const char* path) {
-    const int descriptor = fileno(stdout);
+    flush();
     // Above the standard three: a host that has closed one of them may reopen it in that place.
-    saved_ = descriptor >= 0 ? fcntl(descriptor, F_DUPFD_CLOEXEC, 3) : -1;
-    lineBuffered_ = __flbf(stdout) != 0 || (saved_ >= 0 && isatty(saved_) != 0);
-    unbuffered_ = __fbufsize(stdout) == 1;
-    if (std::freopen(path, "w", stdout) != nullptr) return true;
-    if (saved_ >= 0) close(saved_);
-    return false;
+    saved_ = fcntl(fileno(stdout), F_DUPFD_CLOEXEC, 3);
+    if (saved_ < 0 || std::fwide(stdout, 0) > 0) {
+        // Closed, or taken for wide characters, which a reopened stream is not.
+        (void)std::freopen("/dev/null", "w", stdout);
+        if (saved_ < 0) saved_ = fcntl(fileno(stdout), F_DUPFD_CLOEXEC, 3);
+    }
+    const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC, kModeOfFiles);
+    if (file < 0) {
+        close(saved_);
+        std::fclose(stdout);
+        return false;
+    }
+    dup2(file, fileno(stdout));
+    close(file);
+    return true;
 }
 
 void StandardOutput::restore() {
-    // What a full disk did not take must not come out on the host's output later.
-    if (std::fflush(stdout) != 0) __fpurge(stdout);
-    if (saved_ < 0) {
-        (void)std::freopen("/dev/null", "w", stdout);  // there is nothing better
-        return;
-    }
+    flush();
     dup2(saved_, fileno(stdout));
     close(saved_);
     clearerr(stdout);
-    if (unbuffered_)
-        std::setvbuf(stdout, nullptr, _IONBF, 0);
-    else
-        std::setvbuf(stdout, nullptr, lineBuffered_ ? _IOLBF : _IOFBF, BUFSIZ);
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cwchar>
 
 #if !defined(_WIN32)
 #include <dirent.h>
@@ -169,6 +170,15 @@ TEST(Exports, BufferingStaysAsTheHostHadIt) {
         _exit(0);
     });
     EXPECT_EQ(lines, "xa line\n");
+}
+
+TEST(Exports, StandardOutputMayBeWide) {
+    const TemporaryFile file;
+    printedBy([&] {
+        std::fwide(stdout, 1);
+        if (runExport(sample(), sample().octets, file.path()) != 1) _exit(1);
+    });
+    EXPECT_EQ(readFile(file.path()), sample().expected);
 }
 
 TEST(Exports, TenThousandCallsLeaveNothingOpen) {
