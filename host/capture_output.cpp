@@ -1,7 +1,9 @@
 #include "capture_output.h"
 
+#include <unistd.h>
+
 #include <algorithm>
-#include <ctime>
+#include <chrono>
 
 #include "hex_text.h"
 
@@ -12,20 +14,28 @@ constexpr size_t kOutputBuffer = 1 << 16;
 constexpr std::string_view kIndexHeader =
     "number\ttime\tsource\tdestination\ttransport\tfamily\tmessage\toctets\tdecoded\tfile\n";
 
-/// A time by strftime's format, with microseconds; UTC.
-std::string format(Time time, const char* pattern) {
-    const auto seconds = static_cast<std::time_t>(time / 1000000);
-    std::tm parts{};
-    gmtime_r(&seconds, &parts);
-    std::array<char, 80> text{};
-    const size_t length = std::strftime(text.data(), text.size(), pattern, &parts);
-    std::array<char, 16> fraction{};
-    std::snprintf(fraction.data(), fraction.size(), ".%06d", static_cast<int>(time % 1000000));
-    return std::string(text.data(), length) + fraction.data();
+/// Decimal digits, zeros in front.
+std::string digits(int64_t value, size_t width) {
+    std::string text(width, '0');
+    for (size_t i = width; i-- > 0; value /= 10) text[i] = static_cast<char>('0' + value % 10);
+    return text;
+}
+
+/// "12:00:00.000000", UTC; another mark than the colon, or none, between.
+std::string timeOfDay(Time time, std::string_view mark = ":") {
+    const int64_t seconds = time / 1000000;
+    std::string text = digits(seconds / 3600 % 24, 2);
+    for (const int64_t part : {seconds / 60 % 60, seconds % 60})
+        text.append(mark) += digits(part, 2);
+    return text + "." + digits(time % 1000000, 6);
 }
 
 std::string dateOf(Time time) {
-    return format(time, "%Y-%m-%dT%H:%M:%S") + "Z";
+    using std::chrono::floor, std::chrono::days;
+    const std::chrono::sys_time<std::chrono::microseconds> at{std::chrono::microseconds(time)};
+    const std::chrono::year_month_day date(floor<days>(at));
+    return digits(int{date.year()}, 4) + "-" + digits(unsigned{date.month()}, 2) + "-" +
+           digits(unsigned{date.day()}, 2) + "T" + timeOfDay(time) + "Z";
 }
 
 std::string padded(std::string text, size_t width, bool right = false) {
@@ -59,7 +69,7 @@ std::string describe(Remark what, size_t octets) {
 
 CaptureOutput::CaptureOutput(OutputOptions options)
     : options_(std::move(options)), left_(kMaxPairs) {
-    std::setvbuf(out_, nullptr, _IOFBF, kOutputBuffer);
+    if (isatty(fileno(out_)) == 0) std::setvbuf(out_, nullptr, _IOFBF, kOutputBuffer);
     if (options_.folder.empty()) return;
     index_.open(options_.folder / "index.tsv", std::ios::binary);
     index_ << kIndexHeader;
@@ -118,7 +128,7 @@ void CaptureOutput::writeFile(const CapturedMessage& message) {
     const std::string name(nameOf(message));
     std::string file = padded(std::to_string(number_), 6, true);
     std::replace(file.begin(), file.end(), ' ', '0');
-    file += "-" + format(message.time, "%H%M%S") + "-" + std::string(message.family->name) + "-" +
+    file += "-" + timeOfDay(message.time, "") + "-" + std::string(message.family->name) + "-" +
             name + (message.dump ? ".txt" : ".hex");
     FILE* const out = std::fopen((options_.folder / file).c_str(), "wb");
     if (out == nullptr) throw std::runtime_error(file + ": cannot be written");
@@ -145,7 +155,7 @@ void CaptureOutput::writeStep(Time time, const Flow& flow, const std::string& wh
     const auto pair = std::minmax(source, destination);
     if (left_.find(pair) == nullptr) left_.put(pair, source);
     const bool fromLeft = *left_.find(pair) == source;
-    write(format(time, "%H:%M:%S") + "  " +
+    write(timeOfDay(time) + "  " +
           padded(toString(fromLeft ? flow.source : flow.destination), 21, true) +
           (fromLeft ? " ---> " : " <--- ") +
           padded(toString(fromLeft ? flow.destination : flow.source), 21) + "  " + what + "\n");

@@ -49,7 +49,7 @@ class NameFinder {
     }
 
     void look(const Leaf& leaf) {
-        if (found_ == choices_ || !leaf.path.starts_with(root_)) return;
+        if (isDone() || !leaf.path.starts_with(root_)) return;
         std::string_view rest = leaf.path.substr(root_.size());
         if (rest == "t" && leaf.value == kEmpty) name_ = "empty";
         for (found_ = 0; found_ < choices_ && rest.starts_with("u@"); ++found_) {
@@ -59,6 +59,7 @@ class NameFinder {
         }
     }
 
+    bool isDone() const { return found_ == choices_; }
     std::string_view name() const { return name_; }
 
   private:
@@ -70,29 +71,45 @@ class NameFinder {
     std::string_view name_ = "unknown";
 };
 
-/// Collects transport addresses: each is an IP address followed by a port.
-class AddressFinder {
+/// Collects a message's facts but for its name, leaf by leaf.
+class FactFinder {
   public:
-    void look(const Leaf& leaf, std::vector<Announcement>& announcements) {
+    explicit FactFinder(MessageFacts& facts) : facts_(facts) {}
+
+    void look(const Leaf& leaf) {
         std::string_view path = leaf.path;
-        if (cutEnd(path, ".u@ipAddress.ip.data") || cutEnd(path, ".u@ip6Address.ip.data")) {
-            address_ = octetsOf(leaf);
-        } else if (cutEnd(path, ".u@ipAddress.port") || cutEnd(path, ".u@ip6Address.port")) {
+        const std::string_view last = lastComponent(path);
+        if (last == "data") {
+            lookAtOctets(leaf);
+        } else if (last == "port") {
+            if (!cutEnd(path, ".u@ipAddress.port") && !cutEnd(path, ".u@ip6Address.port")) return;
             if (const auto purpose = purposeOf(lastComponent(path)))
-                announcements.push_back({*purpose, makeEndpoint(address_, numberOf(leaf.value))});
+                facts_.announcements.push_back(
+                    {*purpose, makeEndpoint(address_, numberOf(leaf.value))});
+        } else if (last == "requestSeqNum") {
+            facts_.sequenceNumber = leaf.value;
         }
     }
 
   private:
+    void lookAtOctets(const Leaf& leaf) {
+        const std::string_view path = leaf.path.substr(0, leaf.path.rfind('.'));
+        const std::string_view of = lastComponent(path);
+        if (of == "ip")
+            address_ = octetsOf(leaf);  // its port comes next
+        else if (of == "guid" && path.ends_with(".callIdentifier.guid"))
+            facts_.callIdentifier = formatHex(octetsOf(leaf));
+        else if (of == "conferenceID")
+            facts_.conferenceID = formatHex(octetsOf(leaf));
+        else if (of == "h245Control")
+            facts_.h245Control.push_back(octetsOf(leaf));
+        else if (of == "fastStart")
+            facts_.fastStart.push_back(octetsOf(leaf));
+    }
+
+    MessageFacts& facts_;
     Octets address_;
 };
-
-/// An element of a list of octet strings that hold messages of their own, or parts of them.
-void collectElement(const Leaf& leaf, MessageFacts& facts) {
-    const std::string_view list = lastComponent(leaf.path.substr(0, leaf.path.rfind('.')));
-    if (list == "h245Control") facts.h245Control.push_back(octetsOf(leaf));
-    if (list == "fastStart") facts.fastStart.push_back(octetsOf(leaf));
-}
 
 }  // namespace
 
@@ -106,9 +123,10 @@ std::string_view DumpReader::takeLine() {
 bool DumpReader::next(Leaf& leaf) {
     while (!rest_.empty()) {
         const std::string_view line = takeLine();
-        const size_t equals = line.find(" = ");
-        if (equals == std::string_view::npos) continue;
-        leaf = {.path = line.substr(0, equals), .value = line.substr(equals + 3)};
+        const size_t equals = line.find('=');  // none in a path
+        if (equals == std::string_view::npos || equals == 0) continue;
+        if (!line.substr(equals - 1).starts_with(" = ")) continue;
+        leaf = {.path = line.substr(0, equals - 1), .value = line.substr(equals + 2)};
         if (leaf.path.ends_with(".numocts")) numocts_ = numberOf(leaf.value);
         if (leaf.path.ends_with(".data")) {
             leaf.numocts = numocts_;
@@ -138,20 +156,14 @@ Octets octetsOf(const Leaf& leaf) {
 MessageFacts readFacts(const Family& family, std::string_view dump) {
     MessageFacts facts;
     NameFinder names(family);
-    AddressFinder addresses;
+    FactFinder finder(facts);
     DumpReader reader(dump);
     for (Leaf leaf; reader.next(leaf);) {
         names.look(leaf);
-        if (&family == &kH245) continue;  // announces nothing but media
-        addresses.look(leaf, facts.announcements);
-        if (leaf.path.ends_with(".callIdentifier.guid.data"))
-            facts.callIdentifier = formatHex(octetsOf(leaf));
-        else if (leaf.path.ends_with(".conferenceID.data"))
-            facts.conferenceID = formatHex(octetsOf(leaf));
-        else if (leaf.path.ends_with(".requestSeqNum"))
-            facts.sequenceNumber = leaf.value;
-        else if (leaf.path.ends_with("].data"))
-            collectElement(leaf, facts);
+        if (&family != &kH245)
+            finder.look(leaf);
+        else if (names.isDone())
+            break;  // an H.245 message announces nothing but media
     }
     facts.name = names.name();
     return facts;

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
+#include <charconv>
 
 namespace {
 
@@ -22,10 +23,15 @@ std::string toString(const Endpoint& endpoint) {
     const uint8_t* const octets = endpoint.address.data();
     const bool ipv4 = std::equal(kIpv4Prefix.begin(), kIpv4Prefix.end(), octets);
     std::array<char, INET6_ADDRSTRLEN> text{};
-    if (ipv4)
-        inet_ntop(AF_INET, octets + kIpv4Prefix.size(), text.data(), text.size());
-    else
+    if (!ipv4) {
         inet_ntop(AF_INET6, octets, text.data(), text.size());
-    const std::string address = text.data();
-    return (ipv4 ? address : "[" + address + "]") + ":" + std::to_string(endpoint.port);
+        return "[" + std::string(text.data()) + "]:" + std::to_string(endpoint.port);
+    }
+    char* end = text.data();
+    for (size_t i = kIpv4Prefix.size(); i < endpoint.address.size(); ++i) {
+        end = std::to_chars(end, end + 3, octets[i]).ptr;
+        *end++ = i + 1 < endpoint.address.size() ? '.' : ':';
+    }
+    end = std::to_chars(end, end + 5, endpoint.port).ptr;
+    return {text.data(), end};
 }

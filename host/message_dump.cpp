@@ -1,5 +1,7 @@
 #include "message_dump.h"
 
+#include <algorithm>
+#include <chrono>
 #include <stdexcept>
 
 #if defined(_WIN32)
@@ -9,21 +11,21 @@
 
 #include <filesystem>
 #include <random>
-#define close _close
 #define dup _dup
 #define fdopen _fdopen
 #define fileno _fileno
-#define lseek _lseek
-#define read _read
 #else
-#include <sys/mman.h>
+#include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #endif
 
 namespace {
 
-/// Read at a time: most dumps are shorter.
-constexpr size_t kDumpOctets = 16384;
+/// Read at a time, and room of the pipe.
+constexpr int kReadOctets = 1 << 20;
+/// So many octets in the pipe, and the library may be waiting; a smaller pipe holds no fewer.
+constexpr int kFullOctets = 1 << 15;
 
 }  // namespace
 
@@ -45,31 +47,68 @@ FILE* keepStandardOutput() {
 
 #if defined(_WIN32)
 
-MessageDumper::MessageDumper() : text_(kDumpOctets) {
+MessageDumper::MessageDumper() : text_(kReadOctets) {
     std::random_device random;
     const std::string name = "tamsel-" + std::to_string(random()) + "-" + std::to_string(random());
     path_ = (std::filesystem::temp_directory_path() / name).string();
-    descriptor_ =
+    reading_ =
         _open(path_.c_str(), _O_RDONLY | _O_BINARY | _O_CREAT | _O_EXCL, _S_IREAD | _S_IWRITE);
-    if (descriptor_ < 0) throw std::runtime_error(path_ + ": cannot be made");
+    if (reading_ < 0) throw std::runtime_error(path_ + ": cannot be made");
 }
 
 MessageDumper::~MessageDumper() {
-    close(descriptor_);
+    _close(reading_);
     std::remove(path_.c_str());
+}
+
+void MessageDumper::take() {
+    _lseek(reading_, 0, SEEK_SET);
+    for (int got = kReadOctets; got == kReadOctets;) {
+        text_.resize(size_ + kReadOctets);
+        got = std::max(_read(reading_, text_.data() + size_, kReadOctets), 0);
+        size_ += static_cast<size_t>(got);
+    }
+    // Not by reading in text mode, which would take a 0x1A in a character string for the end.
+    size_t kept = 0;
+    for (size_t i = 0; i < size_; ++i)
+        if (text_[i] != '\r' || i + 1 == size_ || text_[i + 1] != '\n') text_[kept++] = text_[i];
+    size_ = kept;
 }
 
 #else
 
-MessageDumper::MessageDumper() : text_(kDumpOctets) {
-    // On a disk each dump would wait for it: file systems write out a file that is cut and filled.
-    descriptor_ = memfd_create("tamsel", MFD_CLOEXEC);
-    if (descriptor_ < 0) throw std::runtime_error("no file in memory can be made");
-    path_ = "/proc/self/fd/" + std::to_string(descriptor_);
+MessageDumper::MessageDumper() : text_(kReadOctets) {
+    int ends[2] = {};
+    if (pipe2(ends, O_NONBLOCK | O_CLOEXEC) != 0) throw std::runtime_error("no pipe can be made");
+    reading_ = ends[0];
+    writing_ = ends[1];
+    fcntl(writing_, F_SETPIPE_SZ, kReadOctets);
+    path_ = "/dev/fd/" + std::to_string(writing_);
+    // The library opens the pipe anew, and waits where it is full. Few dumps are so large: a look
+    // now and then costs less than a thread woken for each.
+    relief_ = std::jthread([this](const std::stop_token& stop) {
+        while (!stop.stop_requested()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            const std::lock_guard lock(mutex_);
+            int waiting = 0;
+            if (isWriting_ && ioctl(reading_, FIONREAD, &waiting) == 0 && waiting >= kFullOctets)
+                take();
+        }
+    });
 }
 
 MessageDumper::~MessageDumper() {
-    close(descriptor_);
+    relief_.request_stop();
+    relief_.join();
+    close(reading_);
+    close(writing_);
+}
+
+/// Takes what the pipe holds.
+void MessageDumper::take() {
+    text_.resize(std::max(text_.size(), size_ + kReadOctets));
+    const ssize_t got = read(reading_, text_.data() + size_, kReadOctets);
+    if (got > 0) size_ += static_cast<size_t>(got);
 }
 
 #endif
@@ -77,23 +116,17 @@ MessageDumper::~MessageDumper() {
 std::optional<std::string_view> MessageDumper::dump(const Family& family,
                                                     std::span<const unsigned char> message,
                                                     bool aligned) {
-    const auto length = static_cast<unsigned short>(message.size());
-    if (family.dump(message.data(), length, aligned ? 1 : 0, path_.c_str()) == 0) return {};
-    lseek(descriptor_, 0, SEEK_SET);
-    size_t size = 0;
-    while (true) {
-        const auto room = static_cast<unsigned>(text_.size() - size);
-        const auto got = read(descriptor_, text_.data() + size, room);
-        if (got > 0) size += static_cast<size_t>(got);
-        if (size < text_.size()) break;  // less than asked for: the end
-        text_.resize(text_.size() * 2);
+    if (message.size() > kMaxMessageOctets) return {};
+    {
+        const std::lock_guard lock(mutex_);
+        size_ = 0;
+        isWriting_ = true;
     }
-#if defined(_WIN32)
-    // Not by reading in text mode, which would take a 0x1A in a character string for the end.
-    size_t kept = 0;
-    for (size_t i = 0; i < size; ++i)
-        if (text_[i] != '\r' || i + 1 == size || text_[i + 1] != '\n') text_[kept++] = text_[i];
-    size = kept;
-#endif
-    return std::string_view(text_.data(), size);
+    const auto length = static_cast<unsigned short>(message.size());
+    const bool decoded = family.dump(message.data(), length, aligned ? 1 : 0, path_.c_str()) != 0;
+    const std::lock_guard lock(mutex_);
+    isWriting_ = false;
+    if (!decoded) return {};
+    take();
+    return std::string_view(text_.data(), size_);
 }

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "Tamsel.h"
@@ -33,8 +35,8 @@ const Family* findFamily(std::string_view name);
 /// `stdout` on each call, and on Windows leaves it on the console: so hosts print through this.
 FILE* keepStandardOutput();
 
-/// Dumps messages by way of a file of its own: in memory where the system has such files, else a
-/// temporary one, which goes with the object.
+/// Dumps messages into memory: the library writes into a pipe, or on Windows into a temporary file,
+/// which goes with the object.
 class MessageDumper {
   public:
     MessageDumper();
@@ -42,12 +44,22 @@ class MessageDumper {
     MessageDumper(const MessageDumper&) = delete;
     MessageDumper& operator=(const MessageDumper&) = delete;
 
-    /// The dump of one message, or nothing if it does not decode. Valid until the next.
+    /// The dump of one message, or nothing if it does not decode or is over kMaxMessageOctets.
+    /// Valid until the next.
     std::optional<std::string_view> dump(const Family& family,
                                          std::span<const unsigned char> message, bool aligned);
 
   private:
-    int descriptor_ = -1;
+    void take();
+
     std::string path_;
+    int reading_ = -1;
+    int writing_ = -1;
     std::vector<char> text_;
+    size_t size_ = 0;  // of the dump in text_
+
+    // Empties a pipe that gets full while the library writes.
+    std::mutex mutex_;  // guards all but path_
+    bool isWriting_ = false;
+    std::jthread relief_;
 };

@@ -30,7 +30,7 @@ constexpr std::chrono::hours kStreamLife(24);
 /// How a link type's header tells what it carries.
 struct LinkHeader {
     int linkType;
-    size_t size;
+    unsigned size;
     int protocolAt;  // where the EtherType stands; below 0 where IP's own version tells
 };
 constexpr LinkHeader kLinkHeaders[] = {
@@ -184,7 +184,9 @@ void Network::segment(const Flow& flow, Tins::Packet& packet) {
     const bool acknowledges = tcp.get_flag(Tins::TCP::ACK) != 0;
     const uint32_t acknowledged = tcp.ack_seq();
     const auto identifier = StreamIdentifier::make_identifier(pdu);
-    follower_.process_packet(packet);
+    const bool isBare = tcp.inner_pdu() == nullptr;
+    // A bare acknowledgement tells the follower nothing.
+    if (!isBare || tcp.flags() != Tins::TCP::ACK) follower_.process_packet(packet);
 
     // What a host acknowledges has reached it. Where the capture has it not, it will not come.
     const auto stream = streams_.find(identifier);

@@ -11,6 +11,7 @@
 #include "call_follower.h"
 #include "capture_file.h"
 #include "capture_output.h"
+#include "sink_thread.h"
 
 namespace {
 
@@ -27,6 +28,9 @@ its end.
 
 Example:
   tamsel-capture --list call.pcap)";
+
+/// Passed to the writing thread at a time, where nobody watches.
+constexpr size_t kBatchOctets = 1 << 18;
 
 struct Options {
     std::string folder;
@@ -70,7 +74,7 @@ class Progress {
 };
 
 /// Reads one capture as far as it goes; false where it is damaged, which is said.
-bool readCapture(const std::string& name, Network& network, const CaptureOutput& output,
+bool readCapture(const std::string& name, Network& network, const SinkThread& sink,
                  Progress& progress) {
     try {
         CaptureFile file(name);
@@ -81,7 +85,7 @@ bool readCapture(const std::string& name, Network& network, const CaptureOutput&
                              " is not supported");
         for (Frame frame; file.next(frame);) {
             network.frame(linkType, frame);
-            progress.show(file, output.messages());
+            progress.show(file, sink.messages());
         }
         return true;
     } catch (const BadCapture& bad) {
@@ -111,13 +115,15 @@ int run(const Options& options) {
     if (!options.folder.empty()) std::filesystem::create_directories(options.folder);
     MessageDumper dumper;
     CaptureOutput output(outputOptions);
-    CallFollower follower(dumper, output, options.call);
+    SinkThread sink(output, isatty(STDOUT_FILENO) != 0 ? 0 : kBatchOctets);
+    CallFollower follower(dumper, sink, options.call);
     Network network(follower);
     Progress progress;
     int result = kDone;
     for (const std::string& file : options.files)
-        if (!readCapture(file, network, output, progress)) result = kWrongUse;
+        if (!readCapture(file, network, sink, progress)) result = kWrongUse;
     network.end();
+    sink.finish();
     progress.clear();
     output.finish();
     report(output, network.losses());

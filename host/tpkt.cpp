@@ -3,6 +3,7 @@
 namespace {
 
 constexpr size_t kHeader = 4;
+constexpr int kHeadersForProof = 4;  // and no more, lest the search takes for ever
 
 /// Whether a header may start there; of a header that is not all there, the part that is.
 bool startsHeader(std::span<const uint8_t> octets) {
@@ -14,10 +15,9 @@ size_t lengthAt(std::span<const uint8_t> octets) {
     return octets[2] * size_t{256} + octets[3];
 }
 
-/// Whether headers chain from here to the end of what there is. Two octets alone, 03 00, stand in
-/// many a message.
+/// Whether headers chain from here on. Two octets alone, 03 00, stand in many a message.
 bool chains(std::span<const uint8_t> octets) {
-    while (octets.size() >= kHeader) {
+    for (int headers = 0; headers < kHeadersForProof && octets.size() >= kHeader; ++headers) {
         const size_t length = lengthAt(octets);
         if (!startsHeader(octets) || length < kHeader) return false;
         if (length > octets.size()) return true;

@@ -291,6 +291,9 @@ def main():
         many(int(sys.argv[1]) << 20)
         return
     wrpcap(str(HERE / "call.pcap"), call().frames)
+    frames = call().frames
+    wrpcap(str(HERE / "first.pcap"), frames[:13])  # up to the first half of a TPKT
+    wrpcap(str(HERE / "second.pcap"), frames[13:])
     wrpcap(str(HERE / "odd.pcap"), odd().frames)
     wrpcapng(str(HERE / "six.pcapng"), six().frames)
     linked(bytes.fromhex("0000 0001 0006 020000000001 0000 0800"), 113, "sll.pcap")

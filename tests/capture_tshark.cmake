@@ -1,0 +1,45 @@
+# cmake -DCAPTURE=program -DTSHARK=program -DFILE=... -DOUT=... -P capture_tshark.cmake: tamsel-capture
+# finds the messages that tshark finds, in that order. They are told by the indexes of their CHOICEs,
+# which a dump counts from 1.
+file(REMOVE_RECURSE ${OUT})
+execute_process(COMMAND ${CAPTURE} -o ${OUT} ${FILE} COMMAND_ERROR_IS_FATAL ANY ERROR_QUIET)
+set(ours "")
+file(GLOB files ${OUT}/*.txt)
+foreach(file IN LISTS files)
+    file(STRINGS ${file} tags REGEX "^(RasMessage|.*message-body|MultimediaSystemControlMessage(.u@[a-z]+)?)\\.t = ")
+    foreach(tag IN LISTS tags)
+        string(REGEX MATCH "[0-9]+$" index ${tag})
+        math(EXPR index "${index} - 1")
+        string(APPEND ours "${index} ")
+    endforeach()
+    string(APPEND ours "\n")
+endforeach()
+
+execute_process(
+    COMMAND ${TSHARK} -r ${FILE} -Y "h225 || h245" -T fields -E occurrence=a -E "separator=;"
+        -e h225.RasMessage -e h225.h323_message_body -e h245.pdu_type -e h245.request
+        -e h245.response
+    COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE frames ERROR_QUIET)
+string(REPLACE ";" "|" frames "${frames}")
+string(REPLACE "\n" ";" frames "${frames}")
+set(theirs "")
+foreach(frame IN LISTS frames)
+    if(NOT frame MATCHES "^(.*)[|](.*)[|](.*)[|](.*)[|](.*)$")
+        continue()
+    endif()
+    string(REPLACE "," ";" ras "${CMAKE_MATCH_1}")
+    string(REPLACE "," ";" ui "${CMAKE_MATCH_2}")
+    string(REPLACE "," ";" kinds "${CMAKE_MATCH_3}")
+    string(REPLACE "," ";" of_0 "${CMAKE_MATCH_4}")
+    string(REPLACE "," ";" of_1 "${CMAKE_MATCH_5}")
+    foreach(index IN LISTS ras ui)
+        string(APPEND theirs "${index} \n")
+    endforeach()
+    foreach(kind IN LISTS kinds)
+        list(POP_FRONT of_${kind} index)
+        string(APPEND theirs "${kind} ${index} \n")
+    endforeach()
+endforeach()
+if(ours STREQUAL "" OR NOT ours STREQUAL theirs)
+    message(SEND_ERROR "ours:\n${ours}\ntshark's:\n${theirs}")
+endif()
