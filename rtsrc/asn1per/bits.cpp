@@ -1,16 +1,29 @@
 #include "bits.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "trace.h"
 
 namespace {
-constexpr AsnLogger logError{AsnLogBase::bits};
-}
 
-AsnStatus asnBitsMissing(AsnContext& ctx) {
-    return logError(ctx, kAsnEndOfData);
+constexpr AsnLogger logError{AsnLogBase::bits};
+
+}  // namespace
+
+AsnStatus asnBitsAcross(AsnContext& ctx, uint32_t* value, uint32_t nbits) {
+    *value = 0;
+    if (nbits == 0) return kAsnOk;
+    if (asnBitsLeft(ctx) < int64_t{nbits}) return logError(ctx, kAsnEndOfData);
+    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
+    uint32_t index = ctx.byteIndex;
+    uint32_t bits = ctx.data[index++] & ((1U << unread) - 1);
+    uint32_t rest = nbits - unread;
+    for (; rest >= 8; rest -= 8) bits = bits << 8 | ctx.data[index++];
+    if (rest > 0) bits = bits << rest | uint32_t{ctx.data[index]} >> (8 - rest);
+    *value = bits;
+    ctx.byteIndex = index;
+    ctx.bitOffset = static_cast<int16_t>(8 - rest);
+    return kAsnOk;
 }
 
 void asnDiagBits(const AsnContext& ctx, uint32_t nbits) {
@@ -51,28 +64,9 @@ AsnStatus pd_octets(AsnContext& ctx, uint8_t* buffer, uint32_t capacity, uint32_
     return kAsnOk;
 }
 
-AsnStatus pd_byteAlign(AsnContext& ctx) {
-    if (ctx.bitOffset != 8) {
-        ++ctx.byteIndex;
-        ctx.bitOffset = 8;
-        pu_setFldBitOffset(ctx);
-    }
-    return ctx.byteIndex >= ctx.size ? kAsnEndOfData : kAsnOk;
-}
-
-AsnStatus pd_moveBitCursor(AsnContext& ctx, int64_t nbits) {
-    if (asnDiagOn()) {
-        asnDiag("pd_moveBitCursor: bitOffset = %d\n", static_cast<int>(nbits));
-        asnDiag("context before move: bitOffset = %d, byteIndex = %d\n", ctx.bitOffset,
-                static_cast<int>(ctx.byteIndex));
-    }
-    const int64_t position = asnBitPosition(ctx) + nbits;
-    if (position < 0) return kAsnEndOfData;
-    pd_SetBitOffset(ctx, std::min(position, (int64_t{ctx.size} + 1) * 8));
-    if (asnDiagOn())
-        asnDiag("context after move: bitOffset = %d, byteIndex = %d\n", ctx.bitOffset,
-                static_cast<int>(ctx.byteIndex));
-    return ctx.byteIndex > ctx.size ? kAsnEndOfData : kAsnOk;
+void asnDiagMove(const AsnContext& ctx, const char* when) {
+    asnDiag("context %s move: bitOffset = %d, byteIndex = %d\n", when, ctx.bitOffset,
+            static_cast<int>(ctx.byteIndex));
 }
 
 static_assert(__LINE__ < 1000, "trail lines of two source files would meet");

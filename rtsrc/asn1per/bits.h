@@ -5,9 +5,6 @@
 // the buffer.
 #pragma once
 
-#include <bit>
-#include <cstring>
-
 #include "context.h"
 
 /// Absolute bit position of the cursor, and the bits from there to the end of the data (negative
@@ -53,40 +50,20 @@ inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
     return kAsnOk;
 }
 
-/// The eight octets from `index` on, the first the most significant; beyond the end of the data 0.
-/// Near the end the last eight are loaded and shifted: most fields of a short message stand there.
-inline uint64_t asnWindow(const AsnContext& ctx, uint32_t index) {
-    uint64_t window = 0;
-    if (ctx.size >= sizeof window) {
-        const uint32_t last = ctx.size - static_cast<uint32_t>(sizeof window);
-        const uint32_t at = index < last ? index : last;
-        std::memcpy(&window, ctx.data + at, sizeof window);
-        if constexpr (std::endian::native == std::endian::little)
-            window = __builtin_bswap64(window);
-        return window << 8 * (index - at);
-    }
-    for (uint32_t i = index; i < ctx.size; ++i)
-        window |= uint64_t{ctx.data[i]} << (56 - 8 * (i - index));
-    return window;
-}
-
-/// The two rare ends of pd_bits: the failure, logged, and the diagnostic lines.
-AsnStatus asnBitsMissing(AsnContext& ctx);
-void asnDiagBits(const AsnContext& ctx, uint32_t nbits);
+/// pd_bits where the bits are not all in the current octet, and its diagnostic lines.
+[[nodiscard]] AsnStatus asnBitsAcross(AsnContext& ctx, uint32_t* value, uint32_t nbits);
+[[gnu::cold]] void asnDiagBits(const AsnContext& ctx, uint32_t nbits);
 
 /// Reads `nbits` bits as an unsigned number, the first bit the most significant; above 32 bits the
 /// earliest are lost. 0 bits give 0 and never fail. Leaves (n, 8 .. 1). Returns 0, or -2, logged.
 [[nodiscard]] inline AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits) {
     if (asnDiagOn()) asnDiagBits(ctx, nbits);
-    *value = 0;
-    if (nbits == 0) return kAsnOk;
-    const int64_t end = asnBitPosition(ctx) + nbits;
-    if (end > int64_t{ctx.size} * 8) return asnBitsMissing(ctx);
-    const uint32_t kept = nbits < 32 ? nbits : 32;
-    const int64_t start = end - kept;
-    const uint64_t window = asnWindow(ctx, static_cast<uint32_t>(start / 8)) << (start % 8);
-    *value = static_cast<uint32_t>(window >> (64 - kept));
-    pd_SetBitOffset(ctx, end);
+    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
+    if (nbits - 1 >= unread || ctx.byteIndex >= ctx.size) return asnBitsAcross(ctx, value, nbits);
+    const uint32_t left = unread - nbits;
+    *value = (uint32_t{ctx.data[ctx.byteIndex]} >> left) & ((1U << nbits) - 1);
+    ctx.byteIndex += left == 0 ? 1 : 0;
+    ctx.bitOffset = static_cast<int16_t>(left == 0 ? 8 : left);
     return kAsnOk;
 }
 
@@ -97,14 +74,38 @@ void asnDiagBits(const AsnContext& ctx, uint32_t nbits);
 [[nodiscard]] AsnStatus pd_octets(AsnContext& ctx, uint8_t* buffer, uint32_t capacity,
                                   uint32_t nbits);
 
+/// Moves the start of the current traced field to the cursor: the trace's, called here alone.
+[[gnu::cold]] void pu_setFldBitOffset(AsnContext& ctx);
+
 /// Moves to the next octet boundary, in either variant; (n, 0) counts as unaligned. Starts the
 /// current traced field there. Returns 0, or -2, not logged, where no octet follows.
-[[nodiscard]] AsnStatus pd_byteAlign(AsnContext& ctx);
+[[nodiscard]] inline AsnStatus pd_byteAlign(AsnContext& ctx) {
+    if (ctx.bitOffset != 8) {
+        ++ctx.byteIndex;
+        ctx.bitOffset = 8;
+        if ((ctx.flags & ctxFieldTrace) != 0) pu_setFldBitOffset(ctx);
+    }
+    return ctx.byteIndex >= ctx.size ? kAsnEndOfData : kAsnOk;
+}
+
+/// The diagnostic lines of pd_moveBitCursor.
+[[gnu::cold]] void asnDiagMove(const AsnContext& ctx, const char* when);
 
 /// Moves the cursor. Returns 0, or -2, not logged, from (size + 1) * 8 on: the test is loose by up
 /// to 7 bits past the end, and the cursor has moved all the same. A position before the first octet
 /// is refused with -2 without a move.
-[[nodiscard]] AsnStatus pd_moveBitCursor(AsnContext& ctx, int64_t nbits);
+[[nodiscard]] inline AsnStatus pd_moveBitCursor(AsnContext& ctx, int64_t nbits) {
+    if (asnDiagOn()) {
+        asnDiag("pd_moveBitCursor: bitOffset = %d\n", static_cast<int>(nbits));
+        asnDiagMove(ctx, "before");
+    }
+    const int64_t position = asnBitPosition(ctx) + nbits;
+    if (position < 0) return kAsnEndOfData;
+    const int64_t limit = (int64_t{ctx.size} + 1) * 8;
+    pd_SetBitOffset(ctx, position < limit ? position : limit);
+    if (asnDiagOn()) asnDiagMove(ctx, "after");
+    return ctx.byteIndex > ctx.size ? kAsnEndOfData : kAsnOk;
+}
 
 // --- for the run-time's own sources ---
 

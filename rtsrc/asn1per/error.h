@@ -38,7 +38,8 @@ struct AsnErrorInfo {
 
 /// Records a failure (the first one sets `status`) and the site that saw it, if the trail has room.
 /// Returns `status` unchanged, so that a caller logs and returns in one step.
-AsnStatus asnLogError(AsnErrorInfo& errInfo, AsnStatus status, const char* module, int32_t line);
+[[gnu::cold]] AsnStatus asnLogError(AsnErrorInfo& errInfo, AsnStatus status, const char* module,
+                                    int32_t line);
 
 /// Stores a private copy of the text as the next message parameter. Returns 1, or 0 where the list
 /// is full or memory exhausted.

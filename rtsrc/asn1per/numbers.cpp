@@ -144,19 +144,21 @@ AsnStatus pd_SmallNonNegWholeNumber(AsnContext& ctx, uint32_t* value) {
 }
 
 AsnStatus pd_Length(AsnContext& ctx, uint32_t* count) {
-    const AsnSizeConstraint* const chain = ctx.sizeConstraint;
-    uint8_t extended = 0;
+    const AsnSizeConstraint* size = ctx.sizeConstraint;
     AsnStatus status = kAsnOk;
-    if (asnFindSize(chain, 1) != nullptr) {
-        pu_newField(ctx, "length extension");
-        status = pd_bit(ctx, &extended);
-        if (status != kAsnOk) return logError(ctx, status);
-        pu_setFldBitCount(ctx);
+    if (size != nullptr) {
+        uint8_t extended = 0;
+        if (asnFindSize(size, 1) != nullptr) {
+            pu_newField(ctx, "length extension");
+            status = pd_bit(ctx, &extended);
+            if (status != kAsnOk) return logError(ctx, status);
+            pu_setFldBitCount(ctx);
+        }
+        size = asnFindSize(size, extended);
+        ctx.sizeConstraint = nullptr;  // it applies to this one length
     }
-    const AsnSizeConstraint* const size = asnFindSize(chain, extended);
     const uint32_t lower = size != nullptr ? size->lower : 0;
     const uint32_t upper = size != nullptr ? size->upper : UINT32_MAX;
-    ctx.sizeConstraint = nullptr;  // it applies to this one length
 
     pu_newField(ctx, "length");
     if (upper >= 65536) {

@@ -94,7 +94,7 @@ AsnBitField* pu_openField(AsnContext& ctx, const char* label) {
 }
 
 void pu_setFldBitOffset(AsnContext& ctx) {
-    if (!pu_traceOn(ctx) || ctx.fieldList.tail == nullptr) return;
+    if (ctx.fieldList.tail == nullptr) return;
     AsnBitField& field = *ctx.fieldList.tail->field;
     field.bitOffset = pd_GetBitOffset(ctx);
     if (asnDiagOn())

@@ -10,16 +10,13 @@ inline bool pu_traceOn(const AsnContext& ctx) {
 
 /// Opens a field at the cursor, named after the name stack and the label. Null where the trace is
 /// off or memory is exhausted: the trace never makes a decode fail.
-AsnBitField* pu_openField(AsnContext& ctx, const char* label);
+[[gnu::cold]] AsnBitField* pu_openField(AsnContext& ctx, const char* label);
 inline AsnBitField* pu_newField(AsnContext& ctx, const char* label) {
     return pu_traceOn(ctx) ? pu_openField(ctx, label) : nullptr;
 }
 
-/// Moves the start of the current field to the cursor, so that padding is not part of it.
-void pu_setFldBitOffset(AsnContext& ctx);
-
 /// Closes the current field at the cursor.
-void pu_closeField(AsnContext& ctx);
+[[gnu::cold]] void pu_closeField(AsnContext& ctx);
 inline void pu_setFldBitCount(AsnContext& ctx) {
     if (pu_traceOn(ctx)) pu_closeField(ctx);
 }
