@@ -13,18 +13,20 @@ int decodeAndDump(const unsigned char* data, unsigned short length, int aligned,
                   AsnStatus (*decode)(AsnContext&, Message&),
                   void (*print)(const char*, const Message&)) {
     if (data == nullptr || length == 0 || outputPath == nullptr) return 0;
-    AsnContext* const ctx = asnNewContext(data, length, aligned != 0 ? 1 : 0);
-    if (ctx == nullptr) return 0;
+    AsnContext ctx;
+    if (asnInitContext(ctx, data, length) != kAsnOk) return 0;
+    ctx.aligned = aligned != 0 ? 1 : 0;
+    AsnMemFirstBlock first;  // on the stack: most messages are decoded without an allocation
+    asnMemLend(ctx.memHeap, first);
     Message message{};
-    asnSetFieldTrace(*ctx, 0);
     int done = 0;
     StandardOutput output;
-    if (decode(*ctx, message) == kAsnOk && output.redirect(outputPath)) {
+    if (decode(ctx, message) == kAsnOk && output.redirect(outputPath)) {
         print(rootName, message);
         output.restore();
         done = 1;
     }
-    asnFreeContext(*ctx);
+    asnFreeContext(ctx);
     return done;
 }
 

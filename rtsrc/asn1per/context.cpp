@@ -3,11 +3,27 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 namespace {
+
 constexpr uint32_t kOwnBufferSize = 16384;
+
+/// All but the cursor. The trail, the parameters and the name stack are arrays behind counts of 0:
+/// clearing them would cost more than a small message takes to decode.
+void clear(AsnContext& ctx) {
+    ctx.errInfo.trailCount = 0;
+    ctx.errInfo.status = 0;
+    ctx.errInfo.parmCount = 0;
+    ctx.memHeap = {};
+    ctx.reserved = 0x0A0A;
+    ctx.fieldList = {};
+    ctx.sizeConstraint = nullptr;
+    ctx.nameStack.count = 0;
+    ctx.ownedBuffer = nullptr;
+    ctx.depth = 0;
 }
+
+}  // namespace
 
 AsnContext* asnNewContext(const uint8_t* data, uint32_t size, uint8_t aligned) {
     auto* const ctx = static_cast<AsnContext*>(std::malloc(sizeof(AsnContext)));
@@ -21,11 +37,10 @@ AsnContext* asnNewContext(const uint8_t* data, uint32_t size, uint8_t aligned) {
     return ctx;
 }
 
-// Not inlined into asnNewContext: malloc and memset would become one calloc, which in the GNU C
-// library passes by the thread's cache and takes several times as long.
-[[gnu::noinline]] AsnStatus asnInitContext(AsnContext& ctx, const uint8_t* data, uint32_t size) {
-    std::memset(&ctx, 0, sizeof ctx);
-    ctx.reserved = 0x0A0A;
+AsnStatus asnInitContext(AsnContext& ctx, const uint8_t* data, uint32_t size) {
+    clear(ctx);
+    ctx.aligned = 0;
+    ctx.flags = 0;
     return asnBindBuffer(ctx, data, size);
 }
 
@@ -43,41 +58,12 @@ AsnStatus asnBindBuffer(AsnContext& ctx, const uint8_t* data, uint32_t size) {
     return kAsnOk;
 }
 
-void asnBindOpenType(AsnContext& ctx, const uint8_t* data, uint32_t numocts) {
-    ctx.data = data;
-    ctx.byteIndex = 0;
-    ctx.size = numocts;
-    ctx.bitOffset = 8;
-    ctx.dynamic = 0;
-}
-
 AsnStatus asnForkContext(AsnContext& fork, const AsnContext& ctx) {
-    // The trail and the name stack are arrays behind counts of 0: clearing them would cost more
-    // than the few bits that are read through a second cursor.
-    fork.errInfo.trailCount = 0;
-    fork.errInfo.status = 0;
-    fork.errInfo.parmCount = 0;
-    fork.memHeap = {};
-    fork.reserved = 0x0A0A;
-    fork.fieldList = {};
-    fork.sizeConstraint = nullptr;
-    fork.nameStack.count = 0;
-    fork.ownedBuffer = nullptr;
-    fork.depth = 0;
+    clear(fork);
     asnCopyCursor(fork, ctx);
     fork.dynamic = 0;
     fork.flags = 0;
     return kAsnOk;
-}
-
-void asnCopyCursor(AsnContext& to, const AsnContext& from) {
-    to.data = from.data;
-    to.byteIndex = from.byteIndex;
-    to.size = from.size;
-    to.bitOffset = from.bitOffset;
-    to.dynamic = from.dynamic;
-    to.aligned = from.aligned;
-    to.flags = from.flags;
 }
 
 void asnFreeContext(AsnContext& ctx) {
@@ -95,11 +81,6 @@ void asnFreeContext(AsnContext& ctx) {
     }
     asnClearErrorParams(ctx.errInfo);
     if ((ctx.flags & ctxAllocated) != 0) std::free(&ctx);
-}
-
-void asnSetFieldTrace(AsnContext& ctx, uint8_t on) {
-    ctx.flags =
-        static_cast<uint16_t>(on != 0 ? ctx.flags | ctxFieldTrace : ctx.flags & ~ctxFieldTrace);
 }
 
 int32_t asnDiagSwitch = 0;

@@ -63,7 +63,7 @@ struct AsnContext {
 /// memory is exhausted. Null `data` or zero `size` gives a zeroed buffer of 16384 octets.
 AsnContext* asnNewContext(const uint8_t* data, uint32_t size, uint8_t aligned);
 
-/// Zeroes the context and binds the octets. 0, or -12 where a buffer was needed and not to be had.
+/// Clears the context and binds the octets. 0, or -12 where a buffer was needed and not to be had.
 [[nodiscard]] AsnStatus asnInitContext(AsnContext& ctx, const uint8_t* data, uint32_t size);
 
 /// Puts the cursor at the start of other octets; errors, heap and flags stay. With null `data` or
@@ -71,7 +71,13 @@ AsnContext* asnNewContext(const uint8_t* data, uint32_t size, uint8_t aligned);
 [[nodiscard]] AsnStatus asnBindBuffer(AsnContext& ctx, const uint8_t* data, uint32_t size);
 
 /// Puts the cursor at the start of the octets of an open type, which may be none at all.
-void asnBindOpenType(AsnContext& ctx, const uint8_t* data, uint32_t numocts);
+inline void asnBindOpenType(AsnContext& ctx, const uint8_t* data, uint32_t numocts) {
+    ctx.data = data;
+    ctx.byteIndex = 0;
+    ctx.size = numocts;
+    ctx.bitOffset = 8;
+    ctx.dynamic = 0;
+}
 
 /// A second cursor over the same octets at the same position, with an empty heap and trail and the
 /// trace off. It owns nothing until something is allocated through it. Returns 0.
@@ -79,14 +85,25 @@ AsnStatus asnForkContext(AsnContext& fork, const AsnContext& ctx);
 
 /// Copies data, byteIndex, size, bitOffset, dynamic, aligned and flags, nothing else: saves and
 /// restores the cursor around an open type.
-void asnCopyCursor(AsnContext& to, const AsnContext& from);
+inline void asnCopyCursor(AsnContext& to, const AsnContext& from) {
+    to.data = from.data;
+    to.byteIndex = from.byteIndex;
+    to.size = from.size;
+    to.bitOffset = from.bitOffset;
+    to.dynamic = from.dynamic;
+    to.aligned = from.aligned;
+    to.flags = from.flags;
+}
 
 /// Frees all that the context owns - decoded values, trace, error parameters, its own buffer - and
 /// the object itself if asnNewContext made it.
 void asnFreeContext(AsnContext& ctx);
 
 /// Sets or clears ctxFieldTrace.
-void asnSetFieldTrace(AsnContext& ctx, uint8_t on);
+inline void asnSetFieldTrace(AsnContext& ctx, uint8_t on) {
+    const int flags = on != 0 ? ctx.flags | ctxFieldTrace : ctx.flags & ~ctxFieldTrace;
+    ctx.flags = static_cast<uint16_t>(flags);
+}
 
 /// The process-wide diagnostic switch, 0 at start: while it is not 0, the primitives print what
 /// they read. Read it through asnDiagOn, so that a disabled line costs one test.
@@ -96,6 +113,6 @@ inline bool asnDiagOn() {
     return asnDiagSwitch != 0;
 }
 #if defined(__GNUC__)
-__attribute__((format(printf, 1, 2)))
+__attribute__((format(printf, 1, 2), cold))
 #endif
 void asnDiag(const char* format, ...);

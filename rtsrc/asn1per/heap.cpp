@@ -44,7 +44,7 @@ void* takeBehind(AsnMemHeap& heap, uint32_t size) {
 
 }  // namespace
 
-void* asnMemAllocRaw(AsnMemHeap& heap, size_t nbytes) {
+void* asnMemAllocElsewhere(AsnMemHeap& heap, size_t nbytes) {
     if (nbytes > SIZE_MAX - 64) return nullptr;
     const size_t rounded = (nbytes + 7) & ~size_t{7};
     if (rounded > kAsnBlockPayload) {
@@ -52,11 +52,8 @@ void* asnMemAllocRaw(AsnMemHeap& heap, size_t nbytes) {
         return block != nullptr ? payload(block, 0) : nullptr;
     }
     const auto size = static_cast<uint32_t>(rounded);
-    if (heap.newest != nullptr) {
-        if (room(heap.newest) >= size) return take(heap.newest, size);
-        if (heap.roomBehind >= size) {
-            if (void* const memory = takeBehind(heap, size)) return memory;
-        }
+    if (heap.newest != nullptr && heap.roomBehind >= size) {
+        if (void* const memory = takeBehind(heap, size)) return memory;
     }
     AsnMemBlock* const block = addBlock(heap, kAsnBlockPayload, size);
     return block != nullptr ? payload(block, 0) : nullptr;
@@ -71,7 +68,7 @@ void* asnMemAlloc(AsnMemHeap& heap, size_t nbytes) {
 void asnMemRelease(AsnMemHeap& heap) {
     for (AsnMemBlock* block = heap.newest; block != nullptr;) {
         AsnMemBlock* const next = block->next;
-        std::free(block);
+        if (block != heap.lent) std::free(block);
         block = next;
     }
 }

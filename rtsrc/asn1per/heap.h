@@ -20,15 +20,41 @@ struct AsnMemHeap {
     /// No block behind the newest has more room than this. Without the bound, each new block of a
     /// large message walks the whole chain in vain, and decoding becomes quadratic.
     uint32_t roomBehind;
+    const AsnMemBlock* lent;  // a block that is not the heap's to free, or null
 };
 
-/// Hands out `nbytes` zeroed octets, 8-octet aligned, from the newest block with room, else from a
-/// new block; a request over `kAsnBlockPayload` gets a block of its own. Null where the general
-/// allocator gives nothing: the chain is then as before, and the caller logs and returns -12.
+/// A standard block in memory of the caller's.
+struct AsnMemFirstBlock {
+    AsnMemBlock block;
+    unsigned char payload[kAsnBlockPayload];
+};
+
+/// Puts the caller's block into an empty heap, whose first it then is: most messages need no other.
+/// It must outlive the heap, and is not freed with it.
+inline void asnMemLend(AsnMemHeap& heap, AsnMemFirstBlock& first) {
+    first.block = {nullptr, 0};
+    heap.newest = &first.block;
+    heap.lent = &first.block;
+}
+
+/// asnMemAllocRaw where the newest block has no room.
+void* asnMemAllocElsewhere(AsnMemHeap& heap, size_t nbytes);
+
+/// Hands out `nbytes` octets, 8-octet aligned, from the newest block with room, else from a new
+/// block; a request over `kAsnBlockPayload` gets a block of its own. They are not zeroed: for a
+/// caller that writes every octet that can be read. Null where the general allocator gives nothing:
+/// the chain is then as before, and the caller logs and returns -12.
+inline void* asnMemAllocRaw(AsnMemHeap& heap, size_t nbytes) {
+    AsnMemBlock* const block = heap.newest;
+    if (block == nullptr || nbytes > kAsnBlockPayload - block->used)
+        return asnMemAllocElsewhere(heap, nbytes);
+    void* const memory = reinterpret_cast<unsigned char*>(block + 1) + block->used;
+    block->used += static_cast<uint32_t>(nbytes + 7) & ~uint32_t{7};
+    return memory;
+}
+
+/// The same with zeroes.
 void* asnMemAlloc(AsnMemHeap& heap, size_t nbytes);
 
-/// The same without the zeroes, for a caller that writes every octet that can be read.
-void* asnMemAllocRaw(AsnMemHeap& heap, size_t nbytes);
-
-/// Frees every block. The head is not reset: the context is being destroyed.
+/// Frees every block but one that was lent. The head is not reset: the context is being destroyed.
 void asnMemRelease(AsnMemHeap& heap);
