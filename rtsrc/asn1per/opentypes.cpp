@@ -8,7 +8,7 @@ namespace {
 
 constexpr AsnLogger logError{AsnLogBase::opentypes};
 
-/// Reads over one open type; the copy that pd_OpenType makes is dropped.
+/// Reads over one open type.
 AsnStatus skipOpenType(AsnContext& ctx) {
     const uint8_t* data = nullptr;
     uint32_t numocts = 0;
@@ -70,10 +70,7 @@ AsnStatus keepSpan(AsnContext& ctx, const uint8_t** data, uint32_t* numocts,
 }  // namespace
 
 AsnStatus pd_OpenType(AsnContext& ctx, const uint8_t** data, uint32_t* numocts) {
-    AsnDynOctStr octets{};
-    const AsnStatus status = pd_DynOctetString(ctx, octets);
-    *data = octets.data;
-    *numocts = octets.numocts;
+    const AsnStatus status = pd_OctetsInPlace(ctx, data, numocts);
     return status == kAsnOk ? status : logError(ctx, status);
 }
 

@@ -3,15 +3,14 @@
 
 #include "bits.h"
 
-/// Octets that are not decoded further. From pd_OpenType they are a copy in the element heap; from
-/// the two extension readers they are the octets of the buffer that was read, which must outlive
-/// the record. Empty: 0 and null.
+/// Octets that are not decoded further: those of the buffer that was read, which must outlive the
+/// record, or from pd_OpenType also a copy in the element heap. Empty: 0 and null.
 struct AsnOpenType {
     uint32_t numocts;
     const uint8_t* data;
 };
 
-/// Reads a length and that many octets into the element heap. Returns 0, -2 or -12, logged.
+/// Reads a length and that many octets, as pd_OctetsInPlace does. Returns 0, -2 or -12, logged.
 [[nodiscard]] AsnStatus pd_OpenType(AsnContext& ctx, const uint8_t** data, uint32_t* numocts);
 
 /// The extension additions of a SEQUENCE that knows none, once its extension bit was read as 1:

@@ -43,17 +43,14 @@ AsnStatus readContents(AsnContext& ctx, const AsnSizeConstraint* size, uint32_t 
     return pd_octets(ctx, buffer, capacity, length * kind.itemBits);
 }
 
-/// The fragment loop. The alignment rule asks for the constraint of this string, which the first
-/// pd_Length clears: so it is kept here.
-AsnStatus readString(AsnContext& ctx, uint32_t* count, uint8_t* buffer, uint32_t capacity,
-                     const StringKind& kind) {
-    const AsnSizeConstraint* const size = ctx.sizeConstraint;
+/// The fragments of a string whose first length has been read, with the status `form`.
+///   size  the constraint of this string: the alignment rule asks for it, and pd_Length clears it
+AsnStatus readFragments(AsnContext& ctx, const AsnSizeConstraint* size, AsnStatus form,
+                        uint32_t length, uint32_t* count, uint8_t* buffer, uint32_t capacity,
+                        const StringKind& kind) {
     uint32_t written = 0;
     *count = 0;
     for (;;) {
-        uint32_t length = 0;
-        const AsnStatus form = pd_Length(ctx, &length);
-        if (form < 0) return logError(ctx, form);
         if (length != 0) {
             *count += length;
             pu_newField(ctx, kind.label);
@@ -64,11 +61,38 @@ AsnStatus readString(AsnContext& ctx, uint32_t* count, uint8_t* buffer, uint32_t
         pu_setFldBitCount(ctx);
         if (form != kAsnFragment) return kAsnOk;
         written += length / (8 / kind.itemBits);
+        form = pd_Length(ctx, &length);
+        if (form < 0) return logError(ctx, form);
     }
 }
 
-AsnStatus readDynamic(AsnContext& ctx, uint32_t* count, uint8_t** data, const StringKind& kind) {
-    const int32_t total = pd_GetComponentLength(ctx, kind.itemBits);
+AsnStatus readString(AsnContext& ctx, uint32_t* count, uint8_t* buffer, uint32_t capacity,
+                     const StringKind& kind) {
+    const AsnSizeConstraint* const size = ctx.sizeConstraint;
+    uint32_t length = 0;
+    *count = 0;
+    const AsnStatus form = pd_Length(ctx, &length);
+    if (form < 0) return logError(ctx, form);
+    return readFragments(ctx, size, form, length, count, buffer, capacity, kind);
+}
+
+/// How many items there are in all, behind a first length: of a fragmented string the others are
+/// looked up ahead. Negative where they are not there.
+int32_t totalLength(AsnContext& ctx, AsnStatus form, uint32_t length, uint32_t itemBits) {
+    const int64_t nbits = int64_t{length} * itemBits;
+    if (asnBitsLeft(ctx) < nbits) return logError(ctx, kAsnEndOfData);
+    if (form != kAsnFragment) return static_cast<int32_t>(length);
+    AsnContext behind;
+    asnForkContext(behind, ctx);
+    AsnStatus status = pd_moveBitCursor(behind, nbits);
+    const int32_t rest = status == kAsnOk ? pd_GetComponentLength(behind, itemBits) : status;
+    return rest < 0 ? logError(ctx, rest) : static_cast<int32_t>(length) + rest;
+}
+
+/// A string behind its first length, into the element heap.
+AsnStatus copyString(AsnContext& ctx, const AsnSizeConstraint* constraint, AsnStatus form,
+                     uint32_t length, uint32_t* count, uint8_t** data, const StringKind& kind) {
+    const int32_t total = totalLength(ctx, form, length, kind.itemBits);
     if (total < 0) return logError(ctx, total);
     const uint32_t size =
         kind.itemBits == 1 ? (static_cast<uint32_t>(total) + 7) / 8 : static_cast<uint32_t>(total);
@@ -78,8 +102,17 @@ AsnStatus readDynamic(AsnContext& ctx, uint32_t* count, uint8_t** data, const St
         if (buffer == nullptr) return logError(ctx, kAsnNoMemory);
     }
     *data = buffer;
-    const AsnStatus status = readString(ctx, count, buffer, size, kind);
+    const AsnStatus status =
+        readFragments(ctx, constraint, form, length, count, buffer, size, kind);
     return status == kAsnOk ? status : logError(ctx, status);
+}
+
+AsnStatus readDynamic(AsnContext& ctx, uint32_t* count, uint8_t** data, const StringKind& kind) {
+    const AsnSizeConstraint* const constraint = ctx.sizeConstraint;
+    uint32_t length = 0;
+    const AsnStatus form = pd_Length(ctx, &length);
+    if (form < 0) return logError(ctx, form);
+    return copyString(ctx, constraint, form, length, count, data, kind);
 }
 
 /// Where a character string begins: length, alignment, and a check that its characters are there.
@@ -117,6 +150,28 @@ AsnStatus pd_DynBitString(AsnContext& ctx, AsnDynBitStr& value) {
 
 AsnStatus pd_DynOctetString(AsnContext& ctx, AsnDynOctStr& value) {
     return readDynamic(ctx, &value.numocts, &value.data, kOctets);
+}
+
+AsnStatus pd_OctetsInPlace(AsnContext& ctx, const uint8_t** data, uint32_t* numocts) {
+    uint32_t length = 0;
+    *data = nullptr;
+    *numocts = 0;
+    const AsnStatus form = pd_Length(ctx, &length);
+    if (form < 0) return logError(ctx, form);
+    if (length == 0) return kAsnOk;
+    if (form == kAsnFragment || ctx.bitOffset != 8) {
+        uint8_t* copy = nullptr;
+        const AsnStatus status = copyString(ctx, nullptr, form, length, numocts, &copy, kOctets);
+        *data = copy;
+        return status == kAsnOk ? status : logError(ctx, status);
+    }
+    if (asnBitsLeft(ctx) < int64_t{length} * 8) return logError(ctx, kAsnEndOfData);
+    *data = ctx.data + ctx.byteIndex;
+    *numocts = length;
+    pu_newField(ctx, kOctets.label);
+    const AsnStatus status = pd_moveBitCursor(ctx, int64_t{length} * 8);
+    pu_setFldBitCount(ctx);
+    return status;
 }
 
 AsnStatus pd_NumericString(AsnContext& ctx, const char** text, const char* permitted) {
