@@ -105,7 +105,8 @@ class HeaderEmitter {
     }
 
     void uncleared(const Type& type) {
-        if (type.uncleared.empty() || type.target != nullptr) return;
+        const bool isOwnRecord = type.target == nullptr && type.kind != Kind::objectIdentifier;
+        if (type.uncleared.empty() || !isOwnRecord) return;
         out_(0, "template <>");
         out_(0, "inline constexpr std::array<AsnSpan, " + std::to_string(type.uncleared.size()) +
                     "> asnUncleared<" + type.cppName + ">{{");

@@ -10,6 +10,8 @@ namespace {
 
 /// Inline octets from this size on are worth a span of their own in the clearing of a record.
 constexpr uint64_t kWorthSkipping = 1024;
+/// The octets of the arcs of an object identifier.
+constexpr uint64_t kObjectIdArcs = 512;
 
 const std::set<std::string> kCppKeywords = {
     "auto",     "bool",      "break",   "case",     "catch",    "char",      "class",  "concept",
@@ -451,6 +453,7 @@ class Builder {
         std::vector<InlineOctets> spans;
         const Type& own = actual(type);
         if (inlineCapacity(own) >= kWorthSkipping) spans.push_back({"data", inlineCapacity(own)});
+        if (own.kind == Kind::objectIdentifier) spans.push_back({"subid", kObjectIdArcs});
         if (own.kind != Kind::sequence) return spans;
         const auto addMembers = [&](const std::vector<Member>& members) {
             for (const Member& member : members)

@@ -6,16 +6,6 @@ namespace {
 
 constexpr AsnLogger logError{AsnLogBase::constructs};
 
-/// Zeroes a record but for its uncleared spans.
-void clear(unsigned char* record, size_t size, const AsnSpan* uncleared, size_t spans) {
-    size_t at = 0;
-    for (size_t i = 0; i < spans; ++i) {
-        std::memset(record + at, 0, uncleared[i].offset - at);
-        at = uncleared[i].offset + uncleared[i].size;
-    }
-    std::memset(record + at, 0, size - at);
-}
-
 /// Reads an open type and puts the cursor at its start; `saved` receives the place behind it.
 AsnStatus enterOpenType(AsnContext& ctx, AsnContext& saved) {
     const uint8_t* data = nullptr;
@@ -28,12 +18,6 @@ AsnStatus enterOpenType(AsnContext& ctx, AsnContext& saved) {
 }
 
 }  // namespace
-
-AsnStatus pd_UnknownAdditions(AsnContext& ctx, uint32_t extended, AsnOpenType& extElem1) {
-    if (extended != 0) return pd_OpenTypeExt(ctx, &extElem1.data, &extElem1.numocts);
-    extElem1 = {};
-    return kAsnOk;
-}
 
 AsnStatus pd_Additions(AsnContext& ctx, void* record, AsnAdditionDecoder decode) {
     uint32_t last = 0;
@@ -96,23 +80,21 @@ AsnStatus pd_ListLength(AsnContext& ctx, uint32_t* count, uint32_t elementBits) 
     return kAsnOk;
 }
 
-void* asnNewRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
-                    size_t spans) {
-    if (count > SIZE_MAX / size) return nullptr;
-    void* const records = asnMemAllocRaw(ctx.memHeap, count * size);
-    if (records == nullptr) return nullptr;
-    auto* const octets = static_cast<unsigned char*>(records);
-    if (spans == 0)
-        std::memset(octets, 0, count * size);
-    else
-        for (size_t i = 0; i < count; ++i) clear(octets + i * size, size, uncleared, spans);
-    return records;
+void asnClearRecords(void* records, size_t count, size_t size, const AsnSpan* uncleared,
+                     size_t spans) {
+    auto* record = static_cast<unsigned char*>(records);
+    for (; count > 0; --count, record += size) {
+        size_t at = 0;
+        for (size_t i = 0; i < spans; ++i) {
+            std::memset(record + at, 0, uncleared[i].offset - at);
+            at = uncleared[i].offset + uncleared[i].size;
+        }
+        std::memset(record + at, 0, size - at);
+    }
 }
 
-void* asnNewAlternative(AsnContext& ctx, size_t size, const AsnSpan* uncleared, size_t spans) {
-    void* const value = asnNewRecords(ctx, 1, size, uncleared, spans);
-    if (value == nullptr) (void)logError(ctx, kAsnNoMemory);
-    return value;
+void asnLogNoMemory(AsnContext& ctx) {
+    (void)logError(ctx, kAsnNoMemory);
 }
 
 AsnStatus AsnNesting::check() const {

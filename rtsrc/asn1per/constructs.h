@@ -4,8 +4,10 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 
 #include "numbers.h"
+#include "objid.h"
 #include "opentypes.h"
 
 /// BOOLEAN: 0 or 1. Returns 0, or -2, not logged.
@@ -35,8 +37,12 @@ void pd_PresenceBits(AsnContext& ctx, Flags& m, uint32_t count) {
 
 /// Ends a SEQUENCE that knows no additions: keeps those that came, or clears the record. Returns
 /// the status of pd_OpenTypeExt.
-[[nodiscard]] AsnStatus pd_UnknownAdditions(AsnContext& ctx, uint32_t extended,
-                                            AsnOpenType& extElem1);
+[[nodiscard]] inline AsnStatus pd_UnknownAdditions(AsnContext& ctx, uint32_t extended,
+                                                   AsnOpenType& extElem1) {
+    if (extended != 0) return pd_OpenTypeExt(ctx, &extElem1.data, &extElem1.numocts);
+    extElem1 = {};
+    return kAsnOk;
+}
 
 /// Decodes addition `index` of `record` from the cursor, which stands at the start of its open
 /// type, and sets its presence bit; an index that it does not know is no error and leaves nothing.
@@ -83,15 +89,32 @@ struct AsnSpan {
     size_t size;
 };
 
-/// The spans of a type that need no clearing: inline octets behind a count that says how many of
-/// them are value. A record with room for a key of 65535 octets would else cost as many writes. The
-/// generator specialises this for the types that have any, in ascending order.
+/// The spans of a type that need no clearing: inline octets, or arcs, behind a count that says how
+/// many of them are value. A record with room for a key of 65535 octets would else cost as many
+/// writes. The generator specialises this for the types that have any, in ascending order.
 template <class T>
 inline constexpr std::array<AsnSpan, 0> asnUncleared{};
 
+template <>
+inline constexpr std::array<AsnSpan, 1> asnUncleared<AsnObjId>{
+    {{offsetof(AsnObjId, subid), sizeof(AsnObjId::subid)}}};
+
+/// Zeroes records but for the spans.
+void asnClearRecords(void* records, size_t count, size_t size, const AsnSpan* uncleared,
+                     size_t spans);
+
 /// `count` records of `size` octets, zeroed but for the spans. Null where memory is exhausted.
-void* asnNewRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
-                    size_t spans);
+inline void* asnNewRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
+                           size_t spans) {
+    if (count > SIZE_MAX / size) return nullptr;
+    void* const records = asnMemAllocRaw(ctx.memHeap, count * size);
+    if (records == nullptr) return nullptr;
+    if (spans == 0)
+        std::memset(records, 0, count * size);
+    else
+        asnClearRecords(records, count, size, uncleared, spans);
+    return records;
+}
 
 /// The array of a list; a count of 0 gives an address all the same. Null: the caller logs.
 template <class T>
@@ -100,12 +123,14 @@ T* asnNewElements(AsnContext& ctx, uint32_t count) {
         asnNewRecords(ctx, count, sizeof(T), asnUncleared<T>.data(), asnUncleared<T>.size()));
 }
 
+[[gnu::cold]] void asnLogNoMemory(AsnContext& ctx);
+
 /// The value of a choice alternative. Null: logged with -12, which the caller returns.
-void* asnNewAlternative(AsnContext& ctx, size_t size, const AsnSpan* uncleared, size_t spans);
 template <class T>
 T* asnNewValue(AsnContext& ctx) {
-    return static_cast<T*>(
-        asnNewAlternative(ctx, sizeof(T), asnUncleared<T>.data(), asnUncleared<T>.size()));
+    T* const value = asnNewElements<T>(ctx, 1);
+    if (value == nullptr) asnLogNoMemory(ctx);
+    return value;
 }
 
 // --- recursive types ---
