@@ -44,11 +44,14 @@ void complain(const std::string& text) {
     std::cerr << "tamsel-capture: " << text << "\n";
 }
 
-/// A bar on the terminal, once reading has taken a second.
+/// A bar on the terminal, once reading has taken a second, unless the output goes there too.
 class Progress {
   public:
+    explicit Progress(bool isOutputThere)
+        : isWanted_(!isOutputThere && isatty(STDERR_FILENO) != 0) {}
+
     void show(const CaptureFile& file, size_t messages) {
-        if (!isTerminal_ || ++calls_ % kCallsPerLook != 0) return;
+        if (!isWanted_ || ++calls_ % kCallsPerLook != 0) return;
         const auto now = Clock::now();
         if (now < next_) return;
         next_ = now + std::chrono::milliseconds(200);
@@ -67,7 +70,7 @@ class Progress {
     static constexpr size_t kCallsPerLook = 1024;
     static constexpr size_t kWidth = 40;
 
-    bool isTerminal_ = isatty(STDERR_FILENO) != 0;
+    bool isWanted_;
     bool isShown_ = false;
     size_t calls_ = 0;
     Clock::time_point next_ = Clock::now() + std::chrono::seconds(1);
@@ -115,10 +118,11 @@ int run(const Options& options) {
     if (!options.folder.empty()) std::filesystem::create_directories(options.folder);
     MessageDumper dumper;
     CaptureOutput output(outputOptions);
-    SinkThread sink(output, isatty(STDOUT_FILENO) != 0 ? 0 : kBatchOctets);
+    const bool isWatched = isatty(STDOUT_FILENO) != 0 && (options.folder.empty() || options.list);
+    SinkThread sink(output, isWatched ? 0 : kBatchOctets);
     CallFollower follower(dumper, sink, options.call);
     Network network(follower);
-    Progress progress;
+    Progress progress(isWatched);
     int result = kDone;
     for (const std::string& file : options.files)
         if (!readCapture(file, network, sink, progress)) result = kWrongUse;

@@ -130,6 +130,41 @@ TEST(Limits, EveryAllocationMayFail) {
     }
 }
 
+TEST(Limits, ATypicalMessageTakesNoMemory) {
+    int typical = 0;
+    int all = 0;
+    for (const Message& message : allMessages()) {
+        if (message.name.starts_with("alt-") || message.name.starts_with("made-")) continue;
+        const TemporaryFile file;
+        runExport(message, message.octets, file.path());  // the C library's own first
+        allocation.requests = 0;
+        const int64_t before = allocation.unreleased;
+        ASSERT_EQ(
+            message.dump(message.octets.data(), static_cast<unsigned short>(message.octets.size()),
+                         1, file.path().c_str()),
+            1);
+        // Records with room for a key of 65535 octets have blocks of their own.
+        typical += allocation.requests == 0 ? 1 : 0;
+        EXPECT_EQ(allocation.unreleased, before);
+        ++all;
+    }
+    EXPECT_EQ(all, 11);
+    EXPECT_EQ(typical, 9);
+}
+
+TEST(Limits, ALentBlockIsTheFirst) {
+    AsnMemHeap heap{};
+    AsnMemFirstBlock first;
+    asnMemLend(heap, first);
+    void* const inside = asnMemAlloc(heap, kAsnBlockPayload - 8);
+    EXPECT_EQ(inside, first.payload);
+    void* const outside = asnMemAllocRaw(heap, kAsnBlockPayload);
+    EXPECT_NE(heap.newest, &first.block);
+    EXPECT_EQ(outside, heap.newest + 1);
+    EXPECT_EQ(asnMemAllocRaw(heap, 8), first.payload + kAsnBlockPayload - 8);
+    asnMemRelease(heap);  // the sanitizer tells if it is freed
+}
+
 TEST(Limits, BigRecordsCostNoWrites) {
     // openLogicalChannelAck holds a key of up to 65535 octets inline: octets behind the count are
     // not cleared, all else is.

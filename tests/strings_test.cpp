@@ -318,6 +318,38 @@ TEST(OpenTypes, SpansAreTheInputsOwnOctets) {
     EXPECT_EQ(pd_OpenTypeExt(manyBits.ctx, &data, &numocts), kAsnEndOfData);
 }
 
+TEST(OpenTypes, AreReadWhereTheyStand) {
+    const struct {
+        const char* why;
+        const char* octets;
+        bool aligned;
+        int64_t at;
+        AsnStatus status;
+        bool isCopy;
+        int64_t end;
+    } rows[] = {
+        {"at an octet boundary", "ff 02 aa bb", true, 8, 0, false, 32},
+        {"behind padding", "ff 02 aa bb", true, 3, 0, false, 32},
+        {"UNALIGNED, at a boundary by chance", "ff 02 aa bb", false, 8, 0, false, 32},
+        {"UNALIGNED, across octets", "e0 55 57 60", false, 3, 0, true, 27},
+        {"longer than what is left", "03 aa bb", true, 0, -2, false, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        Decoding decoding(hex(row.octets), row.aligned);
+        decoding.at(row.at);
+        const uint8_t* data = nullptr;
+        uint32_t numocts = 0;
+        ASSERT_EQ(pd_OpenType(decoding.ctx, &data, &numocts), row.status);
+        if (row.status != 0) continue;
+        ASSERT_EQ(numocts, 2U);
+        EXPECT_EQ(data[0], 0xAA);
+        EXPECT_EQ(data[1], 0xBB);
+        EXPECT_EQ(decoding.ctx.memHeap.newest != nullptr, row.isCopy);
+        EXPECT_EQ(asnBitPosition(decoding.ctx), row.end);
+    }
+}
+
 TEST(OpenTypes, EmptyOnesHaveNoOctets) {
     Decoding decoding(hex("00"));
     const uint8_t marker = 0;
