@@ -19,6 +19,18 @@ AsnStatus enterOpenType(AsnContext& ctx, AsnContext& saved) {
 
 }  // namespace
 
+uint32_t pd_Flag(AsnContext& ctx) {
+    uint8_t bit = 0;
+    (void)pd_bit(ctx, &bit);  // beyond the end: 0
+    return bit;
+}
+
+uint32_t pd_Flags(AsnContext& ctx, uint32_t count) {
+    uint32_t word = 0;
+    for (uint32_t i = 0; i < count; ++i) word |= pd_Flag(ctx) << i;
+    return word;
+}
+
 AsnStatus pd_Additions(AsnContext& ctx, void* record, AsnAdditionDecoder decode) {
     uint32_t last = 0;
     AsnStatus status = pd_SmallNonNegWholeNumber(ctx, &last);
@@ -39,14 +51,6 @@ AsnStatus pd_Additions(AsnContext& ctx, void* record, AsnAdditionDecoder decode)
         asnCopyCursor(ctx, saved);
     }
     return kAsnOk;
-}
-
-AsnStatus pd_RootAlternative(AsnContext& ctx, uint32_t& t, uint32_t roots) {
-    uint32_t index = 0;
-    const AsnStatus status = pd_ConsUnsigned(ctx, &index, 0, roots - 1);
-    if (status != kAsnOk) return status;
-    t = index + 1;
-    return index < roots ? kAsnOk : kAsnInvalidChoice;
 }
 
 AsnStatus pd_UnknownAlternative(AsnContext& ctx, AsnOpenType*& extElem1) {

@@ -17,20 +17,17 @@
 
 /// An extension or presence bit. The status of its read is dropped: a bit beyond the end counts as
 /// 0, and the next read that is examined fails.
-inline uint32_t pd_Flag(AsnContext& ctx) {
-    uint8_t bit = 0;
-    (void)pd_bit(ctx, &bit);  // beyond the end: 0
-    return bit;
-}
+uint32_t pd_Flag(AsnContext& ctx);
 
-/// The presence bits of `count` optional components (at most 32) as the word `m`: the first one
-/// read is bit 0.
+/// `count` of them, at most 32, as a word: the first one read is bit 0.
+uint32_t pd_Flags(AsnContext& ctx, uint32_t count);
+
+/// The presence bits of `count` optional components as the word `m`.
 template <class Flags>
 void pd_PresenceBits(AsnContext& ctx, Flags& m, uint32_t count) {
     static_assert(sizeof m == sizeof(uint32_t));
-    uint32_t word = 0;
-    for (uint32_t i = 0; i < count; ++i) word |= pd_Flag(ctx) << i;
-    __builtin_memcpy(&m, &word, sizeof word);
+    const uint32_t word = pd_Flags(ctx, count);
+    std::memcpy(&m, &word, sizeof word);
 }
 
 // --- SEQUENCE ---
@@ -54,10 +51,6 @@ using AsnAdditionDecoder = AsnStatus (*)(AsnContext& ctx, void* record, uint32_t
 [[nodiscard]] AsnStatus pd_Additions(AsnContext& ctx, void* record, AsnAdditionDecoder decode);
 
 // --- CHOICE ---
-
-/// Reads the index of a root alternative into the tag (index + 1). Returns 0, -2, or -11 for an
-/// index beyond the root, not logged.
-[[nodiscard]] AsnStatus pd_RootAlternative(AsnContext& ctx, uint32_t& t, uint32_t roots);
 
 /// Keeps an unknown alternative of a CHOICE that knows no extension alternatives, in a record in
 /// the element heap; the tag is left alone. Returns 0, -2 or -12, logged.

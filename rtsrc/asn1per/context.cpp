@@ -73,7 +73,7 @@ void asnFreeContext(AsnContext& ctx) {
         ctx.data = nullptr;
         ctx.dynamic = 0;
     }
-    asnMemRelease(ctx.memHeap);
+    if (ctx.memHeap.newest != ctx.memHeap.lent) asnMemRelease(ctx.memHeap);
     for (AsnBitFieldLink* link = ctx.fieldList.head; link != nullptr;) {
         AsnBitFieldLink* const next = link->next;
         std::free(link);

@@ -24,6 +24,23 @@ inline AsnStatus wholeNumber(AsnContext& ctx, uint32_t* offset, uint32_t rangeSi
     return status == kAsnOk ? alignedOctets(ctx, offset, octets + 1) : status;
 }
 
+/// pd_ConsUnsigned, inline.
+inline AsnStatus constrained(AsnContext& ctx, uint32_t* value, uint32_t lower, uint32_t upper) {
+    pu_newField(ctx, "ConsUnsigned");
+    uint32_t offset = 0;
+    AsnStatus status = kAsnOk;
+    if (lower != upper) {
+        const bool fullRange = lower == 0 && upper == UINT32_MAX;
+        status = wholeNumber(ctx, &offset, fullRange ? UINT32_MAX : upper - lower + 1);
+        if (status != kAsnOk) return logError(ctx, status);
+    }
+    *value = lower + offset;
+    pu_setFldBitCount(ctx);
+    if (asnDiagOn())
+        asnDiag("pd_ConsUnsigned: decoded value is %u\n", static_cast<unsigned>(*value));
+    return status;
+}
+
 /// The forms without an upper bound below 65536: 0 + 7 bits, 10 + 14 bits, 11 + 6 bits of 16K.
 AsnStatus unconstrainedLength(AsnContext& ctx, uint32_t* count) {
     *count = 0;
@@ -69,19 +86,15 @@ AsnStatus pd_ConsInteger(AsnContext& ctx, int32_t* value, int32_t lower, int32_t
 }
 
 AsnStatus pd_ConsUnsigned(AsnContext& ctx, uint32_t* value, uint32_t lower, uint32_t upper) {
-    pu_newField(ctx, "ConsUnsigned");
-    uint32_t offset = 0;
-    AsnStatus status = kAsnOk;
-    if (lower != upper) {
-        const bool fullRange = lower == 0 && upper == UINT32_MAX;
-        status = wholeNumber(ctx, &offset, fullRange ? UINT32_MAX : upper - lower + 1);
-        if (status != kAsnOk) return logError(ctx, status);
-    }
-    *value = lower + offset;
-    pu_setFldBitCount(ctx);
-    if (asnDiagOn())
-        asnDiag("pd_ConsUnsigned: decoded value is %u\n", static_cast<unsigned>(*value));
-    return status;
+    return constrained(ctx, value, lower, upper);
+}
+
+AsnStatus pd_RootAlternative(AsnContext& ctx, uint32_t& t, uint32_t roots) {
+    uint32_t index = 0;
+    const AsnStatus status = constrained(ctx, &index, 0, roots - 1);
+    if (status != kAsnOk) return status;
+    t = index + 1;
+    return index < roots ? kAsnOk : kAsnInvalidChoice;
 }
 
 AsnStatus pd_ExtInteger(AsnContext& ctx, int32_t* value, int32_t lower, int32_t upper) {

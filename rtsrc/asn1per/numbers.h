@@ -31,6 +31,10 @@ constexpr uint32_t asnBitCount(uint32_t number) {
 [[nodiscard]] AsnStatus pd_ConsUnsigned(AsnContext& ctx, uint32_t* value, uint32_t lower,
                                         uint32_t upper);
 
+/// Reads the index of a root alternative into the tag (index + 1). Returns 0, -2, or -11 for an
+/// index beyond the root, not logged.
+[[nodiscard]] AsnStatus pd_RootAlternative(AsnContext& ctx, uint32_t& t, uint32_t roots);
+
 /// INTEGER (lower..upper, ...): one extension bit, then the constrained number or, where the bit is
 /// set, an unconstrained one (X.691 12.1). Returns 0 or -2.
 [[nodiscard]] AsnStatus pd_ExtInteger(AsnContext& ctx, int32_t* value, int32_t lower,
