@@ -84,6 +84,7 @@ MessageDumper::MessageDumper() : text_(kReadOctets) {
     writing_ = ends[1];
     fcntl(writing_, F_SETPIPE_SZ, kReadOctets);
     path_ = "/dev/fd/" + std::to_string(writing_);
+    if (access(path_.c_str(), W_OK) != 0) throw std::runtime_error(path_ + ": is not there");
     // The library opens the pipe anew, and waits where it is full. Few dumps are so large: a look
     // now and then costs less than a thread woken for each.
     relief_ = std::jthread([this](const std::stop_token& stop) {
