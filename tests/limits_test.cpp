@@ -136,13 +136,13 @@ TEST(Limits, ATypicalMessageTakesNoMemory) {
     for (const Message& message : allMessages()) {
         if (message.name.starts_with("alt-") || message.name.starts_with("made-")) continue;
         const TemporaryFile file;
-        runExport(message, message.octets, file.path());  // the C library's own first
+        const std::string path = file.path();
+        runExport(message, message.octets, path);  // the C library's own first
         allocation.requests = 0;
         const int64_t before = allocation.unreleased;
-        ASSERT_EQ(
-            message.dump(message.octets.data(), static_cast<unsigned short>(message.octets.size()),
-                         1, file.path().c_str()),
-            1);
+        ASSERT_EQ(message.dump(message.octets.data(),
+                               static_cast<unsigned short>(message.octets.size()), 1, path.c_str()),
+                  1);
         // Records with room for a key of 65535 octets have blocks of their own.
         typical += allocation.requests == 0 ? 1 : 0;
         EXPECT_EQ(allocation.unreleased, before);
