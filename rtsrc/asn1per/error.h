@@ -26,7 +26,7 @@ struct AsnTrailEntry {
     int32_t line;
 };
 
-/// The first failure of a run and the sites that it passed on its way out. Zeroed with the context.
+/// The first failure of a run and the sites that it passed on its way out. Empty in a new context.
 /// Recording never fails: what does not fit is dropped.
 struct AsnErrorInfo {
     AsnTrailEntry trail[8];  // entry 0 is the innermost site
