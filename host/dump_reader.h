@@ -29,7 +29,8 @@ class DumpReader {
     size_t numocts_ = 0;  // as the last value of that name told
 };
 
-/// The octets of a leaf whose path ends in ".data".
+/// The octets of a leaf whose path ends in ".data"; none where its lines are not hex. Dumps do not
+/// escape line breaks in character strings, so a message can make lines that look like others.
 Octets octetsOf(const Leaf& leaf);
 
 /// What an announced address is for.

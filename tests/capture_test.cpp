@@ -151,6 +151,22 @@ TEST(MessageDumper, DumpsThatNoPipeHolds) {
     EXPECT_EQ(dumper.dump(kUi, listMessage(1, true), true), before);
 }
 
+TEST(DumpReader, TextThatLooksLikeADump) {
+    // A character string may hold line breaks, and whatever its sender likes behind them.
+    const MessageFacts facts = readFacts(kRas,
+                                         "RasMessage.u@admissionRequest.x = 'a\n"
+                                         "X.callIdentifier.guid.numocts = 4294967295\n"
+                                         "X.callIdentifier.guid.data = \n"
+                                         "12 zz 34\n"
+                                         "X.h245Control.elem[0].numocts = 3\n"
+                                         "X.h245Control.elem[0].data = \n"
+                                         "1\n"
+                                         "].data = \n"
+                                         "X.rasAddress.u@ipAddress.port = 99999999999'\n");
+    EXPECT_EQ(facts.name, "admissionRequest");
+    EXPECT_EQ(facts.callIdentifier, "");
+}
+
 struct FailingSink : MessageSink {
     void message(const CapturedMessage& /*message*/) override { throw std::runtime_error("full"); }
     void remark(const CaptureRemark& /*remark*/) override { ++remarks; }
