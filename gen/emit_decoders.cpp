@@ -149,11 +149,15 @@ class DecoderEmitter {
         if (!type.additions.empty()) additions(type);
         begin(type);
         nesting(type);
-        if (type.extensible) out_(1, "const uint32_t extended = pd_Flag(ctx);");
         const auto optional = std::count_if(type.root.begin(), type.root.end(),
                                             [](const Member& member) { return member.optional; });
-        if (optional != 0 || !type.additions.empty())
-            out_(1, "pd_PresenceBits(ctx, value.m, " + std::to_string(optional) + ");");
+        const bool hasFlags = optional != 0 || !type.additions.empty();
+        const std::string flags = "PresenceBits(ctx, value.m, " + std::to_string(optional) + ");";
+        if (type.extensible)
+            out_(1, "const uint32_t extended = " +
+                        (hasFlags ? "pd_Ext" + flags : "pd_Flags(ctx, 1);"));
+        else if (hasFlags)
+            out_(1, "pd_" + flags);
         declared_ = false;
         for (const Member& member : type.root) component(member);
         if (!type.extensible)
@@ -207,24 +211,26 @@ class DecoderEmitter {
         if (hasValues || known) alternatives(type);
         begin(type);
         nesting(type);
-        if (type.extensible && known) {
-            out_(1, "if (pd_Flag(ctx) != 0)");
-            out_(2, "return pd_ExtensionAlternative(ctx, &value, value.t, " + roots + ", " +
-                        std::to_string(type.additions.size()) + ", " + alternative + ");");
-        } else if (type.extensible) {
-            out_(1, "if (pd_Flag(ctx) != 0) {");
-            out_(2, "const AsnStatus status = pd_UnknownAlternative(ctx, value.u.extElem1);");
-            out_(2, "if (status == kAsnOk) return kAsnOk;");
-            out_(2, "return asnLogError(ctx.errInfo, status, kModule, " +
-                        std::to_string(type.trailLine) + ");");
-            out_(1, "}");
-        }
-        const std::string root = "pd_RootAlternative(ctx, value.t, " + roots + ")";
-        if (hasValues || known) {
-            out_(1, "const AsnStatus status = " + root + ";");
-            out_(1, "return status == kAsnOk ? " + alternative + "(ctx, &value) : status;");
+        const std::string root = "Alternative(ctx, &value.t, " + roots + ");";
+        const std::string decode = alternative + "(ctx, &value)";
+        if (!type.extensible && !(hasValues || known)) {
+            out_(1, "return pd_Root" + root);
+        } else if (!type.extensible) {
+            out_(1, "const AsnStatus status = pd_Root" + root);
+            out_(1, "return status == kAsnOk ? " + decode + " : status;");
         } else {
-            out_(1, "return " + root + ";");
+            out_(1, std::string(known ? "const " : "") + "AsnStatus status = pd_Ext" + root);
+            if (hasValues || known) out_(1, "if (status == kAsnOk) return " + decode + ";");
+            out_(1, "if (status != kAsnExtended) return status;");
+            if (known) {
+                out_(1, "return pd_ExtensionAlternative(ctx, &value, value.t, " + roots + ", " +
+                            std::to_string(type.additions.size()) + ", " + alternative + ");");
+            } else {
+                out_(1, "status = pd_UnknownAlternative(ctx, value.u.extElem1);");
+                out_(1, "if (status == kAsnOk) return kAsnOk;");
+                out_(1, "return asnLogError(ctx.errInfo, status, kModule, " +
+                            std::to_string(type.trailLine) + ");");
+            }
         }
         out_(0, "}");
     }

@@ -11,7 +11,6 @@ namespace {
 /// Inline octets from this size on are worth a span of their own in the clearing of a record.
 constexpr uint64_t kWorthSkipping = 1024;
 /// The octets of the arcs of an object identifier.
-constexpr uint64_t kObjectIdArcs = 512;
 
 const std::set<std::string> kCppKeywords = {
     "auto",     "bool",      "break",   "case",     "catch",    "char",      "class",  "concept",
@@ -391,8 +390,11 @@ class Builder {
         for (const ComponentNotation& component : notation.additions) add(component, true);
         const auto flags = std::count_if(type.root.begin(), type.root.end(),
                                          [](const Member& member) { return member.optional; });
-        if (static_cast<size_t>(flags) + type.additions.size() > 32 && type.kind == Kind::sequence)
+        const size_t others = std::max<size_t>(type.additions.size(), type.extensible ? 1 : 0);
+        if (static_cast<size_t>(flags) + others > 32 && type.kind == Kind::sequence)
             error(type.line, type.path, "more than 32 presence bits are not supported");
+        if (type.kind == Kind::choice && type.root.size() > 255)
+            error(type.line, type.path, "more than 255 root alternatives are not supported");
         if (type.kind == Kind::choice && type.root.empty())
             error(type.line, type.path, "a CHOICE without root alternatives is not supported");
     }
@@ -453,7 +455,7 @@ class Builder {
         std::vector<InlineOctets> spans;
         const Type& own = actual(type);
         if (inlineCapacity(own) >= kWorthSkipping) spans.push_back({"data", inlineCapacity(own)});
-        if (own.kind == Kind::objectIdentifier) spans.push_back({"subid", kObjectIdArcs});
+
         if (own.kind != Kind::sequence) return spans;
         const auto addMembers = [&](const std::vector<Member>& members) {
             for (const Member& member : members)

@@ -5,6 +5,8 @@
 // the buffer.
 #pragma once
 
+#include <array>
+
 #include "context.h"
 
 /// Absolute bit position of the cursor, and the bits from there to the end of the data (negative
@@ -29,43 +31,15 @@ inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
 
 /// Steps the cursor one bit forward; the bit stepped over is then bit number bitOffset (7 .. 0) of
 /// the current octet. Returns 0, or -2 at the end of the data, not logged.
-[[nodiscard]] inline AsnStatus pd_IncrBitIdx(AsnContext& ctx) {
-    const uint32_t byteIndex = ctx.byteIndex + (ctx.bitOffset == 0 ? 1 : 0);
-    if (byteIndex >= ctx.size) return kAsnEndOfData;
-    ctx.bitOffset = static_cast<int16_t>((ctx.bitOffset == 0 ? 8 : ctx.bitOffset) - 1);
-    ctx.byteIndex = byteIndex;
-    if (asnDiagOn())
-        asnDiag("pd_IncrBitIdx: bitOffset = %d, byteIndex = %d\n", ctx.bitOffset,
-                static_cast<int>(ctx.byteIndex));
-    return kAsnOk;
-}
+[[nodiscard]] AsnStatus pd_IncrBitIdx(AsnContext& ctx);
 
 /// Reads one bit as 0 or 1; with a null `value` the bit is skipped. Leaves (n, 0) at the end of an
 /// octet. Returns 0, or -2 at the end of the data, not logged.
-[[nodiscard]] inline AsnStatus pd_bit(AsnContext& ctx, uint8_t* value) {
-    const AsnStatus status = pd_IncrBitIdx(ctx);
-    if (status != kAsnOk || value == nullptr) return status;
-    *value = static_cast<uint8_t>(ctx.data[ctx.byteIndex] >> ctx.bitOffset & 1);
-    if (asnDiagOn()) asnDiag("pd_bit: value = %d\n", *value);
-    return kAsnOk;
-}
-
-/// pd_bits where the bits are not all in the current octet, and its diagnostic lines.
-[[nodiscard]] AsnStatus asnBitsAcross(AsnContext& ctx, uint32_t* value, uint32_t nbits);
-[[gnu::cold]] void asnDiagBits(const AsnContext& ctx, uint32_t nbits);
+[[nodiscard]] AsnStatus pd_bit(AsnContext& ctx, uint8_t* value);
 
 /// Reads `nbits` bits as an unsigned number, the first bit the most significant; above 32 bits the
 /// earliest are lost. 0 bits give 0 and never fail. Leaves (n, 8 .. 1). Returns 0, or -2, logged.
-[[nodiscard]] inline AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits) {
-    if (asnDiagOn()) asnDiagBits(ctx, nbits);
-    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
-    if (nbits - 1 >= unread || ctx.byteIndex >= ctx.size) return asnBitsAcross(ctx, value, nbits);
-    const uint32_t left = unread - nbits;
-    *value = (uint32_t{ctx.data[ctx.byteIndex]} >> left) & ((1U << nbits) - 1);
-    ctx.byteIndex += left == 0 ? 1 : 0;
-    ctx.bitOffset = static_cast<int16_t>(left == 0 ? 8 : left);
-    return kAsnOk;
-}
+[[nodiscard]] AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits);
 
 /// Copies `nbits` bits, left-aligned, into `capacity` octets at `buffer`; the unused low bits of
 /// the last octet are cleared. An aligned cursor is left as (n, 8 .. 1); another keeps its form
@@ -74,46 +48,45 @@ inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
 [[nodiscard]] AsnStatus pd_octets(AsnContext& ctx, uint8_t* buffer, uint32_t capacity,
                                   uint32_t nbits);
 
-/// Moves the start of the current traced field to the cursor: the trace's, called here alone.
-[[gnu::cold]] void pu_setFldBitOffset(AsnContext& ctx);
-
 /// Moves to the next octet boundary, in either variant; (n, 0) counts as unaligned. Starts the
 /// current traced field there. Returns 0, or -2, not logged, where no octet follows.
-[[nodiscard]] inline AsnStatus pd_byteAlign(AsnContext& ctx) {
-    if (ctx.bitOffset != 8) {
-        ++ctx.byteIndex;
-        ctx.bitOffset = 8;
-        if ((ctx.flags & ctxFieldTrace) != 0) pu_setFldBitOffset(ctx);
-    }
-    return ctx.byteIndex >= ctx.size ? kAsnEndOfData : kAsnOk;
-}
-
-/// The diagnostic lines of pd_moveBitCursor.
-[[gnu::cold]] void asnDiagMove(const AsnContext& ctx, const char* when);
+[[nodiscard]] AsnStatus pd_byteAlign(AsnContext& ctx);
 
 /// Moves the cursor. Returns 0, or -2, not logged, from (size + 1) * 8 on: the test is loose by up
 /// to 7 bits past the end, and the cursor has moved all the same. A position before the first octet
 /// is refused with -2 without a move.
-[[nodiscard]] inline AsnStatus pd_moveBitCursor(AsnContext& ctx, int64_t nbits) {
-    if (asnDiagOn()) {
-        asnDiag("pd_moveBitCursor: bitOffset = %d\n", static_cast<int>(nbits));
-        asnDiagMove(ctx, "before");
-    }
-    const int64_t position = asnBitPosition(ctx) + nbits;
-    if (position < 0) return kAsnEndOfData;
-    const int64_t limit = (int64_t{ctx.size} + 1) * 8;
-    pd_SetBitOffset(ctx, position < limit ? position : limit);
-    if (asnDiagOn()) asnDiagMove(ctx, "after");
-    return ctx.byteIndex > ctx.size ? kAsnEndOfData : kAsnOk;
+[[nodiscard]] AsnStatus pd_moveBitCursor(AsnContext& ctx, int64_t nbits);
+
+// --- what callers run inline ---
+
+/// Every octet with its bits in the opposite order.
+inline constexpr std::array<uint8_t, 256> kAsnReversed = [] {
+    std::array<uint8_t, 256> reversed{};
+    for (uint32_t octet = 0; octet < 256; ++octet)
+        for (uint32_t bit = 0; bit < 8; ++bit)
+            if ((octet >> bit & 1) != 0) reversed[octet] |= static_cast<uint8_t>(0x80U >> bit);
+    return reversed;
+}();
+
+/// The next `nbits` bits, where they stand in the current octet, as those of most fields do, and
+/// nobody watches. The cursor stays.
+inline bool asnPeekInOctet(const AsnContext& ctx, uint32_t nbits, uint32_t& value) {
+    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
+    if (nbits > unread || ctx.byteIndex >= ctx.size ||
+        asnEverWatched.load(std::memory_order_relaxed))
+        return false;
+    value = uint32_t{ctx.data[ctx.byteIndex]} >> (unread - nbits) & ((1U << nbits) - 1);
+    return true;
 }
 
-// --- for the run-time's own sources ---
-
-/// Logs the failures of one source file of the run-time: `logError(ctx, status)` records the line
-/// that it stands on.
-struct AsnLogger {
-    AsnLogBase base;
-    AsnStatus operator()(AsnContext& ctx, AsnStatus status, int line = __builtin_LINE()) const {
-        return asnLogError(ctx.errInfo, status, kAsnRuntime, static_cast<int32_t>(base) + line);
+/// Moves behind them: as single bits leave the cursor, and as a number does.
+inline void asnSkipFlags(AsnContext& ctx, uint32_t nbits) {
+    ctx.bitOffset = static_cast<int16_t>(static_cast<uint32_t>(ctx.bitOffset) - nbits);
+}
+inline void asnSkipNumber(AsnContext& ctx, uint32_t nbits) {
+    asnSkipFlags(ctx, nbits);
+    if (ctx.bitOffset == 0) {
+        ++ctx.byteIndex;
+        ctx.bitOffset = 8;
     }
-};
+}

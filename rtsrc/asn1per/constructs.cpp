@@ -1,10 +1,14 @@
 #include "constructs.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
+
+#include "lengths.h"
 
 namespace {
 
-constexpr AsnLogger logError{AsnLogBase::constructs};
+constexpr AsnLogger kLogError{AsnLogBase::constructs};
 
 /// Reads an open type and puts the cursor at its start; `saved` receives the place behind it.
 AsnStatus enterOpenType(AsnContext& ctx, AsnContext& saved) {
@@ -17,40 +21,61 @@ AsnStatus enterOpenType(AsnContext& ctx, AsnContext& saved) {
     return kAsnOk;
 }
 
-}  // namespace
-
-uint32_t pd_Flag(AsnContext& ctx) {
-    uint8_t bit = 0;
-    (void)pd_bit(ctx, &bit);  // beyond the end: 0
-    return bit;
+/// An index below 256 alternatives, as pd_ConsUnsigned reads it.
+template <class In>
+AsnStatus rootAlternative(In& in, uint32_t* t, uint32_t roots) {
+    in.openField("ConsUnsigned");
+    uint32_t index = 0;
+    const AsnStatus status = roots > 1 ? in.bits(index, asnBitCount(roots - 1)) : kAsnOk;
+    if (status != kAsnOk) return in.fail(kLogError, status);
+    *t = index + 1;
+    in.closeField();
+    in.tell("pd_ConsUnsigned: decoded value is %u\n", static_cast<unsigned>(index));
+    return index < roots ? kAsnOk : kAsnInvalidChoice;
 }
 
-uint32_t pd_Flags(AsnContext& ctx, uint32_t count) {
-    uint32_t word = 0;
-    for (uint32_t i = 0; i < count; ++i) word |= pd_Flag(ctx) << i;
-    return word;
+}  // namespace
+
+[[gnu::flatten]] uint32_t asnFlags(AsnContext& ctx, uint32_t count) {
+    return asnRead(ctx, [count](auto& in) { return in.flags(count); });
 }
 
 AsnStatus pd_Additions(AsnContext& ctx, void* record, AsnAdditionDecoder decode) {
     uint32_t last = 0;
     AsnStatus status = pd_SmallNonNegWholeNumber(ctx, &last);
-    if (status != kAsnOk) return logError(ctx, status);
+    if (status != kAsnOk) return kLogError(ctx, status);
     const int64_t count = int64_t{last} + 1;
 
     AsnContext bitmap;
-    asnForkContext(bitmap, ctx);  // owns nothing, as long as only bits are read
+    asnCopyCursor(bitmap, ctx);
+    bitmap.flags = 0;
     status = pd_moveBitCursor(ctx, count);
-    if (status != kAsnOk) return logError(ctx, status);
-    for (int64_t i = 0; i < count; ++i) {
-        if (pd_Flag(bitmap) == 0) continue;
-        AsnContext saved;
-        status = enterOpenType(ctx, saved);
-        if (status != kAsnOk) return logError(ctx, status);
-        status = decode(ctx, record, static_cast<uint32_t>(i));
-        if (status != kAsnOk) return status;
-        asnCopyCursor(ctx, saved);
+    if (status != kAsnOk) return kLogError(ctx, status);
+    for (int64_t first = 0; first < count; first += 32) {
+        uint32_t present =
+            pd_Flags(bitmap, static_cast<uint32_t>(std::min<int64_t>(count - first, 32)));
+        for (; present != 0; present &= present - 1) {
+            AsnContext saved;
+            status = enterOpenType(ctx, saved);
+            if (status != kAsnOk) return kLogError(ctx, status);
+            status = decode(
+                ctx, record,
+                static_cast<uint32_t>(first) + static_cast<uint32_t>(std::countr_zero(present)));
+            if (status != kAsnOk) return status;
+            asnCopyCursor(ctx, saved);
+        }
     }
     return kAsnOk;
+}
+
+[[gnu::flatten]] AsnStatus pd_RootAlternative(AsnContext& ctx, uint32_t* t, uint32_t roots) {
+    return asnRead(ctx, [=](auto& in) { return rootAlternative(in, t, roots); });
+}
+
+[[gnu::flatten]] AsnStatus asnExtAlternative(AsnContext& ctx, uint32_t* t, uint32_t roots) {
+    return asnRead(ctx, [=](auto& in) {
+        return in.flag() != 0 ? kAsnExtended : rootAlternative(in, t, roots);
+    });
 }
 
 AsnStatus pd_UnknownAlternative(AsnContext& ctx, AsnOpenType*& extElem1) {
@@ -63,13 +88,13 @@ AsnStatus pd_ExtensionAlternative(AsnContext& ctx, void* choice, uint32_t& t, ui
                                   uint32_t known, AsnAlternativeDecoder decode) {
     uint32_t index = 0;
     AsnStatus status = pd_SmallNonNegWholeNumber(ctx, &index);
-    if (status != kAsnOk) return logError(ctx, status);
+    if (status != kAsnOk) return kLogError(ctx, status);
     t = index + roots + 1;
     status = pd_byteAlign(ctx);
-    if (status != kAsnOk) return logError(ctx, status);
+    if (status != kAsnOk) return kLogError(ctx, status);
     AsnContext saved;
     status = enterOpenType(ctx, saved);
-    if (status != kAsnOk) return logError(ctx, status);
+    if (status != kAsnOk) return kLogError(ctx, status);
     if (index >= known) return kAsnInvalidChoice;
     status = decode(ctx, choice);
     if (status != kAsnOk) return status;
@@ -77,17 +102,28 @@ AsnStatus pd_ExtensionAlternative(AsnContext& ctx, void* choice, uint32_t& t, ui
     return kAsnOk;
 }
 
-AsnStatus pd_ListLength(AsnContext& ctx, uint32_t* count, uint32_t elementBits) {
-    const AsnStatus status = pd_Length(ctx, count);
-    if (status != kAsnOk) return status;
-    if (asnBitsLeft(ctx) < int64_t{*count} * elementBits) return logError(ctx, kAsnEndOfData);
-    return kAsnOk;
+[[gnu::flatten]] AsnStatus pd_ListLength(AsnContext& ctx, uint32_t* count, uint32_t elementBits) {
+    return asnReadSized(ctx, [=](auto& in, auto* size) {
+        const AsnStatus status = asnLength(in, size, *count);
+        if (status != kAsnOk || in.bitsLeft() >= int64_t{*count} * elementBits) return status;
+        return in.fail(kLogError, kAsnEndOfData);
+    });
 }
 
-void asnClearRecords(void* records, size_t count, size_t size, const AsnSpan* uncleared,
-                     size_t spans) {
-    auto* record = static_cast<unsigned char*>(records);
-    for (; count > 0; --count, record += size) {
+void* asnNewCleared(AsnContext& ctx, size_t count, size_t size) {
+    size_t octets = 0;
+    if (__builtin_mul_overflow(count, size, &octets)) return nullptr;
+    void* const memory = asnMemAllocRaw(ctx.memHeap, octets);
+    return memory != nullptr ? std::memset(memory, 0, octets) : nullptr;
+}
+
+void* asnNewRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
+                    size_t spans) {
+    size_t octets = 0;
+    if (__builtin_mul_overflow(count, size, &octets)) return nullptr;
+    auto* const records = static_cast<unsigned char*>(asnMemAllocRaw(ctx.memHeap, octets));
+    if (records == nullptr) return nullptr;
+    for (unsigned char* record = records; count > 0; --count, record += size) {
         size_t at = 0;
         for (size_t i = 0; i < spans; ++i) {
             std::memset(record + at, 0, uncleared[i].offset - at);
@@ -95,14 +131,15 @@ void asnClearRecords(void* records, size_t count, size_t size, const AsnSpan* un
         }
         std::memset(record + at, 0, size - at);
     }
+    return records;
 }
 
 void asnLogNoMemory(AsnContext& ctx) {
-    (void)logError(ctx, kAsnNoMemory);
+    (void)kLogError(ctx, kAsnNoMemory);
 }
 
 AsnStatus AsnNesting::check() const {
-    return ctx_.depth <= kAsnMaxDepth ? kAsnOk : logError(ctx_, kAsnTooDeep);
+    return ctx_.depth <= kAsnMaxDepth ? kAsnOk : kLogError(ctx_, kAsnTooDeep);
 }
 
 static_assert(__LINE__ < 1000, "trail lines of two source files would meet");

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 #include "numbers.h"
 #include "objid.h"
@@ -15,12 +16,20 @@
     return pd_bit(ctx, &value);
 }
 
-/// An extension or presence bit. The status of its read is dropped: a bit beyond the end counts as
-/// 0, and the next read that is examined fails.
-uint32_t pd_Flag(AsnContext& ctx);
+// --- SEQUENCE ---
 
-/// `count` of them, at most 32, as a word: the first one read is bit 0.
-uint32_t pd_Flags(AsnContext& ctx, uint32_t count);
+/// pd_Flags where the bits are not all in the current octet, or somebody watches.
+uint32_t asnFlags(AsnContext& ctx, uint32_t count);
+
+/// `count` extension and presence bits, at most 32, as a word: the first one read is bit 0. The
+/// status of their read is dropped: a bit beyond the end counts as 0, and the next read that is
+/// examined fails.
+inline uint32_t pd_Flags(AsnContext& ctx, uint32_t count) {
+    uint32_t bits = 0;
+    if (!asnPeekInOctet(ctx, count, bits)) return asnFlags(ctx, count);
+    asnSkipFlags(ctx, count);
+    return count == 1 ? bits : kAsnReversed[bits << (8 - count)];
+}
 
 /// The presence bits of `count` optional components as the word `m`.
 template <class Flags>
@@ -30,7 +39,15 @@ void pd_PresenceBits(AsnContext& ctx, Flags& m, uint32_t count) {
     std::memcpy(&m, &word, sizeof word);
 }
 
-// --- SEQUENCE ---
+/// The same, of fewer than 32, behind an extension bit, which is returned.
+template <class Flags>
+uint32_t pd_ExtPresenceBits(AsnContext& ctx, Flags& m, uint32_t count) {
+    static_assert(sizeof m == sizeof(uint32_t));
+    const uint32_t bits = pd_Flags(ctx, count + 1);
+    const uint32_t word = bits >> 1;
+    std::memcpy(&m, &word, sizeof word);
+    return bits & 1;
+}
 
 /// Ends a SEQUENCE that knows no additions: keeps those that came, or clears the record. Returns
 /// the status of pd_OpenTypeExt.
@@ -51,6 +68,26 @@ using AsnAdditionDecoder = AsnStatus (*)(AsnContext& ctx, void* record, uint32_t
 [[nodiscard]] AsnStatus pd_Additions(AsnContext& ctx, void* record, AsnAdditionDecoder decode);
 
 // --- CHOICE ---
+
+/// Reads the index of one of at most 255 root alternatives into the tag (index + 1). Returns 0, -2,
+/// or -11 for an index beyond the root, not logged.
+[[nodiscard]] AsnStatus pd_RootAlternative(AsnContext& ctx, uint32_t* t, uint32_t roots);
+
+/// pd_ExtAlternative where the extension bit is 1, the bits are not all in the current octet, or
+/// somebody watches.
+[[nodiscard]] AsnStatus asnExtAlternative(AsnContext& ctx, uint32_t* t, uint32_t roots);
+
+/// The same as pd_RootAlternative behind an extension bit. Returns kAsnExtended where that is 1,
+/// and nothing more is read.
+[[nodiscard]] inline AsnStatus pd_ExtAlternative(AsnContext& ctx, uint32_t* t, uint32_t roots) {
+    const uint32_t nbits = 1 + asnBitCount(roots - 1);
+    uint32_t index = 0;
+    if (!asnPeekInOctet(ctx, nbits, index) || index >= roots)
+        return asnExtAlternative(ctx, t, roots);
+    asnSkipNumber(ctx, nbits);
+    *t = index + 1;
+    return kAsnOk;
+}
 
 /// Keeps an unknown alternative of a CHOICE that knows no extension alternatives, in a record in
 /// the element heap; the tag is left alone. Returns 0, -2 or -12, logged.
@@ -82,38 +119,25 @@ struct AsnSpan {
     size_t size;
 };
 
-/// The spans of a type that need no clearing: inline octets, or arcs, behind a count that says how
-/// many of them are value. A record with room for a key of 65535 octets would else cost as many
+/// The spans of a type that need no clearing: inline octets behind a count that says how many of
+/// them are value. A record with room for a key of 65535 octets would else cost as many
 /// writes. The generator specialises this for the types that have any, in ascending order.
 template <class T>
 inline constexpr std::array<AsnSpan, 0> asnUncleared{};
 
-template <>
-inline constexpr std::array<AsnSpan, 1> asnUncleared<AsnObjId>{
-    {{offsetof(AsnObjId, subid), sizeof(AsnObjId::subid)}}};
-
-/// Zeroes records but for the spans.
-void asnClearRecords(void* records, size_t count, size_t size, const AsnSpan* uncleared,
-                     size_t spans);
-
-/// `count` records of `size` octets, zeroed but for the spans. Null where memory is exhausted.
-inline void* asnNewRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
-                           size_t spans) {
-    if (count > SIZE_MAX / size) return nullptr;
-    void* const records = asnMemAllocRaw(ctx.memHeap, count * size);
-    if (records == nullptr) return nullptr;
-    if (spans == 0)
-        std::memset(records, 0, count * size);
-    else
-        asnClearRecords(records, count, size, uncleared, spans);
-    return records;
-}
+/// `count` records of `size` octets, zeroed; or but for the spans. Null where memory is exhausted.
+void* asnNewCleared(AsnContext& ctx, size_t count, size_t size);
+void* asnNewRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
+                    size_t spans);
 
 /// The array of a list; a count of 0 gives an address all the same. Null: the caller logs.
 template <class T>
 T* asnNewElements(AsnContext& ctx, uint32_t count) {
-    return static_cast<T*>(
-        asnNewRecords(ctx, count, sizeof(T), asnUncleared<T>.data(), asnUncleared<T>.size()));
+    constexpr auto& spans = asnUncleared<T>;
+    if constexpr (spans.empty())
+        return static_cast<T*>(asnNewCleared(ctx, count, sizeof(T)));
+    else
+        return static_cast<T*>(asnNewRecords(ctx, count, sizeof(T), spans.data(), spans.size()));
 }
 
 [[gnu::cold]] void asnLogNoMemory(AsnContext& ctx);

@@ -8,6 +8,8 @@ namespace {
 
 constexpr uint32_t kOwnBufferSize = 16384;
 
+int32_t diagSwitch = 0;
+
 /// All but the cursor. The trail, the parameters and the name stack are arrays behind counts of 0:
 /// clearing them would cost more than a small message takes to decode.
 void clear(AsnContext& ctx) {
@@ -67,9 +69,9 @@ AsnStatus asnForkContext(AsnContext& fork, const AsnContext& ctx) {
 }
 
 void asnFreeContext(AsnContext& ctx) {
-    std::free(ctx.ownedBuffer);
-    ctx.ownedBuffer = nullptr;
-    if (ctx.dynamic != 0) {
+    if (ctx.ownedBuffer != nullptr) {
+        std::free(ctx.ownedBuffer);
+        ctx.ownedBuffer = nullptr;
         ctx.data = nullptr;
         ctx.dynamic = 0;
     }
@@ -79,14 +81,23 @@ void asnFreeContext(AsnContext& ctx) {
         std::free(link);
         link = next;
     }
-    asnClearErrorParams(ctx.errInfo);
+    if (ctx.errInfo.parmCount > 0) asnClearErrorParams(ctx.errInfo);
     if ((ctx.flags & ctxAllocated) != 0) std::free(&ctx);
 }
 
-int32_t asnDiagSwitch = 0;
+void asnSetFieldTrace(AsnContext& ctx, uint8_t on) {
+    const int flags = on != 0 ? ctx.flags | ctxFieldTrace : ctx.flags & ~ctxFieldTrace;
+    ctx.flags = static_cast<uint16_t>(flags);
+    if (on != 0) asnEverWatched = true;
+}
 
 int32_t asnSetDiag(int32_t value) {
-    return asnDiagSwitch = value;
+    if (value != 0) asnEverWatched = true;
+    return diagSwitch = value;
+}
+
+bool asnDiagOn() {
+    return diagSwitch != 0;
 }
 
 void asnDiag(const char* format, ...) {

@@ -1,6 +1,7 @@
 // The decoding context: one run over the octets of one message.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "error.h"
@@ -99,19 +100,17 @@ inline void asnCopyCursor(AsnContext& to, const AsnContext& from) {
 /// the object itself if asnNewContext made it.
 void asnFreeContext(AsnContext& ctx);
 
+/// Whether anybody has watched a decode in this process, through the trace or the diagnostic
+/// switch: until then, primitives need not look who does.
+inline std::atomic<bool> asnEverWatched{false};
+
 /// Sets or clears ctxFieldTrace.
-inline void asnSetFieldTrace(AsnContext& ctx, uint8_t on) {
-    const int flags = on != 0 ? ctx.flags | ctxFieldTrace : ctx.flags & ~ctxFieldTrace;
-    ctx.flags = static_cast<uint16_t>(flags);
-}
+void asnSetFieldTrace(AsnContext& ctx, uint8_t on);
 
 /// The process-wide diagnostic switch, 0 at start: while it is not 0, the primitives print what
-/// they read. Read it through asnDiagOn, so that a disabled line costs one test.
+/// they read.
 int32_t asnSetDiag(int32_t value);
-extern int32_t asnDiagSwitch;
-inline bool asnDiagOn() {
-    return asnDiagSwitch != 0;
-}
+bool asnDiagOn();
 #if defined(__GNUC__)
 __attribute__((format(printf, 1, 2), cold))
 #endif

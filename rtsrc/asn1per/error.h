@@ -9,6 +9,7 @@
 using AsnStatus = int32_t;
 
 constexpr AsnStatus kAsnOk = 0;
+constexpr AsnStatus kAsnExtended = 1;          // a choice is not of the root
 constexpr AsnStatus kAsnFragment = 2;          // a length of a multiple of 16384, more follows
 constexpr AsnStatus kAsnEndOfData = -2;        // fewer bits left than wanted
 constexpr AsnStatus kAsnInvalidObjectId = -4;  // more than 128 arcs
@@ -68,12 +69,13 @@ void asnLogErrorCb(AsnErrorInfo& errInfo, void (*callback)(const char* text, voi
 /// Trail line numbers: all run-time sources log under one module name, so each has a thousand
 /// numbers of its own and adds its line within them.
 enum class AsnLogBase : int32_t {
-    bits = 1000,
+    reader = 1000,
     numbers = 2000,
     strings = 3000,
     objid = 4000,
     real = 5000,
     opentypes = 6000,
     constructs = 7000,
+    lengths = 8000,
 };
 constexpr const char* kAsnRuntime = "rtsrc/asn1per";

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <bit>
+#include <utility>
 
 #include "bits.h"
 
@@ -21,19 +22,27 @@ constexpr uint32_t asnBitCount(uint32_t number) {
 /// octets. Returns 0 or -2.
 [[nodiscard]] AsnStatus pd_ConsWholeNumber(AsnContext& ctx, uint32_t* offset, uint32_t rangeSize);
 
+/// pd_ConsInteger for ranges of 256 values, of up to 65536, and of any size.
+[[nodiscard]] AsnStatus asnConsOctet(AsnContext& ctx, int32_t* value, int32_t lower);
+[[nodiscard]] AsnStatus asnConsTwoOctets(AsnContext& ctx, int32_t* value, int32_t lower,
+                                         uint32_t rangeSize);
+[[nodiscard]] AsnStatus asnConsAny(AsnContext& ctx, int32_t* value, int32_t lower, int32_t upper);
+
 /// INTEGER (lower..upper). Equal bounds read nothing. Returns 0, -2, or -24 (lower > upper, not
 /// logged).
-[[nodiscard]] AsnStatus pd_ConsInteger(AsnContext& ctx, int32_t* value, int32_t lower,
-                                       int32_t upper);
+[[nodiscard]] inline AsnStatus pd_ConsInteger(AsnContext& ctx, int32_t* value, int32_t lower,
+                                              int32_t upper) {
+    const int64_t rangeSize = int64_t{upper} - lower + 1;  // known to the compiler, as a rule
+    if (rangeSize == 256) return asnConsOctet(ctx, value, lower);
+    if (rangeSize > 256 && rangeSize <= 65536)
+        return asnConsTwoOctets(ctx, value, lower, static_cast<uint32_t>(rangeSize));
+    return asnConsAny(ctx, value, lower, upper);
+}
 
 /// The same unsigned: INTEGER ranges above 2^31 - 1, CHOICE and ENUMERATED indexes. The full 32-bit
 /// range counts as one value less, which asks for the same bits. Returns 0 or -2.
 [[nodiscard]] AsnStatus pd_ConsUnsigned(AsnContext& ctx, uint32_t* value, uint32_t lower,
                                         uint32_t upper);
-
-/// Reads the index of a root alternative into the tag (index + 1). Returns 0, -2, or -11 for an
-/// index beyond the root, not logged.
-[[nodiscard]] AsnStatus pd_RootAlternative(AsnContext& ctx, uint32_t& t, uint32_t roots);
 
 /// INTEGER (lower..upper, ...): one extension bit, then the constrained number or, where the bit is
 /// set, an unconstrained one (X.691 12.1). Returns 0 or -2.
@@ -68,4 +77,12 @@ constexpr uint32_t asnBitCount(uint32_t number) {
 AsnStatus pd_SetSizeConstraint(AsnContext& ctx, const AsnSizeConstraint* chain);
 
 /// The first record of the chain for root (0) or extended (1) sizes, or null.
-const AsnSizeConstraint* asnFindSize(const AsnSizeConstraint* chain, uint8_t extended);
+inline const AsnSizeConstraint* asnFindSize(const AsnSizeConstraint* chain, uint32_t extended) {
+    while (chain != nullptr && (chain->extended != 0) != (extended != 0)) chain = chain->next;
+    return chain;
+}
+
+/// The pending constraint, which is then no longer pending.
+inline const AsnSizeConstraint* asnTakeSizeConstraint(AsnContext& ctx) {
+    return std::exchange(ctx.sizeConstraint, nullptr);
+}

@@ -1,41 +1,54 @@
 #include "objid.h"
 
-#include "numbers.h"
-#include "trace.h"
+#include "lengths.h"
 
 namespace {
 
-constexpr AsnLogger logError{AsnLogBase::objid};
+constexpr AsnLogger kLogError{AsnLogBase::objid};
 constexpr uint32_t kMaxContents = 300;
 constexpr uint32_t kMaxArcs = 128;
 
-}  // namespace
-
-AsnStatus pd_ObjectId(AsnContext& ctx, AsnObjId& value) {
+/// The contents where they stand, else copied.
+template <class In>
+AsnStatus objectId(In& in, AsnObjId& value) {
     uint32_t length = 0;
-    AsnStatus status = pd_Length(ctx, &length);
-    if (status < 0) return logError(ctx, status);
-    pu_newField(ctx, "ObjectID");
-    uint8_t contents[kMaxContents];
-    status = pd_octets(ctx, contents, sizeof contents, length * 8);
-    if (status != kAsnOk) return logError(ctx, status);
-    pu_setFldBitCount(ctx);
+    AsnStatus status = asnPlainLength(in, length);
+    if (status < 0) return in.fail(kLogError, status);
+    in.openField("ObjectID");
+    if (in.bitsLeft() < int64_t{length} * 8) return in.fail(kLogError, kAsnEndOfData);
+    if (length > kMaxContents) return in.fail(kLogError, kAsnTooLong);
+    const uint8_t* contents = in.here();
+    uint8_t copy[kMaxContents];
+    if (in.atBoundary()) {
+        if (length != 0) in.moveOctets(length);
+    } else {
+        (void)in.octets(copy, sizeof copy, length * 8);
+        contents = copy;
+    }
+    in.closeField();
     AsnOctetReader reader{contents, length, 0};
     status = asnDecObjIdContents(reader, value, length);
-    return status == kAsnOk ? status : logError(ctx, status);
+    return status == kAsnOk ? status : in.fail(kLogError, status);
+}
+
+}  // namespace
+
+[[gnu::flatten]] AsnStatus pd_ObjectId(AsnContext& ctx, AsnObjId& value) {
+    return asnRead(ctx, [to = &value](auto& in) { return objectId(in, *to); });
 }
 
 AsnStatus asnDecObjIdContents(AsnOctetReader& reader, AsnObjId& value, uint32_t length) {
     const uint32_t start = reader.index;
+    uint32_t index = start;
     uint32_t count = 0;
-    while (reader.index - start < length) {
+    while (index - start < length) {
         uint32_t arc = 0;
-        uint8_t octet = 0;
-        do {
-            if (reader.index >= reader.size) return kAsnEndOfData;
-            octet = reader.data[reader.index++];
-            arc = arc << 7 | (octet & 0x7FU);
-        } while ((octet & 0x80) != 0);
+        uint32_t octet = 0x80;
+        while (octet >= 0x80) {
+            if (index >= reader.size) return kAsnEndOfData;
+            octet = reader.data[index++];
+            arc = arc << 7 | (octet & 0x7F);
+        }
         if (count == 0) {
             const uint32_t top = arc < 80 ? arc / 40 : 2;
             value.subid[count++] = top;
@@ -43,11 +56,10 @@ AsnStatus asnDecObjIdContents(AsnOctetReader& reader, AsnObjId& value, uint32_t 
         }
         if (count == kMaxArcs) return kAsnInvalidObjectId;
         value.subid[count++] = arc;
-        value.numids = static_cast<int32_t>(count);
     }
-    if (reader.index - start != length) return kAsnInvalidLength;
+    reader.index = index;
     value.numids = static_cast<int32_t>(count);
-    return kAsnOk;
+    return index - start == length ? kAsnOk : kAsnInvalidLength;
 }
 
 static_assert(__LINE__ < 1000, "trail lines of two source files would meet");

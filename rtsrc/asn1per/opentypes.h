@@ -10,7 +10,9 @@ struct AsnOpenType {
     const uint8_t* data;
 };
 
-/// Reads a length and that many octets, as pd_OctetsInPlace does. Returns 0, -2 or -12, logged.
+/// Reads a length and that many octets: `data` points to where they stand, or to a copy in the
+/// element heap where they are fragmented or not at an octet boundary. Returns 0, -2 or -12,
+/// logged.
 [[nodiscard]] AsnStatus pd_OpenType(AsnContext& ctx, const uint8_t** data, uint32_t* numocts);
 
 /// The extension additions of a SEQUENCE that knows none, once its extension bit was read as 1:

@@ -7,12 +7,11 @@
 #include <cstring>
 #include <limits>
 
-#include "numbers.h"
-#include "trace.h"
+#include "lengths.h"
 
 namespace {
 
-constexpr AsnLogger logError{AsnLogBase::real};
+constexpr AsnLogger kLogError{AsnLogBase::real};
 
 /// X.690 8.5.7: sign, base, scale factor and length of the exponent, exponent, mantissa.
 AsnStatus decodeBinary(const uint8_t* contents, uint32_t length, double* value) {
@@ -107,12 +106,12 @@ AsnStatus asnDecRealContents(const uint8_t* contents, uint32_t length, double* v
 AsnStatus pd_Real(AsnContext& ctx, double* value) {
     uint32_t length = 0;
     AsnStatus status = pd_Length(ctx, &length);
-    if (status < 0) return logError(ctx, status);
+    if (status < 0) return kLogError(ctx, status);
     pu_newField(ctx, "Real");
     if (ctx.byteIndex > ctx.size || length > ctx.size - ctx.byteIndex)
-        return logError(ctx, kAsnEndOfData);
+        return kLogError(ctx, kAsnEndOfData);
     status = asnDecRealContents(ctx.data + ctx.byteIndex, length, value);
-    if (status != kAsnOk) return logError(ctx, status);
+    if (status != kAsnOk) return kLogError(ctx, status);
     ctx.byteIndex += length;
     pu_setFldBitCount(ctx);
     return kAsnOk;

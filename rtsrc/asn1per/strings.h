@@ -46,9 +46,9 @@ struct Asn16BitCharSet {
 [[nodiscard]] AsnStatus pd_DynBitString(AsnContext& ctx, AsnDynBitStr& value);
 [[nodiscard]] AsnStatus pd_DynOctetString(AsnContext& ctx, AsnDynOctStr& value);
 
-/// An OCTET STRING of any size where it stands: `data` receives a pointer into the octets read, or
-/// into a copy in the element heap where the string is fragmented or not at an octet boundary.
-[[nodiscard]] AsnStatus pd_OctetsInPlace(AsnContext& ctx, const uint8_t** data, uint32_t* numocts);
+/// pd_DynOctetString without a size constraint, behind its first length, which was read as `form`.
+[[nodiscard]] AsnStatus asnCopyOctets(AsnContext& ctx, AsnStatus form, uint32_t length,
+                                      AsnDynOctStr& value);
 
 /// The 8-bit character strings. `text` receives NUL-terminated text in the element heap;
 /// `permitted` is the permitted alphabet as text, or null. Return 0, -2, -12, -23 for a character

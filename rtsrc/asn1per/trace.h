@@ -1,5 +1,4 @@
 // The bit-field trace: where in the message each primitive field began and how many bits it took.
-// While ctxFieldTrace is clear, each call costs one test.
 #pragma once
 
 #include "bits.h"
@@ -14,6 +13,9 @@ inline bool pu_traceOn(const AsnContext& ctx) {
 inline AsnBitField* pu_newField(AsnContext& ctx, const char* label) {
     return pu_traceOn(ctx) ? pu_openField(ctx, label) : nullptr;
 }
+
+/// Moves the start of the current field to the cursor.
+void pu_setFldBitOffset(AsnContext& ctx);
 
 /// Closes the current field at the cursor.
 [[gnu::cold]] void pu_closeField(AsnContext& ctx);
