@@ -10,8 +10,9 @@ void* payload(AsnMemBlock* block, uint32_t at) {
     return reinterpret_cast<unsigned char*>(block + 1) + at;
 }
 
-uint32_t room(const AsnMemBlock* block) {
-    return kAsnBlockPayload - block->used;
+uint32_t room(const AsnMemHeap& heap, const AsnMemBlock* block) {
+    const size_t size = block == heap.lent ? sizeof AsnMemFirstBlock::payload : kAsnBlockPayload;
+    return static_cast<uint32_t>(size) - block->used;
 }
 
 void* take(AsnMemBlock* block, uint32_t size) {
@@ -24,19 +25,18 @@ void* take(AsnMemBlock* block, uint32_t size) {
 AsnMemBlock* addBlock(AsnMemHeap& heap, size_t payloadSize, uint32_t used) {
     auto* const block = static_cast<AsnMemBlock*>(std::malloc(sizeof(AsnMemBlock) + payloadSize));
     if (block == nullptr) return nullptr;
-    if (heap.newest != nullptr) heap.roomBehind = std::max(heap.roomBehind, room(heap.newest));
     block->next = heap.newest;
     block->used = used;
     heap.newest = block;
     return block;
 }
 
-/// First fit behind the newest block. A walk in vain brings the bound down to the truth.
+/// First fit behind the newest standard block. A walk in vain brings the bound down to the truth.
 void* takeBehind(AsnMemHeap& heap, uint32_t size) {
     uint32_t widest = 0;
-    for (AsnMemBlock* block = heap.newest->next; block != nullptr; block = block->next) {
-        if (room(block) >= size) return take(block, size);
-        widest = std::max(widest, room(block));
+    for (AsnMemBlock* block = heap.filled->next; block != nullptr; block = block->next) {
+        if (room(heap, block) >= size) return take(block, size);
+        widest = std::max(widest, room(heap, block));
     }
     heap.roomBehind = widest;
     return nullptr;
@@ -52,11 +52,16 @@ void* asnMemAllocElsewhere(AsnMemHeap& heap, size_t nbytes) {
         return block != nullptr ? payload(block, 0) : nullptr;
     }
     const auto size = static_cast<uint32_t>(rounded);
-    if (heap.newest != nullptr && heap.roomBehind >= size) {
+    if (heap.filled != nullptr && heap.roomBehind >= size) {
         if (void* const memory = takeBehind(heap, size)) return memory;
     }
     AsnMemBlock* const block = addBlock(heap, kAsnBlockPayload, size);
-    return block != nullptr ? payload(block, 0) : nullptr;
+    if (block == nullptr) return nullptr;
+    if (heap.filled != nullptr)
+        heap.roomBehind = std::max(heap.roomBehind, room(heap, heap.filled));
+    heap.filled = block;
+    heap.filledPayload = kAsnBlockPayload;
+    return payload(block, 0);
 }
 
 void* asnMemAlloc(AsnMemHeap& heap, size_t nbytes) {

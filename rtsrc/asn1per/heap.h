@@ -14,19 +14,22 @@ struct alignas(8) AsnMemBlock {
 /// Payload octets of a standard block.
 constexpr uint32_t kAsnBlockPayload = 4088;
 
+/// A first block in memory of the caller's, with room for a message whose records hold a key of
+/// 65535 octets, as those that open a logical channel do.
+struct AsnMemFirstBlock {
+    AsnMemBlock block;
+    unsigned char payload[72 * 1024];
+};
+
 /// Zeroed memory is an empty heap. Values are never freed one by one: `asnMemRelease` frees all.
 struct AsnMemHeap {
     AsnMemBlock* newest;
-    /// No block behind the newest has more room than this. Without the bound, each new block of a
-    /// large message walks the whole chain in vain, and decoding becomes quadratic.
+    AsnMemBlock* filled;     // the newest block but for oversized ones, which are full
+    uint32_t filledPayload;  // payload octets of that block
+    /// No block behind that has more room than this. Without the bound, each new block of a large
+    /// message walks the whole chain in vain, and decoding becomes quadratic.
     uint32_t roomBehind;
-    const AsnMemBlock* lent;  // a block that is not the heap's to free, or null
-};
-
-/// A standard block in memory of the caller's.
-struct AsnMemFirstBlock {
-    AsnMemBlock block;
-    unsigned char payload[kAsnBlockPayload];
+    const AsnMemBlock* lent;  // an AsnMemFirstBlock, which is not the heap's to free, or null
 };
 
 /// Puts the caller's block into an empty heap, whose first it then is: most messages need no other.
@@ -34,10 +37,12 @@ struct AsnMemFirstBlock {
 inline void asnMemLend(AsnMemHeap& heap, AsnMemFirstBlock& first) {
     first.block = {nullptr, 0};
     heap.newest = &first.block;
+    heap.filled = &first.block;
+    heap.filledPayload = sizeof first.payload;
     heap.lent = &first.block;
 }
 
-/// asnMemAllocRaw where the newest block has no room.
+/// asnMemAllocRaw where the newest standard block has no room.
 void* asnMemAllocElsewhere(AsnMemHeap& heap, size_t nbytes);
 
 /// Hands out `nbytes` octets, 8-octet aligned, from the newest block with room, else from a new
@@ -45,8 +50,8 @@ void* asnMemAllocElsewhere(AsnMemHeap& heap, size_t nbytes);
 /// caller that writes every octet that can be read. Null where the general allocator gives nothing:
 /// the chain is then as before, and the caller logs and returns -12.
 inline void* asnMemAllocRaw(AsnMemHeap& heap, size_t nbytes) {
-    AsnMemBlock* const block = heap.newest;
-    if (block == nullptr || nbytes > kAsnBlockPayload - block->used)
+    AsnMemBlock* const block = heap.filled;
+    if (block == nullptr || nbytes > heap.filledPayload - block->used)
         return asnMemAllocElsewhere(heap, nbytes);
     void* const memory = reinterpret_cast<unsigned char*>(block + 1) + block->used;
     block->used += static_cast<uint32_t>(nbytes + 7) & ~uint32_t{7};
