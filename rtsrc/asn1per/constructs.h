@@ -21,7 +21,7 @@
 /// pd_Flags where the bits are not all in the current octet, or somebody watches.
 uint32_t asnFlags(AsnContext& ctx, uint32_t count);
 
-/// `count` extension and presence bits, at most 32, as a word: the first one read is bit 0. The
+/// `count` extension and presence bits, 1 to 32, as a word: the first one read is bit 0. The
 /// status of their read is dropped: a bit beyond the end counts as 0, and the next read that is
 /// examined fails.
 inline uint32_t pd_Flags(AsnContext& ctx, uint32_t count) {

@@ -15,18 +15,18 @@ AsnStatus objectId(In& in, AsnObjId& value) {
     AsnStatus status = asnPlainLength(in, length);
     if (status < 0) return in.fail(kLogError, status);
     in.openField("ObjectID");
-    if (in.bitsLeft() < int64_t{length} * 8) return in.fail(kLogError, kAsnEndOfData);
-    if (length > kMaxContents) return in.fail(kLogError, kAsnTooLong);
-    const uint8_t* contents = in.here();
+    AsnOctetReader reader{in.here(), length, 0};
     uint8_t copy[kMaxContents];
-    if (in.atBoundary()) {
-        if (length != 0) in.moveOctets(length);
+    if (in.atBoundary() && length != 0) {
+        if (in.bitsLeft() < int64_t{length} * 8) return in.fail(kLogError, kAsnEndOfData);
+        if (length > kMaxContents) return in.fail(kLogError, kAsnTooLong);
+        in.moveOctets(length);
     } else {
-        (void)in.octets(copy, sizeof copy, length * 8);
-        contents = copy;
+        status = in.octets(copy, sizeof copy, length * 8);
+        if (status != kAsnOk) return in.fail(kLogError, status);
+        reader.data = copy;
     }
     in.closeField();
-    AsnOctetReader reader{contents, length, 0};
     status = asnDecObjIdContents(reader, value, length);
     return status == kAsnOk ? status : in.fail(kLogError, status);
 }

@@ -77,7 +77,7 @@ class AsnReader {
         return value;
     }
 
-    /// `count` of them, at most 32, as a word, the first one read as bit 0.
+    /// `count` of them, 1 to 32, as a word, the first one read as bit 0.
     uint32_t flags(uint32_t count) {
         uint32_t word = 0;
         for (uint32_t done = 0;; unread_ = 0) {
@@ -87,9 +87,10 @@ class AsnReader {
             if (unread_ == 0) unread_ = 8;
             const uint32_t octet =
                 kAsnReversed[static_cast<uint8_t>(data_[index] << (8 - unread_))];
-            if (count - done <= unread_) {
-                unread_ -= count - done;
-                return word | (octet & ((1U << (count - done)) - 1)) << done;
+            const uint32_t wanted = count - done;  // 1 at least
+            if (wanted <= unread_) {
+                unread_ -= wanted;
+                return word | (octet & ((2U << (wanted - 1)) - 1)) << done;
             }
             word |= octet << done;
             done += unread_;
@@ -217,6 +218,7 @@ class AsnWatchedReader : public AsnReader {
         store(ctx_);
         pu_setFldBitCount(ctx_);
     }
+    void tell(const char* text) const { asnDiag("%s", text); }
     template <class... Values>
     void tell(const char* format, Values... values) const {
         asnDiag(format, values...);
