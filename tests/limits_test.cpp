@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <random>
+#include <sstream>
 
 #include "allocation.h"
 #include "asn1per/typetable.h"
@@ -106,6 +107,48 @@ TEST(Limits, ADumpIsAFunctionOfOctetsAndVariantAlone) {
             EXPECT_EQ(texts[0], texts[1]) << type->name;
         }
     EXPECT_GT(printed, 1000);
+}
+
+/// All that a decode says, in one text.
+std::string outcome(const AsnTypeInfo& type, const Octets& octets, bool aligned, bool traced) {
+    const std::unique_ptr<uint64_t[]> value(new uint64_t[type.size / 8 + 1]());
+    Decoding decoding(octets, aligned);
+    if (traced) asnSetFieldTrace(decoding.ctx, 1);
+    const AsnStatus status = type.decode(decoding.ctx, value.get());
+    const AsnErrorInfo& error = decoding.ctx.errInfo;
+    std::ostringstream text;
+    text << type.name << ' ' << status << ' ' << error.status << " at " << decoding.ctx.byteIndex
+         << ' ' << decoding.ctx.bitOffset;
+    for (int32_t i = 0; i < error.trailCount; ++i)
+        text << ' ' << error.trail[i].module << ':' << error.trail[i].line;
+    if (status == kAsnOk)
+        text << '\n' << dumped([&](AsnDump& dump) { type.print(dump, value.get()); });
+    return text.str();
+}
+
+TEST(Limits, NoDecodeChangesForBeingWatched) {
+    // Primitives run with another reader while the trace is on. Nothing is traced in this process
+    // before all have run with the plain one.
+    std::mt19937 random(691);
+    std::vector<Octets> inputs;
+    for (int i = 0; i < 60; ++i) {
+        Octets octets(random() % 60);
+        for (uint8_t& octet : octets)
+            octet = static_cast<uint8_t>(i % 3 == 0 ? random() : random() & random());
+        inputs.push_back(octets);
+    }
+    std::vector<std::string> outcomes;
+    for (const bool traced : {false, true}) {
+        size_t at = 0;
+        for (const AsnTypeInfo* type : allTypes())
+            for (size_t i = 0; i < inputs.size(); ++i) {
+                const std::string text = outcome(*type, inputs[i], i % 2 == 0, traced);
+                if (traced)
+                    ASSERT_EQ(outcomes[at++], text) << "input " << i;
+                else
+                    outcomes.push_back(text);
+            }
+    }
 }
 
 TEST(Limits, EveryAllocationMayFail) {

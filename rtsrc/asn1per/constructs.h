@@ -84,7 +84,10 @@ using AsnAdditionDecoder = AsnStatus (*)(AsnContext& ctx, void* record, uint32_t
     uint32_t index = 0;
     if (!asnPeekInOctet(ctx, nbits, index) || index >= roots)
         return asnExtAlternative(ctx, t, roots);
-    asnSkipNumber(ctx, nbits);
+    if (roots > 1)
+        asnSkipNumber(ctx, nbits);
+    else
+        asnSkipFlags(ctx, nbits);  // the extension bit alone
     *t = index + 1;
     return kAsnOk;
 }

@@ -145,10 +145,12 @@ AsnStatus dynamicString(In& in, const AsnSizeConstraint* size, uint32_t* count, 
 }
 
 /// Where a character string begins: length, alignment, and a check that its characters are there.
+/// A fragmented string is refused with kAsnFragment, which the caller of the reader logs.
 template <class In>
 AsnStatus beginCharacters(In& in, const AsnSizeConstraint* size, const char* label, uint32_t& count,
                           uint32_t bits) {
     AsnStatus status = asnLength(in, size, count);
+    if (status == kAsnFragment) return status;
     if (status != kAsnOk) return in.fail(kLogError, status);
     in.openField(label);
     if (in.aligned()) status = in.align();
@@ -163,6 +165,7 @@ AsnStatus constrainedString(In& in, const AsnSizeConstraint* size, const char** 
     const bool indexed = bits < set.charSetBits || set.charSetBits < 5;
     uint32_t count = 0;
     AsnStatus status = beginCharacters(in, size, "CharString", count, bits);
+    if (status == kAsnFragment) return status;
     if (status != kAsnOk) return in.fail(kLogError, status);
     auto* const out = static_cast<uint8_t*>(asnMemAllocRaw(in.ctx().memHeap, size_t{count} + 1));
     if (out == nullptr) return in.fail(kLogError, kAsnNoMemory);
@@ -191,6 +194,7 @@ AsnStatus constrained16BitString(In& in, const AsnSizeConstraint* size, AsnBMPSt
                                  const Asn16BitCharSet& set) {
     const uint32_t bits = in.aligned() ? set.alignedBits : set.unalignedBits;
     AsnStatus status = beginCharacters(in, size, "BMPString", value.nchars, bits);
+    if (status == kAsnFragment) return status;
     if (status != kAsnOk) return in.fail(kLogError, status);
     value.data = static_cast<uint16_t*>(asnMemAllocRaw(in.ctx().memHeap, size_t{value.nchars} * 2));
     if (value.data == nullptr) return in.fail(kLogError, kAsnNoMemory);
@@ -284,9 +288,10 @@ AsnStatus pd_86CharString(AsnContext& ctx, const char** text, const char* permit
 
 [[gnu::flatten]] AsnStatus pd_ConstrainedString(AsnContext& ctx, const char** text,
                                                 const AsnCharSet& set) {
-    return asnReadSized(ctx, [=, set = &set](auto& in, auto* size) {
+    const AsnStatus status = asnReadSized(ctx, [=, set = &set](auto& in, auto* size) {
         return constrainedString(in, size, text, *set);
     });
+    return status == kAsnFragment ? kLogError(ctx, status) : status;
 }
 
 AsnStatus pd_BMPString(AsnContext& ctx, AsnBMPString& value, const Asn16BitAlphabet* permitted) {
@@ -301,9 +306,10 @@ AsnStatus pd_BMPString(AsnContext& ctx, AsnBMPString& value, const Asn16BitAlpha
 
 [[gnu::flatten]] AsnStatus pd_16BitConstrainedString(AsnContext& ctx, AsnBMPString& value,
                                                      const Asn16BitCharSet& set) {
-    return asnReadSized(ctx, [to = &value, set = &set](auto& in, auto* size) {
+    const AsnStatus status = asnReadSized(ctx, [to = &value, set = &set](auto& in, auto* size) {
         return constrained16BitString(in, size, *to, *set);
     });
+    return status == kAsnFragment ? kLogError(ctx, status) : status;
 }
 
 static_assert(__LINE__ < 1000, "trail lines of two source files would meet");
