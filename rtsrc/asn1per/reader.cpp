@@ -52,7 +52,10 @@ uint32_t AsnWatchedReader::flag() {
 
 uint32_t AsnWatchedReader::flags(uint32_t count) {
     AsnWatchedReader each = *this;
-    for (uint32_t i = 0; i < count; ++i) (void)each.flag();
+    uint32_t told = 0;
+    do {
+        (void)each.flag();
+    } while (++told < count);
     return AsnReader::flags(count);
 }
 
