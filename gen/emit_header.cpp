@@ -63,10 +63,11 @@ class HeaderEmitter {
 
     void sequence(const Type& type) {
         out_(0, "struct " + type.cppName + " {");
+        // Those of the root as they stand in the word read, whose lowest bit is the last one.
         std::vector<const Member*> flags;
-        for (const auto* members : {&type.root, &type.additions})
-            for (const Member& member : *members)
-                if (member.optional) flags.push_back(&member);
+        for (const Member& member : type.root)
+            if (member.optional) flags.insert(flags.begin(), &member);
+        for (const Member& member : type.additions) flags.push_back(&member);
         if (!flags.empty()) {
             out_(1, "struct {");
             for (const Member* flag : flags) out_(2, "uint32_t " + flag->cppName + "Present : 1;");

@@ -12,8 +12,8 @@
 //   BMPString                  AsnBMPString
 //   OBJECT IDENTIFIER          AsnObjId
 //   open type                  AsnOpenType
-//   SEQUENCE                   struct: presence bits `m` of optional components and additions,
-//   where
+//   SEQUENCE                   struct: presence bits `m` of optional components, as they stand in
+//                              the number read, so the last one first, and of additions, where
 //                              there are any; the components; `extElem1`, the additions as octets,
 //                              where the type is extensible and knows none
 //   CHOICE                     struct: the tag `t`, 1 for the first alternative; the union `u`,

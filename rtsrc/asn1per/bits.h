@@ -5,8 +5,6 @@
 // the buffer.
 #pragma once
 
-#include <array>
-
 #include "context.h"
 
 /// Absolute bit position of the cursor, and the bits from there to the end of the data (negative
@@ -59,15 +57,6 @@ inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
 
 // --- what callers run inline ---
 
-/// Every octet with its bits in the opposite order.
-inline constexpr std::array<uint8_t, 256> kAsnReversed = [] {
-    std::array<uint8_t, 256> reversed{};
-    for (uint32_t octet = 0; octet < 256; ++octet)
-        for (uint32_t bit = 0; bit < 8; ++bit)
-            if ((octet >> bit & 1) != 0) reversed[octet] |= static_cast<uint8_t>(0x80U >> bit);
-    return reversed;
-}();
-
 /// The next `nbits` bits, where they stand in the current octet, as those of most fields do, and
 /// nobody watches. The cursor stays.
 inline bool asnPeekInOctet(const AsnContext& ctx, uint32_t nbits, uint32_t& value) {
@@ -89,4 +78,16 @@ inline void asnSkipNumber(AsnContext& ctx, uint32_t nbits) {
         ++ctx.byteIndex;
         ctx.bitOffset = 8;
     }
+}
+
+/// Moves over octets at the next octet boundary of the ALIGNED variant and returns them, where they
+/// are there and nobody watches. Else the cursor stays, and what is returned is null.
+inline const uint8_t* asnTakeOctets(AsnContext& ctx, uint32_t octets) {
+    const uint64_t index = uint64_t{ctx.byteIndex} + (ctx.bitOffset != 8 ? 1 : 0);
+    if (ctx.aligned == 0 || index + octets > ctx.size ||
+        asnEverWatched.load(std::memory_order_relaxed))
+        return nullptr;
+    ctx.byteIndex = static_cast<uint32_t>(index + octets);
+    ctx.bitOffset = 8;
+    return ctx.data + index;
 }

@@ -10,15 +10,29 @@ namespace {
 
 constexpr AsnLogger kLogError{AsnLogBase::constructs};
 
-/// Reads an open type and puts the cursor at its start; `saved` receives the place behind it.
-AsnStatus enterOpenType(AsnContext& ctx, AsnContext& saved) {
-    const uint8_t* data = nullptr;
-    uint32_t numocts = 0;
-    const AsnStatus status = pd_OpenType(ctx, &data, &numocts);
-    if (status != kAsnOk) return status;
-    asnCopyCursor(saved, ctx);
-    asnBindOpenType(ctx, data, numocts);
+/// The bitmap of additions: the first 32, bit 31 for index 0, and how many of the others are
+/// there, which no type knows.
+template <class In>
+AsnStatus bitmap(In& in, uint32_t* present, uint32_t* beyond) {
+    uint32_t last = 0;
+    AsnStatus status = asnSmallNumber(in, last);
+    if (status != kAsnOk) return in.fail(kLogError, status);
+    const int64_t count = int64_t{last} + 1;
+    In bits = in;
+    status = in.move(count);
+    if (status != kAsnOk) return in.fail(kLogError, status);
+    const auto first = static_cast<uint32_t>(std::min<int64_t>(count, 32));
+    *present = bits.flags(first) << (32 - first);
+    *beyond = 0;
+    for (int64_t read = 32; read < count; read += 32)
+        *beyond += static_cast<uint32_t>(
+            std::popcount(bits.flags(static_cast<uint32_t>(std::min<int64_t>(count - read, 32)))));
     return kAsnOk;
+}
+
+[[gnu::flatten, gnu::noinline]] AsnStatus readBitmap(AsnContext& ctx, uint32_t* present,
+                                                     uint32_t* beyond) {
+    return asnRead(ctx, [=](auto& in) { return bitmap(in, present, beyond); });
 }
 
 /// An index below 256 alternatives, as pd_ConsUnsigned reads it.
@@ -41,29 +55,24 @@ AsnStatus rootAlternative(In& in, uint32_t* t, uint32_t roots) {
 }
 
 AsnStatus pd_Additions(AsnContext& ctx, void* record, AsnAdditionDecoder decode) {
-    uint32_t last = 0;
-    AsnStatus status = pd_SmallNonNegWholeNumber(ctx, &last);
-    if (status != kAsnOk) return kLogError(ctx, status);
-    const int64_t count = int64_t{last} + 1;
-
-    AsnContext bitmap;
-    asnCopyCursor(bitmap, ctx);
-    bitmap.flags = 0;
-    status = pd_moveBitCursor(ctx, count);
-    if (status != kAsnOk) return kLogError(ctx, status);
-    for (int64_t first = 0; first < count; first += 32) {
-        uint32_t present =
-            pd_Flags(bitmap, static_cast<uint32_t>(std::min<int64_t>(count - first, 32)));
-        for (; present != 0; present &= present - 1) {
-            AsnContext saved;
-            status = enterOpenType(ctx, saved);
-            if (status != kAsnOk) return kLogError(ctx, status);
-            status = decode(
-                ctx, record,
-                static_cast<uint32_t>(first) + static_cast<uint32_t>(std::countr_zero(present)));
-            if (status != kAsnOk) return status;
-            asnCopyCursor(ctx, saved);
-        }
+    uint32_t present = 0;
+    uint32_t beyond = 0;
+    AsnStatus status = readBitmap(ctx, &present, &beyond);
+    if (status != kAsnOk) return status;
+    AsnCursor behind;
+    while (present != 0) {
+        const auto index = static_cast<uint32_t>(std::countl_zero(present));
+        present &= ~(0x80000000U >> index);
+        status = asnEnterOpenType(ctx, behind);
+        if (status != kAsnOk) return kLogError(ctx, status);
+        status = decode(ctx, record, index);
+        if (status != kAsnOk) return status;
+        asnCopyCursor(ctx, behind);
+    }
+    for (; beyond != 0; --beyond) {
+        status = asnEnterOpenType(ctx, behind);
+        if (status != kAsnOk) return kLogError(ctx, status);
+        asnCopyCursor(ctx, behind);
     }
     return kAsnOk;
 }
@@ -92,13 +101,13 @@ AsnStatus pd_ExtensionAlternative(AsnContext& ctx, void* choice, uint32_t& t, ui
     t = index + roots + 1;
     status = pd_byteAlign(ctx);
     if (status != kAsnOk) return kLogError(ctx, status);
-    AsnContext saved;
-    status = enterOpenType(ctx, saved);
+    AsnCursor behind;
+    status = asnEnterOpenType(ctx, behind);
     if (status != kAsnOk) return kLogError(ctx, status);
     if (index >= known) return kAsnInvalidChoice;
     status = decode(ctx, choice);
     if (status != kAsnOk) return status;
-    asnCopyCursor(ctx, saved);
+    asnCopyCursor(ctx, behind);
     return kAsnOk;
 }
 

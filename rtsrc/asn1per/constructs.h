@@ -13,7 +13,11 @@
 
 /// BOOLEAN: 0 or 1. Returns 0, or -2, not logged.
 [[nodiscard]] inline AsnStatus pd_Boolean(AsnContext& ctx, uint8_t& value) {
-    return pd_bit(ctx, &value);
+    uint32_t bit = 0;
+    if (!asnPeekInOctet(ctx, 1, bit)) return pd_bit(ctx, &value);
+    asnSkipFlags(ctx, 1);
+    value = static_cast<uint8_t>(bit);
+    return kAsnOk;
 }
 
 // --- SEQUENCE ---
@@ -21,17 +25,18 @@
 /// pd_Flags where the bits are not all in the current octet, or somebody watches.
 uint32_t asnFlags(AsnContext& ctx, uint32_t count);
 
-/// `count` extension and presence bits, 1 to 32, as a word: the first one read is bit 0. The
-/// status of their read is dropped: a bit beyond the end counts as 0, and the next read that is
-/// examined fails.
+/// `count` extension and presence bits, 1 to 32, as a number, the first one read the most
+/// significant. The status of their read is dropped: a bit beyond the end counts as 0, and the next
+/// read that is examined fails.
 inline uint32_t pd_Flags(AsnContext& ctx, uint32_t count) {
     uint32_t bits = 0;
     if (!asnPeekInOctet(ctx, count, bits)) return asnFlags(ctx, count);
     asnSkipFlags(ctx, count);
-    return count == 1 ? bits : kAsnReversed[bits << (8 - count)];
+    return bits;
 }
 
-/// The presence bits of `count` optional components as the word `m`.
+/// The presence bits of `count` optional components as the word `m`, which declares the last one
+/// of them first, and bits of additions behind them.
 template <class Flags>
 void pd_PresenceBits(AsnContext& ctx, Flags& m, uint32_t count) {
     static_assert(sizeof m == sizeof(uint32_t));
@@ -44,9 +49,9 @@ template <class Flags>
 uint32_t pd_ExtPresenceBits(AsnContext& ctx, Flags& m, uint32_t count) {
     static_assert(sizeof m == sizeof(uint32_t));
     const uint32_t bits = pd_Flags(ctx, count + 1);
-    const uint32_t word = bits >> 1;
+    const uint32_t word = bits & ((1U << count) - 1);
     std::memcpy(&m, &word, sizeof word);
-    return bits & 1;
+    return bits >> count;
 }
 
 /// Ends a SEQUENCE that knows no additions: keeps those that came, or clears the record. Returns
@@ -79,7 +84,8 @@ using AsnAdditionDecoder = AsnStatus (*)(AsnContext& ctx, void* record, uint32_t
 
 /// The same as pd_RootAlternative behind an extension bit. Returns kAsnExtended where that is 1,
 /// and nothing more is read.
-[[nodiscard]] inline AsnStatus pd_ExtAlternative(AsnContext& ctx, uint32_t* t, uint32_t roots) {
+[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ExtAlternative(AsnContext& ctx, uint32_t* t,
+                                                                     uint32_t roots) {
     const uint32_t nbits = 1 + asnBitCount(roots - 1);
     uint32_t index = 0;
     if (!asnPeekInOctet(ctx, nbits, index) || index >= roots)
@@ -133,6 +139,9 @@ void* asnNewCleared(AsnContext& ctx, size_t count, size_t size);
 void* asnNewRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
                     size_t spans);
 
+/// Values up to this size are cleared where they are allocated: a call would cost more.
+constexpr size_t kAsnClearedInline = 64;
+
 /// The array of a list; a count of 0 gives an address all the same. Null: the caller logs.
 template <class T>
 T* asnNewElements(AsnContext& ctx, uint32_t count) {
@@ -148,7 +157,13 @@ T* asnNewElements(AsnContext& ctx, uint32_t count) {
 /// The value of a choice alternative. Null: logged with -12, which the caller returns.
 template <class T>
 T* asnNewValue(AsnContext& ctx) {
-    T* const value = asnNewElements<T>(ctx, 1);
+    T* value = nullptr;
+    if constexpr (sizeof(T) <= kAsnClearedInline) {
+        value = static_cast<T*>(asnMemAllocRaw(ctx.memHeap, sizeof(T)));
+        if (value != nullptr) *value = T{};
+    } else {
+        value = asnNewElements<T>(ctx, 1);
+    }
     if (value == nullptr) asnLogNoMemory(ctx);
     return value;
 }

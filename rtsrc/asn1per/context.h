@@ -39,20 +39,24 @@ struct AsnNameStack {
 constexpr uint16_t ctxAllocated = 0x8000;   // asnFreeContext frees the context object itself
 constexpr uint16_t ctxFieldTrace = 0x2000;  // the bit-field trace is on
 
-/// The cursor's bit position is byteIndex * 8 + 8 - bitOffset. (n, 0) and (n + 1, 8) are the same
-/// position, but spans of unknown extensions are counted in octet indexes: every primitive accepts
-/// both forms and leaves the one that it documents.
-struct AsnContext {
+/// Where a context reads, which it saves and restores around an open type. The bit position is
+/// byteIndex * 8 + 8 - bitOffset. (n, 0) and (n + 1, 8) are the same position, but spans of unknown
+/// extensions are counted in octet indexes: every primitive accepts both forms and leaves the one
+/// that it documents.
+struct AsnCursor {
     const uint8_t* data;  // the octets read; the caller's unless `dynamic`
     uint32_t byteIndex;   // the current octet
     uint32_t size;        // octets in `data`
     int16_t bitOffset;    // bits of the current octet not yet read: 8 .. 0
     uint8_t dynamic;      // 1: `data` is a buffer that the context allocated
     uint8_t aligned;      // 1: ALIGNED variant of PER, 0: UNALIGNED
+    uint16_t flags;       // ctxAllocated, ctxFieldTrace
+};
+
+struct AsnContext : AsnCursor {
     AsnErrorInfo errInfo;
     AsnMemHeap memHeap;
     uint16_t reserved;  // 0x0A0A
-    uint16_t flags;     // ctxAllocated, ctxFieldTrace
     AsnBitFieldList fieldList;
     const AsnSizeConstraint* sizeConstraint;  // applies to the next length read; null: none
     AsnNameStack nameStack;
@@ -84,16 +88,9 @@ inline void asnBindOpenType(AsnContext& ctx, const uint8_t* data, uint32_t numoc
 /// trace off. It owns nothing until something is allocated through it. Returns 0.
 AsnStatus asnForkContext(AsnContext& fork, const AsnContext& ctx);
 
-/// Copies data, byteIndex, size, bitOffset, dynamic, aligned and flags, nothing else: saves and
-/// restores the cursor around an open type.
-inline void asnCopyCursor(AsnContext& to, const AsnContext& from) {
-    to.data = from.data;
-    to.byteIndex = from.byteIndex;
-    to.size = from.size;
-    to.bitOffset = from.bitOffset;
-    to.dynamic = from.dynamic;
-    to.aligned = from.aligned;
-    to.flags = from.flags;
+/// Copies the cursor of a context and nothing else.
+inline void asnCopyCursor(AsnCursor& to, const AsnCursor& from) {
+    to = from;
 }
 
 /// Frees all that the context owns - decoded values, trace, error parameters, its own buffer - and

@@ -7,37 +7,42 @@ namespace {
 
 constexpr AsnLogger kLogError{AsnLogBase::opentypes};
 
-/// Reads the length, and gives the octets where they stand. Those of a fragment or not at an octet
-/// boundary are left to be copied: with kAsnFragment or kNotAtBoundary, `data` null.
-constexpr AsnStatus kNotAtBoundary = 1;
+/// Reads the length of an open type whose octets stand in place, which then follow. Where they are
+/// fragmented or not at an octet boundary they have to be copied: kAsnFragment or kNotInPlace.
+constexpr AsnStatus kNotInPlace = 1;
 
 template <class In>
-AsnStatus octetsInPlace(In& in, const uint8_t** data, uint32_t* numocts) {
-    *data = nullptr;
-    *numocts = 0;
-    uint32_t length = 0;
-    const AsnStatus form = asnPlainLength(in, length);
+AsnStatus inPlace(In& in, uint32_t& numocts) {
+    numocts = 0;
+    const AsnStatus form = asnPlainLength(in, numocts);
     if (form < 0) return in.fail(kLogError, form);
-    *numocts = length;
-    if (length == 0) return kAsnOk;
+    if (numocts == 0) return kAsnOk;
     if (form == kAsnFragment) return form;
-    if (!in.atBoundary()) return kNotAtBoundary;
-    if (in.bitsLeft() < int64_t{length} * 8) return in.fail(kLogError, kAsnEndOfData);
-    *data = in.here();
+    if (!in.atBoundary()) return kNotInPlace;
+    if (in.bitsLeft() < int64_t{numocts} * 8) return in.fail(kLogError, kAsnEndOfData);
     in.openField("OctetString");
-    in.moveOctets(length);
+    in.moveOctets(numocts);
     in.closeField();
     return kAsnOk;
 }
 
-[[gnu::noinline]] AsnStatus copyOctets(AsnContext& ctx, AsnStatus form, const uint8_t** data,
-                                       uint32_t* numocts) {
+[[gnu::noinline]] AsnStatus copied(AsnContext& ctx, AsnStatus form, const uint8_t** data,
+                                   uint32_t* numocts) {
     AsnDynOctStr copy{};
     const AsnStatus status =
         asnCopyOctets(ctx, form == kAsnFragment ? form : kAsnOk, *numocts, copy);
     *data = copy.data;
     *numocts = copy.numocts;
     return status == kAsnOk ? status : kLogError(ctx, status);
+}
+
+[[gnu::noinline]] AsnStatus enterCopy(AsnContext& ctx, AsnStatus form, uint32_t numocts,
+                                      AsnCursor& behind) {
+    const uint8_t* data = nullptr;
+    const AsnStatus status = copied(ctx, form, &data, &numocts);
+    asnCopyCursor(behind, ctx);
+    if (status == kAsnOk) asnBindOpenType(ctx, data, numocts);
+    return status;
 }
 
 /// Reads over one open type.
@@ -102,9 +107,28 @@ AsnStatus keepSpan(AsnContext& ctx, const uint8_t** data, uint32_t* numocts,
 }  // namespace
 
 [[gnu::flatten]] AsnStatus pd_OpenType(AsnContext& ctx, const uint8_t** data, uint32_t* numocts) {
-    const AsnStatus status =
-        asnRead(ctx, [=](auto& in) { return octetsInPlace(in, data, numocts); });
-    return status <= kAsnOk ? status : copyOctets(ctx, status, data, numocts);
+    const AsnStatus status = asnRead(ctx, [=](auto& in) {
+        const AsnStatus form = inPlace(in, *numocts);
+        *data = form == kAsnOk && *numocts != 0 ? in.here() - *numocts : nullptr;
+        return form;
+    });
+    return status <= kAsnOk ? status : copied(ctx, status, data, numocts);
+}
+
+[[gnu::flatten]] AsnStatus asnEnterOpenType(AsnContext& ctx, AsnCursor& behind) {
+    uint32_t toCopy = 0;
+    const AsnStatus status = asnRead(ctx, [toCopy = &toCopy, behind = &behind](auto& in) {
+        uint32_t numocts = 0;
+        const AsnStatus form = inPlace(in, numocts);
+        if (form == kAsnOk) {
+            in.save(*behind);
+            in.bindOpenType(in.here() - numocts, numocts);
+        } else {
+            *toCopy = numocts;
+        }
+        return form;
+    });
+    return status <= kAsnOk ? status : enterCopy(ctx, status, toCopy, behind);
 }
 
 AsnStatus pd_OpenTypeExt(AsnContext& ctx, const uint8_t** data, uint32_t* numocts) {

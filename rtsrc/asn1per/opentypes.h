@@ -15,6 +15,10 @@ struct AsnOpenType {
 /// logged.
 [[nodiscard]] AsnStatus pd_OpenType(AsnContext& ctx, const uint8_t** data, uint32_t* numocts);
 
+/// Reads an open type, and puts the cursor at its first octet; `behind` receives the place behind
+/// it. Returns as pd_OpenType.
+[[nodiscard]] AsnStatus asnEnterOpenType(AsnContext& ctx, AsnCursor& behind);
+
 /// The extension additions of a SEQUENCE that knows none, once its extension bit was read as 1:
 /// their bitmap and open types are read over. The record spans from the octet that holds the first
 /// bit of the bitmap's length to before the octet that holds the cursor afterwards, neighbouring

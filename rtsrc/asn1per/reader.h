@@ -47,9 +47,19 @@ class AsnReader {
     int64_t bitsLeft() const { return int64_t{size_} * 8 - position(); }
 
     /// Puts the cursor into a context over the same octets.
-    void store(AsnContext& ctx) const {
-        ctx.byteIndex = index_;
-        ctx.bitOffset = static_cast<int16_t>(unread_);
+    void store(AsnCursor& cursor) const {
+        cursor.byteIndex = index_;
+        cursor.bitOffset = static_cast<int16_t>(unread_);
+    }
+
+    /// asnCopyCursor of the cursor where it stands now.
+    void save(AsnCursor& cursor) const {
+        cursor.data = data_;
+        cursor.size = size_;
+        store(cursor);
+        cursor.dynamic = ctx_.dynamic;
+        cursor.aligned = ctx_.aligned;
+        cursor.flags = ctx_.flags;
     }
 
     /// How a primitive ends that failed.
@@ -77,23 +87,20 @@ class AsnReader {
         return value;
     }
 
-    /// `count` of them, 1 to 32, as a word, the first one read as bit 0.
+    /// `count` of them, 1 to 32, as a number, the first one read the most significant.
     uint32_t flags(uint32_t count) {
-        uint32_t word = 0;
-        for (uint32_t done = 0;; unread_ = 0) {
+        for (uint64_t word = 0;; unread_ = 0) {
             const uint32_t index = index_ + (unread_ == 0 ? 1 : 0);
-            if (index >= size_) return word;
+            if (index >= size_) return static_cast<uint32_t>(word << count);
             index_ = index;
             if (unread_ == 0) unread_ = 8;
-            const uint32_t octet =
-                kAsnReversed[static_cast<uint8_t>(data_[index] << (8 - unread_))];
-            const uint32_t wanted = count - done;  // 1 at least
-            if (wanted <= unread_) {
-                unread_ -= wanted;
-                return word | (octet & ((2U << (wanted - 1)) - 1)) << done;
+            const uint32_t octet = data_[index] & ((1U << unread_) - 1);
+            if (count <= unread_) {
+                unread_ -= count;
+                return static_cast<uint32_t>(word << count) | octet >> unread_;
             }
-            word |= octet << done;
-            done += unread_;
+            word = word << unread_ | octet;
+            count -= unread_;
         }
     }
 
@@ -152,6 +159,14 @@ class AsnReader {
         const int64_t limit = (int64_t{size_} + 1) * 8;
         setPosition(to < limit ? to : limit);
         return index_ <= size_ ? kAsnOk : kAsnEndOfData;
+    }
+
+    void bindOpenType(const uint8_t* data, uint32_t numocts) {
+        asnBindOpenType(ctx_, data, numocts);
+        data_ = data;
+        index_ = 0;
+        size_ = numocts;
+        unread_ = 8;
     }
 
     /// Moves behind octets that are known to be there.
