@@ -132,12 +132,15 @@ class DecoderEmitter {
 
     void simple(const Type& type) {
         begin(type);
-        registerSize(1, type);
         const uint64_t capacity = inlineCapacity(type);
+        const bool sized =
+            type.target == nullptr && capacity != 0 && type.kind == Kind::octetString;
+        if (!sized) registerSize(1, type);
         if (type.target != nullptr)
             out_(1, "return " + readCall(*type.target, "value") + ";");
-        else if (capacity != 0 && type.kind == Kind::octetString)
-            out_(1, "return pd_OctetString(ctx, &value.numocts, value.data, sizeof value.data);");
+        else if (sized)
+            out_(1, "return pd_SizedOctetString(ctx, " + sizeName(*type.size) +
+                        ", value.numocts, value.data);");
         else if (capacity != 0)
             out_(1, "return pd_BitString(ctx, &value.numbits, value.data, sizeof value.data);");
         else

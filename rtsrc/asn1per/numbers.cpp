@@ -6,35 +6,20 @@ namespace {
 
 constexpr AsnLogger kLogError{AsnLogBase::numbers};
 
-/// An integer, whose distance from the lower bound `readOffset` reads.
-template <class In, class ReadOffset>
-AsnStatus integer(In& in, int32_t* value, int32_t lower, ReadOffset readOffset) {
+template <class In>
+AsnStatus constrained(In& in, int32_t* value, int32_t lower, int32_t upper) {
     in.openField("ConsInteger");
+    if (lower > upper) return kAsnRange;
     uint32_t offset = 0;
-    const AsnStatus status = readOffset(offset);
+    AsnStatus status = kAsnOk;
+    if (lower != upper)
+        status = asnWholeNumber(in, offset,
+                                static_cast<uint32_t>(upper) - static_cast<uint32_t>(lower) + 1);
     if (status != kAsnOk) return in.fail(kLogError, status);
     *value = static_cast<int32_t>(static_cast<uint32_t>(lower) + offset);
     in.closeField();
     in.tell("pd_ConsInteger: decoded value is %d\n", static_cast<int>(*value));
     return kAsnOk;
-}
-
-template <class In>
-AsnStatus constrained(In& in, int32_t* value, int32_t lower, int32_t upper) {
-    if (lower > upper) {
-        in.openField("ConsInteger");
-        return kAsnRange;
-    }
-    const uint32_t rangeSize = static_cast<uint32_t>(upper) - static_cast<uint32_t>(lower) + 1;
-    return integer(in, value, lower, [&](uint32_t& offset) {
-        return rangeSize == 1 ? kAsnOk : asnWholeNumber(in, offset, rangeSize);
-    });
-}
-
-template <class In>
-AsnStatus octetInteger(In& in, int32_t* value, int32_t lower, uint32_t rangeSize, uint32_t octets) {
-    return integer(in, value, lower,
-                   [&](uint32_t& offset) { return asnOctetNumber(in, offset, rangeSize, octets); });
 }
 
 template <class In>
@@ -102,17 +87,8 @@ AsnStatus checkLeft(AsnContext& ctx, uint64_t nbits) {
     return asnRead(ctx, [=](auto& in) { return asnWholeNumber(in, *offset, rangeSize); });
 }
 
-[[gnu::flatten]] AsnStatus asnConsOctet(AsnContext& ctx, int32_t* value, int32_t lower) {
-    return asnRead(ctx, [=](auto& in) { return octetInteger(in, value, lower, 256, 1); });
-}
-
-[[gnu::flatten]] AsnStatus asnConsTwoOctets(AsnContext& ctx, int32_t* value, int32_t lower,
-                                            uint32_t rangeSize) {
-    return asnRead(ctx, [=](auto& in) { return octetInteger(in, value, lower, rangeSize, 2); });
-}
-
-[[gnu::flatten]] AsnStatus asnConsAny(AsnContext& ctx, int32_t* value, int32_t lower,
-                                      int32_t upper) {
+[[gnu::flatten]] AsnStatus asnConsInteger(AsnContext& ctx, int32_t* value, int32_t lower,
+                                          int32_t upper) {
     return asnRead(ctx, [=](auto& in) { return constrained(in, value, lower, upper); });
 }
 

@@ -22,21 +22,21 @@ constexpr uint32_t asnBitCount(uint32_t number) {
 /// octets. Returns 0 or -2.
 [[nodiscard]] AsnStatus pd_ConsWholeNumber(AsnContext& ctx, uint32_t* offset, uint32_t rangeSize);
 
-/// pd_ConsInteger for ranges of 256 values, of up to 65536, and of any size.
-[[nodiscard]] AsnStatus asnConsOctet(AsnContext& ctx, int32_t* value, int32_t lower);
-[[nodiscard]] AsnStatus asnConsTwoOctets(AsnContext& ctx, int32_t* value, int32_t lower,
-                                         uint32_t rangeSize);
-[[nodiscard]] AsnStatus asnConsAny(AsnContext& ctx, int32_t* value, int32_t lower, int32_t upper);
+/// pd_ConsInteger in full.
+[[nodiscard]] AsnStatus asnConsInteger(AsnContext& ctx, int32_t* value, int32_t lower,
+                                       int32_t upper);
 
 /// INTEGER (lower..upper). Equal bounds read nothing. Returns 0, -2, or -24 (lower > upper, not
 /// logged).
-[[nodiscard]] inline AsnStatus pd_ConsInteger(AsnContext& ctx, int32_t* value, int32_t lower,
-                                              int32_t upper) {
+[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ConsInteger(AsnContext& ctx, int32_t* value,
+                                                                  int32_t lower, int32_t upper) {
     const int64_t rangeSize = int64_t{upper} - lower + 1;  // known to the compiler, as a rule
-    if (rangeSize == 256) return asnConsOctet(ctx, value, lower);
-    if (rangeSize > 256 && rangeSize <= 65536)
-        return asnConsTwoOctets(ctx, value, lower, static_cast<uint32_t>(rangeSize));
-    return asnConsAny(ctx, value, lower, upper);
+    if (rangeSize < 256 || rangeSize > 65536) return asnConsInteger(ctx, value, lower, upper);
+    const uint8_t* const octets = asnTakeOctets(ctx, rangeSize == 256 ? 1 : 2);
+    if (octets == nullptr) return asnConsInteger(ctx, value, lower, upper);
+    const uint32_t offset = rangeSize == 256 ? octets[0] : uint32_t{octets[0]} << 8 | octets[1];
+    *value = static_cast<int32_t>(static_cast<uint32_t>(lower) + offset);
+    return kAsnOk;
 }
 
 /// The same unsigned: INTEGER ranges above 2^31 - 1, CHOICE and ENUMERATED indexes. The full 32-bit

@@ -5,6 +5,8 @@
 // What "in the element heap" says lives until asnFreeContext and is nobody else's to free.
 #pragma once
 
+#include <cstring>
+
 #include "charset.h"
 
 /// BIT STRING and OCTET STRING of any size; `data` is in the element heap, null where empty. The
@@ -42,7 +44,23 @@ struct Asn16BitCharSet {
 [[nodiscard]] AsnStatus pd_OctetString(AsnContext& ctx, uint32_t* numocts, uint8_t* buffer,
                                        uint32_t size);
 
-/// The same into the element heap. Return -12 besides, where it is exhausted.
+/// pd_OctetString under a size constraint of its own, which generated code knows when it is
+/// compiled. More than two octets of a fixed size stand at an octet boundary (X.691 16.6, 16.7).
+template <uint32_t capacity>
+[[nodiscard, gnu::always_inline]] inline AsnStatus pd_SizedOctetString(
+    AsnContext& ctx, const AsnSizeConstraint& size, uint32_t& numocts, uint8_t (&data)[capacity]) {
+    const bool fixed = size.lower == size.upper && size.extended == 0 && size.next == nullptr;
+    if (fixed && capacity > 2 && capacity < 65536 && ctx.sizeConstraint == nullptr)
+        if (const uint8_t* const octets = asnTakeOctets(ctx, capacity)) {
+            numocts = capacity;
+            std::memcpy(data, octets, capacity);
+            return kAsnOk;
+        }
+    pd_SetSizeConstraint(ctx, &size);
+    return pd_OctetString(ctx, &numocts, data, capacity);
+}
+
+/// Read into the element heap. Return -12 besides, where it is exhausted.
 [[nodiscard]] AsnStatus pd_DynBitString(AsnContext& ctx, AsnDynBitStr& value);
 [[nodiscard]] AsnStatus pd_DynOctetString(AsnContext& ctx, AsnDynOctStr& value);
 
