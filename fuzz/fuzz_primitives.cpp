@@ -1,23 +1,26 @@
 // Every primitive: the first octets choose it, the variant, the bit to begin at and a constraint.
+// Nobody watches the first run; the second, with the trace on, must do the same.
 
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include "asn1per/asn1per.h"
 
 namespace {
 
-AsnStatus readOne(AsnContext& ctx, unsigned which, unsigned parameter) {
+AsnStatus readOne(AsnContext& ctx, unsigned which, unsigned parameter, uint32_t& count) {
     static constexpr AsnSizeConstraint kBeyond{1, 0, 300, nullptr};
     static constexpr AsnSizeConstraint kSizes[] = {
         {0, 1, 1, nullptr},   {0, 0, 2, nullptr},     {0, 1, 128, nullptr}, {0, 1, 256, nullptr},
         {0, 16, 16, nullptr}, {0, 1, 65535, nullptr}, {0, 2, 9, &kBeyond},  {0, 0, 65536, nullptr}};
     if ((parameter & 8) != 0) pd_SetSizeConstraint(ctx, &kSizes[parameter & 7]);
     const char* const alphabet = (parameter & 16) != 0 ? "0123456789#*," : nullptr;
-    int32_t number = 0;
-    uint32_t count = 0;
+    auto& number = reinterpret_cast<int32_t&>(count);
+    auto& flag = reinterpret_cast<uint8_t&>(count);
     uint8_t buffer[40];
+    uint8_t sixteen[16];
     const char* text = nullptr;
     const uint8_t* data = nullptr;
     AsnDynOctStr octets{};
@@ -84,36 +87,67 @@ AsnStatus readOne(AsnContext& ctx, unsigned which, unsigned parameter) {
             return pd_moveBitCursor(ctx, static_cast<int64_t>(parameter) * 5 - 300);
         case 28:
             return pd_ListLength(ctx, &count, parameter);
+        case 29:
+            return pd_Boolean(ctx, flag);
+        case 30:
+            count = pd_Flags(ctx, 1 + (parameter & 31));
+            return kAsnOk;
+        case 31:
+            return pd_ExtAlternative(ctx, &count, parameter == 0 ? 1 : parameter);
+        case 32:
+            return pd_ConsInteger(ctx, &number, 1, 256);
+        case 33:
+            return pd_ConsInteger(ctx, &number, 0, 65535);
+        case 34:
+            return pd_SizedOctetString(ctx, kSizes[4], count, sixteen);
         default:
             return pd_byteAlign(ctx);
     }
+}
+
+struct Input {
+    const uint8_t* calls;  // a pair of octets each
+    size_t count;
+    const uint8_t* octets;
+    uint32_t length;
+    uint8_t flags;
+};
+
+/// Statuses, values and places of the cursor.
+std::vector<int64_t> outcome(const Input& input, bool watched) {
+    asnEverWatched = false;
+    std::vector<int64_t> seen;
+    AsnContext ctx;
+    const uint8_t one = 0;
+    if (asnInitContext(ctx, &one, 1) != kAsnOk) std::abort();
+    asnBindOpenType(ctx, input.octets, input.length);
+    ctx.aligned = input.flags & 1;
+    asnSetFieldTrace(ctx, watched ? 1 : 0);
+    if (input.length != 0) ctx.bitOffset = static_cast<int16_t>(input.flags >> 2 & 7);
+    for (size_t i = 0; i < input.count; ++i) {
+        uint32_t value = 0;
+        const AsnStatus status =
+            readOne(ctx, input.calls[2 * i] % 36U, input.calls[2 * i + 1], value);
+        if (status < -24 || status > 2) std::abort();
+        if (ctx.bitOffset < 0 || ctx.bitOffset > 8 || ctx.byteIndex > input.length + 1)
+            std::abort();
+        seen.insert(seen.end(), {status, value, ctx.byteIndex, ctx.bitOffset});
+        if (status < 0) break;
+    }
+    asnFreeContext(ctx);
+    return seen;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2) return 0;
-    const uint8_t flags = data[0];
-    size_t calls = 1 + (data[1] & 7U);
-    data += 2;
-    size -= 2;
-    if (size < 2 * calls) return 0;
-    const size_t length = size - 2 * calls;
+    const size_t calls = 1 + (data[1] & 7U);
+    if (size - 2 < 2 * calls) return 0;
+    const size_t length = size - 2 - 2 * calls;
     const std::unique_ptr<uint8_t[]> block(new uint8_t[length]);
-    std::memcpy(block.get(), data + 2 * calls, length);
-    AsnContext ctx;
-    const uint8_t one = 0;
-    if (asnInitContext(ctx, &one, 1) != kAsnOk) return 0;
-    asnBindOpenType(ctx, block.get(), static_cast<uint32_t>(length));
-    ctx.aligned = flags & 1;
-    asnSetFieldTrace(ctx, flags & 2);
-    if (length != 0) ctx.bitOffset = static_cast<int16_t>(flags >> 2 & 7);
-    for (size_t i = 0; i < calls; ++i) {
-        const AsnStatus status = readOne(ctx, data[2 * i] % 30U, data[2 * i + 1]);
-        if (status < -24 || status > 2) std::abort();
-        if (ctx.bitOffset < 0 || ctx.bitOffset > 8 || ctx.byteIndex > length + 1) std::abort();
-        if (status < 0) break;
-    }
-    asnFreeContext(ctx);
+    std::memcpy(block.get(), data + 2 + 2 * calls, length);
+    const Input input{data + 2, calls, block.get(), static_cast<uint32_t>(length), data[0]};
+    if (outcome(input, false) != outcome(input, true)) std::abort();
     return 0;
 }
