@@ -10,29 +10,41 @@
 
 namespace {
 
-AsnStatus readOne(AsnContext& ctx, unsigned which, unsigned parameter, uint32_t& count) {
+/// What the primitives read; each call fills one of these.
+struct Value {
+    uint32_t count = 0;
+    uint8_t buffer[40] = {};
+    uint8_t sixteen[16] = {};
+    const char* text = nullptr;
+    AsnOpenType open{};
+    AsnDynOctStr octets{};
+    AsnDynBitStr bits{};
+    AsnBMPString bmp{};
+    AsnObjId id{};
+    double real = 0;
+};
+
+AsnStatus readAddition(AsnContext& ctx, void* record, uint32_t index) {
+    auto& value = *static_cast<Value*>(record);
+    return pd_octets(ctx, value.buffer, sizeof value.buffer, index);
+}
+
+AsnStatus readOne(AsnContext& ctx, unsigned which, unsigned parameter, Value& value) {
     static constexpr AsnSizeConstraint kBeyond{1, 0, 300, nullptr};
     static constexpr AsnSizeConstraint kSizes[] = {
         {0, 1, 1, nullptr},   {0, 0, 2, nullptr},     {0, 1, 128, nullptr}, {0, 1, 256, nullptr},
         {0, 16, 16, nullptr}, {0, 1, 65535, nullptr}, {0, 2, 9, &kBeyond},  {0, 0, 65536, nullptr}};
     if ((parameter & 8) != 0) pd_SetSizeConstraint(ctx, &kSizes[parameter & 7]);
     const char* const alphabet = (parameter & 16) != 0 ? "0123456789#*," : nullptr;
+    uint32_t& count = value.count;
     auto& number = reinterpret_cast<int32_t&>(count);
     auto& flag = reinterpret_cast<uint8_t&>(count);
-    uint8_t buffer[40];
-    uint8_t sixteen[16];
-    const char* text = nullptr;
-    const uint8_t* data = nullptr;
-    AsnDynOctStr octets{};
-    AsnDynBitStr bits{};
-    AsnBMPString bmp{};
-    AsnObjId id{};
-    double real = 0;
+    AsnCursor behind;
     switch (which) {
         case 0:
             return pd_bits(ctx, &count, parameter);
         case 1:
-            return pd_octets(ctx, buffer, sizeof buffer, parameter);
+            return pd_octets(ctx, value.buffer, sizeof value.buffer, parameter);
         case 2:
             return pd_ConsWholeNumber(ctx, &count, parameter * parameter * 7);
         case 3:
@@ -52,37 +64,37 @@ AsnStatus readOne(AsnContext& ctx, unsigned which, unsigned parameter, uint32_t&
         case 10:
             return std::min(pd_GetComponentLength(ctx, parameter & 15), 0);
         case 11:
-            return pd_BitString(ctx, &count, buffer, sizeof buffer);
+            return pd_BitString(ctx, &count, value.buffer, sizeof value.buffer);
         case 12:
-            return pd_OctetString(ctx, &count, buffer, sizeof buffer);
+            return pd_OctetString(ctx, &count, value.buffer, sizeof value.buffer);
         case 13:
-            return pd_DynBitString(ctx, bits);
+            return pd_DynBitString(ctx, value.bits);
         case 14:
-            return pd_DynOctetString(ctx, octets);
+            return pd_DynOctetString(ctx, value.octets);
         case 15:
-            return pd_NumericString(ctx, &text, alphabet);
+            return pd_NumericString(ctx, &value.text, alphabet);
         case 16:
-            return pd_PrintableString(ctx, &text, alphabet);
+            return pd_PrintableString(ctx, &value.text, alphabet);
         case 17:
-            return pd_VisibleString(ctx, &text, alphabet);
+            return pd_VisibleString(ctx, &value.text, alphabet);
         case 18:
-            return pd_IA5String(ctx, &text, alphabet);
+            return pd_IA5String(ctx, &value.text, alphabet);
         case 19:
-            return pd_GeneralString(ctx, &text, alphabet);
+            return pd_GeneralString(ctx, &value.text, alphabet);
         case 20:
-            return pd_86CharString(ctx, &text, alphabet);
+            return pd_86CharString(ctx, &value.text, alphabet);
         case 21:
-            return pd_BMPString(ctx, bmp, nullptr);
+            return pd_BMPString(ctx, value.bmp, nullptr);
         case 22:
-            return pd_ObjectId(ctx, id);
+            return pd_ObjectId(ctx, value.id);
         case 23:
-            return pd_Real(ctx, &real);
+            return pd_Real(ctx, &value.real);
         case 24:
-            return pd_OpenType(ctx, &data, &count);
+            return pd_OpenType(ctx, &value.open.data, &value.open.numocts);
         case 25:
-            return pd_OpenTypeExt(ctx, &data, &count);
+            return pd_OpenTypeExt(ctx, &value.open.data, &value.open.numocts);
         case 26:
-            return pd_ChoiceOpenTypeExt(ctx, &data, &count);
+            return pd_ChoiceOpenTypeExt(ctx, &value.open.data, &value.open.numocts);
         case 27:
             return pd_moveBitCursor(ctx, static_cast<int64_t>(parameter) * 5 - 300);
         case 28:
@@ -99,10 +111,34 @@ AsnStatus readOne(AsnContext& ctx, unsigned which, unsigned parameter, uint32_t&
         case 33:
             return pd_ConsInteger(ctx, &number, 0, 65535);
         case 34:
-            return pd_SizedOctetString(ctx, kSizes[4], count, sixteen);
+            return pd_SizedOctetString(ctx, kSizes[4], count, value.sixteen);
+        case 35:
+            return pd_Additions(ctx, &value, readAddition);
+        case 36:
+            return asnEnterOpenType(ctx, behind);  // what follows is read inside
         default:
             return pd_byteAlign(ctx);
     }
+}
+
+/// All of it as numbers.
+void append(std::vector<int64_t>& seen, const Value& value) {
+    const auto add = [&seen](const auto* from, size_t count) {
+        seen.insert(seen.end(), from, from + count);
+    };
+    add(&value.count, 1);
+    add(value.buffer, sizeof value.buffer);
+    add(value.sixteen, sizeof value.sixteen);
+    if (value.text != nullptr) add(value.text, std::strlen(value.text));
+    if (value.open.data != nullptr) add(value.open.data, value.open.numocts);
+    add(value.octets.data, value.octets.numocts);
+    add(&value.bits.numbits, 1);
+    add(value.bits.data, (value.bits.numbits + 7) / 8);
+    add(value.bmp.data, value.bmp.nchars);
+    add(value.id.subid, static_cast<size_t>(value.id.numids));
+    int64_t real = 0;
+    std::memcpy(&real, &value.real, sizeof real);
+    add(&real, 1);
 }
 
 struct Input {
@@ -125,14 +161,15 @@ std::vector<int64_t> outcome(const Input& input, bool watched) {
     asnSetFieldTrace(ctx, watched ? 1 : 0);
     if (input.length != 0) ctx.bitOffset = static_cast<int16_t>(input.flags >> 2 & 7);
     for (size_t i = 0; i < input.count; ++i) {
-        uint32_t value = 0;
+        Value value;
         const AsnStatus status =
-            readOne(ctx, input.calls[2 * i] % 36U, input.calls[2 * i + 1], value);
+            readOne(ctx, input.calls[2 * i] % 38U, input.calls[2 * i + 1], value);
         if (status < -24 || status > 2) std::abort();
         if (ctx.bitOffset < 0 || ctx.bitOffset > 8 || ctx.byteIndex > input.length + 1)
             std::abort();
-        seen.insert(seen.end(), {status, value, ctx.byteIndex, ctx.bitOffset});
+        seen.insert(seen.end(), {status, ctx.byteIndex, ctx.bitOffset});
         if (status < 0) break;
+        if (status == kAsnOk) append(seen, value);
     }
     asnFreeContext(ctx);
     return seen;
