@@ -1,6 +1,7 @@
 #include "model.h"
 
 #include <algorithm>
+#include <list>
 #include <map>
 #include <set>
 
@@ -10,7 +11,6 @@ namespace {
 
 /// Inline octets from this size on are worth a span of their own in the clearing of a record.
 constexpr uint64_t kWorthSkipping = 1024;
-/// The octets of the arcs of an object identifier.
 
 const std::set<std::string> kCppKeywords = {
     "auto",     "bool",      "break",   "case",     "catch",    "char",      "class",  "concept",
@@ -288,9 +288,14 @@ class Builder {
         return std::move(module_);
     }
 
-    const std::string& name() const { return notation_.name; }
-    const std::vector<std::string>& includes() const { return module_.includes; }
-    const std::string& stem() const { return module_.stem; }
+    /// Refuses the module as a whole.
+    void refuse(const std::string& text) { error(1, notation_.name, text); }
+
+    /// Whether all that it imports from is among the modules that are finished.
+    bool ready(const std::set<std::string>& finished) const {
+        return std::all_of(module_.includes.begin(), module_.includes.end(),
+                           [&](const std::string& stem) { return finished.count(stem) != 0; });
+    }
 
   private:
     void error(int line, const std::string& path, const std::string& text) {
@@ -504,35 +509,30 @@ uint64_t inlineCapacity(const Type& type) {
 
 Model resolve(const std::vector<ModuleNotation>& notations, Errors& errors) {
     Model model;
-    std::deque<Builder> builders;
+    std::list<Builder> builders;
     std::map<std::string, const Builder*> byName;
     for (const ModuleNotation& notation : notations) {
         Builder& builder = builders.emplace_back(notation, model, errors);
         builder.declare();
-        byName[notation.name] = &builder;
+        if (!byName.emplace(notation.name, &builder).second)
+            builder.refuse("two modules have this name");
     }
     for (Builder& builder : builders) builder.import(byName);
     for (Builder& builder : builders) builder.build();
     if (!errors.lines.empty()) return model;
 
     std::set<std::string> finished;
-    while (model.modules.size() < builders.size()) {
-        const size_t before = model.modules.size();
-        for (Builder& builder : builders) {
-            if (finished.count(builder.stem()) != 0) continue;
-            const bool ready =
-                std::all_of(builder.includes().begin(), builder.includes().end(),
-                            [&](const std::string& stem) { return finished.count(stem) != 0; });
-            if (!ready) continue;
-            const std::string stem = builder.stem();
-            model.modules.push_back(builder.finish());
-            finished.insert(stem);
-        }
-        if (model.modules.size() == before) {
-            errors.add(notations.front().file, 1, notations.front().name,
-                       "modules import from each other in a circle");
+    while (!builders.empty()) {
+        const auto next =
+            std::find_if(builders.begin(), builders.end(),
+                         [&](const Builder& builder) { return builder.ready(finished); });
+        if (next == builders.end()) {
+            builders.front().refuse("modules import from each other in a circle");
             return model;
         }
+        model.modules.push_back(next->finish());
+        finished.insert(model.modules.back().stem);
+        builders.erase(next);
     }
     if (!errors.lines.empty()) return model;  // a circle has no measure
     Measure measure;
