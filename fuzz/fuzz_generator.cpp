@@ -1,17 +1,22 @@
-// The generator's input: a module is emitted or refused with messages, whatever it holds.
+// The generator's input, up to three modules with a NUL between them: they are emitted or refused
+// with messages, whatever they hold.
 
 #include <cstdlib>
+#include <sstream>
 
 #include "../gen/emit.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Errors errors;
     std::vector<ModuleNotation> notations;
-    const std::string text(reinterpret_cast<const char*>(data), size);
-    notations.push_back(parseModule("Fuzz.asn", text, errors));
+    std::istringstream modules(std::string(reinterpret_cast<const char*>(data), size));
+    std::string text;
+    for (const char* const file : {"Fuzz.asn", "H245.asn", "Other.asn"})
+        if (std::getline(modules, text, '\0')) notations.push_back(parseModule(file, text, errors));
+    if (notations.empty()) return 0;
     const Model model = resolve(notations, errors);
     if (!errors.lines.empty()) return 0;
-    if (model.modules.size() != 1) std::abort();
+    if (model.modules.size() != notations.size()) std::abort();
     for (const Module& module : model.modules) {
         const size_t written = emitHeader(module).size() + emitDecoders(module).size() +
                                emitPrinters(module).size() + emitTypes(module).size();
