@@ -211,10 +211,11 @@ AsnStatus constrained16BitString(In& in, const AsnSizeConstraint* size, AsnBMPSt
 }
 
 /// The typed entries: without a permitted alphabet the set is a constant.
-AsnStatus readTyped(AsnContext& ctx, const char** text, const char* permitted,
-                    const AsnAlphabet& alphabet, const AsnCharSet& unrestricted) {
+template <const AsnAlphabet& alphabet>
+AsnStatus readTyped(AsnContext& ctx, const char** text, const char* permitted) {
+    static constexpr AsnCharSet kUnrestricted = asnCharSet(alphabet, nullptr);
     const AsnStatus status = permitted == nullptr
-                                 ? pd_ConstrainedString(ctx, text, unrestricted)
+                                 ? pd_ConstrainedString(ctx, text, kUnrestricted)
                                  : pd_ConstrainedString(ctx, text, asnCharSet(alphabet, permitted));
     return status == kAsnOk ? status : kLogError(ctx, status);
 }
@@ -257,33 +258,27 @@ AsnStatus readTyped(AsnContext& ctx, const char** text, const char* permitted,
 }
 
 AsnStatus pd_NumericString(AsnContext& ctx, const char** text, const char* permitted) {
-    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnNumericString, nullptr);
-    return readTyped(ctx, text, permitted, kAsnNumericString, kUnrestricted);
+    return readTyped<kAsnNumericString>(ctx, text, permitted);
 }
 
 AsnStatus pd_PrintableString(AsnContext& ctx, const char** text, const char* permitted) {
-    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnPrintableString, nullptr);
-    return readTyped(ctx, text, permitted, kAsnPrintableString, kUnrestricted);
+    return readTyped<kAsnPrintableString>(ctx, text, permitted);
 }
 
 AsnStatus pd_VisibleString(AsnContext& ctx, const char** text, const char* permitted) {
-    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnVisibleString, nullptr);
-    return readTyped(ctx, text, permitted, kAsnVisibleString, kUnrestricted);
+    return readTyped<kAsnVisibleString>(ctx, text, permitted);
 }
 
 AsnStatus pd_IA5String(AsnContext& ctx, const char** text, const char* permitted) {
-    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnIA5String, nullptr);
-    return readTyped(ctx, text, permitted, kAsnIA5String, kUnrestricted);
+    return readTyped<kAsnIA5String>(ctx, text, permitted);
 }
 
 AsnStatus pd_GeneralString(AsnContext& ctx, const char** text, const char* permitted) {
-    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsnGeneralString, nullptr);
-    return readTyped(ctx, text, permitted, kAsnGeneralString, kUnrestricted);
+    return readTyped<kAsnGeneralString>(ctx, text, permitted);
 }
 
 AsnStatus pd_86CharString(AsnContext& ctx, const char** text, const char* permitted) {
-    static constexpr AsnCharSet kUnrestricted = asnCharSet(kAsn86CharString, nullptr);
-    return readTyped(ctx, text, permitted, kAsn86CharString, kUnrestricted);
+    return readTyped<kAsn86CharString>(ctx, text, permitted);
 }
 
 [[gnu::flatten]] AsnStatus pd_ConstrainedString(AsnContext& ctx, const char** text,

@@ -1,5 +1,6 @@
 # cmake -DGEN=... -DSOURCES=... -DMODULES=folder -DOUT=... -P order.cmake: the files of a build, whatever
 # the order of the modules.
+file(REMOVE_RECURSE ${OUT})
 file(MAKE_DIRECTORY ${OUT})
 list(REVERSE SOURCES)
 execute_process(COMMAND ${GEN} ${OUT} ${SOURCES} COMMAND_ERROR_IS_FATAL ANY)
