@@ -29,9 +29,12 @@ set(TAMSEL_TYPE_TABLES)
 set(headers)
 foreach(file IN LISTS TAMSEL_ASN1_FILES)
     get_filename_component(stem ${file} NAME_WE)
-    list(APPEND headers ${TAMSEL_MODULE_DIR}/${stem}.h)
+    list(APPEND headers ${TAMSEL_MODULE_DIR}/${stem}.h ${TAMSEL_MODULE_DIR}/${stem}Decode.h)
     list(APPEND TAMSEL_MODULE_SOURCES
-        ${TAMSEL_MODULE_DIR}/${stem}Decode.cpp ${TAMSEL_MODULE_DIR}/${stem}Print.cpp)
+        ${TAMSEL_MODULE_DIR}/${stem}Decode.cpp ${TAMSEL_MODULE_DIR}/${stem}Trace.cpp
+        ${TAMSEL_MODULE_DIR}/${stem}Print.cpp)
+    # A decode that is traced need not be fast.
+    set_source_files_properties(${TAMSEL_MODULE_DIR}/${stem}Trace.cpp PROPERTIES COMPILE_OPTIONS -Os)
     list(APPEND TAMSEL_TYPE_TABLES ${TAMSEL_MODULE_DIR}/${stem}Types.cpp)
 endforeach()
 

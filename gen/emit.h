@@ -6,7 +6,8 @@
 #include "model.h"
 
 std::string emitHeader(const Module& module);    // H245.h: structures and prototypes
-std::string emitDecoders(const Module& module);  // H245Decode.cpp
+std::string emitDecoders(const Module& module);  // H245Decode.h
+std::string emitInstances(const Module& module, const std::string& reader);
 std::string emitPrinters(const Module& module);  // H245Print.cpp
 std::string emitTypes(const Module& module);     // H245Types.cpp: the table of all types
 

@@ -6,60 +6,58 @@
 
 namespace {
 
-std::string sizeName(const Bounds& size) {
-    return "kSize" + std::to_string(size.lower) +
-           (size.upper != size.lower ? "To" + std::to_string(size.upper) : "");
-}
-
 class DecoderEmitter {
   public:
     explicit DecoderEmitter(const Module& module) : module_(module), out_(module, "decoders") {}
 
     std::string emit() {
+        out_(0, "#pragma once");
+        out_.blank();
         out_(0, "#include \"" + module_.stem + ".h\"");
         out_.blank();
-        out_(0, "namespace {");
-        out_.blank();
-        out_(0, "constexpr const char* kModule = \"" + module_.stem + "\";");
         for (const Bounds& size : module_.sizes)
-            out_(0, "constexpr AsnSizeConstraint " + sizeName(size) + "{0, " +
+            out_(0, "inline constexpr AsnSizeConstraint " + sizeName(size) + "{0, " +
                         std::to_string(size.lower) + ", " + std::to_string(size.upper) +
                         ", nullptr};");
         for (const CharacterSet& set : module_.characterSets)
-            out_(0, "constexpr AsnCharSet " + set.name + " = asnCharSet(kAsn" + set.alphabet +
-                        ", \"" + set.permitted + "\");");
-        out_.blank();
-        out_(0, "}  // namespace");
+            out_(0, "inline constexpr AsnCharSet k" + module_.stem + set.name.substr(1) +
+                        " = asnCharSet(kAsn" + set.alphabet + ", \"" + set.permitted + "\");");
         for (const Type* type : module_.ordered) decoder(*type);
         return out_.text();
     }
 
   private:
+    std::string sizeName(const Bounds& size) const {
+        return "k" + module_.stem + "Size" + std::to_string(size.lower) +
+               (size.upper != size.lower ? "To" + std::to_string(size.upper) : "");
+    }
+
     /// What reads a value of the type into `to`; the size constraint is registered before.
-    static std::string readCall(const Type& type, const std::string& to) {
-        if (type.hasFunctions) return "Decode" + type.cppName + "(ctx, " + to + ")";
+    std::string readCall(const Type& type, const std::string& to) const {
+        if (type.hasFunctions) return "Decode" + type.cppName + "(in, " + to + ")";
         return builtinCall(type, to);
     }
 
-    static std::string builtinCall(const Type& type, const std::string& to) {
+    std::string builtinCall(const Type& type, const std::string& to) const {
         if (!type.characterSet.empty())
-            return "pd_ConstrainedString(ctx, &" + to + ", " + type.characterSet + ")";
+            return "pd_IA5String(in, &" + to + ", k" + module_.stem + type.characterSet.substr(1) +
+                   ")";
         const auto text = [&](const std::string& name) {
-            return "pd_" + name + "(ctx, &" + to + ", nullptr)";
+            return "pd_" + name + "(in, &" + to + ")";
         };
         switch (type.kind) {
             case Kind::boolean:
-                return "pd_Boolean(ctx, " + to + ")";
+                return "pd_bit(in, &" + to + ")";
             case Kind::integer:
                 return integerCall(type, to);
             case Kind::octetString:
-                return "pd_DynOctetString(ctx, " + to + ")";
+                return "pd_DynOctetString(in, " + to + ")";
             case Kind::bitString:
-                return "pd_DynBitString(ctx, " + to + ")";
+                return "pd_DynBitString(in, " + to + ")";
             case Kind::objectIdentifier:
-                return "pd_ObjectId(ctx, " + to + ")";
+                return "pd_ObjectId(in, " + to + ")";
             case Kind::openType:
-                return "pd_OpenType(ctx, &" + to + ".data, &" + to + ".numocts)";
+                return "pd_OpenType(in, &" + to + ".data, &" + to + ".numocts)";
             case Kind::numericString:
                 return text("NumericString");
             case Kind::printableString:
@@ -71,26 +69,26 @@ class DecoderEmitter {
             case Kind::generalString:
                 return text("GeneralString");
             case Kind::bmpString:
-                return "pd_BMPString(ctx, " + to + ", nullptr)";
+                return "pd_BMPString(in, " + to + ", nullptr)";
             default:
                 return "kAsnOk";  // NULL
         }
     }
 
-    static std::string integerCall(const Type& type, const std::string& to) {
-        if (!type.range) return "pd_UnconsInteger(ctx, &" + to + ")";
+    std::string integerCall(const Type& type, const std::string& to) const {
+        if (!type.range) return "pd_UnconsInteger(in, &" + to + ")";
         const bool isUnsigned = type.range->upper > INT32_MAX;
         const std::string name = type.range->extensible ? "pd_ExtInteger"
                                  : isUnsigned           ? "pd_ConsUnsigned"
                                                         : "pd_ConsInteger";
         const std::string suffix = isUnsigned ? "U" : "";
-        return name + "(ctx, &" + to + ", " + std::to_string(type.range->lower) + suffix + ", " +
+        return name + "(in, &" + to + ", " + std::to_string(type.range->lower) + suffix + ", " +
                std::to_string(type.range->upper) + suffix + ")";
     }
 
     /// Registers the size of a string or list, at the last moment: the next length consumes it.
     void registerSize(int indent, const Type& type) {
-        if (type.size) out_(indent, "pd_SetSizeConstraint(ctx, &" + sizeName(*type.size) + ");");
+        if (type.size) out_(indent, "asnSetSize(in, " + sizeName(*type.size) + ");");
     }
 
     void registerInnerSize(int indent, const Type& type) {
@@ -120,14 +118,15 @@ class DecoderEmitter {
     void begin(const Type& type) {
         out_.blank();
         out_(0, typeComment(module_, type));
-        out_(0, "AsnStatus Decode" + type.cppName + "(AsnContext& ctx, " + type.cppName +
+        out_(0, "template <bool Tracing>");
+        out_(0, "AsnStatus Decode" + type.cppName + "(AsnReader<Tracing> in, " + type.cppName +
                     "& value) {");
     }
 
     void nesting(const Type& type) {
         if (!type.recursive) return;
-        out_(1, "const AsnNesting nesting(ctx);");
-        out_(1, "if (nesting.check() != kAsnOk) return kAsnTooDeep;");
+        out_(1, "const AsnNesting nesting(in.ctx);");
+        out_(1, "if (nesting.tooDeep()) return kAsnTooDeep;");
     }
 
     void simple(const Type& type) {
@@ -135,41 +134,39 @@ class DecoderEmitter {
         const uint64_t capacity = inlineCapacity(type);
         const bool sized =
             type.target == nullptr && capacity != 0 && type.kind == Kind::octetString;
-        if (!sized) registerSize(1, type);
+        registerSize(1, type);
         if (type.target != nullptr)
             out_(1, "return " + readCall(*type.target, "value") + ";");
         else if (sized)
-            out_(1, "return pd_SizedOctetString(ctx, " + sizeName(*type.size) +
-                        ", value.numocts, value.data);");
+            out_(1, "return pd_OctetString(in, &value.numocts, value.data, sizeof value.data);");
         else if (capacity != 0)
-            out_(1, "return pd_BitString(ctx, &value.numbits, value.data, sizeof value.data);");
+            out_(1, "return pd_BitString(in, &value.numbits, value.data, sizeof value.data);");
         else
             out_(1, "return " + builtinCall(type, "value") + ";");
         out_(0, "}");
     }
 
     void sequence(const Type& type) {
-        if (!type.additions.empty()) additions(type);
         begin(type);
         nesting(type);
         const auto optional = std::count_if(type.root.begin(), type.root.end(),
                                             [](const Member& member) { return member.optional; });
         const bool hasFlags = optional != 0 || !type.additions.empty();
-        const std::string flags = "PresenceBits(ctx, value.m, " + std::to_string(optional) + ");";
-        if (type.extensible)
-            out_(1, "const uint32_t extended = " +
-                        (hasFlags ? "pd_Ext" + flags : "pd_Flags(ctx, 1);"));
-        else if (hasFlags)
-            out_(1, "pd_" + flags);
+        if (type.extensible) out_(1, "const bool extended = asnExtensionBit(in);");
+        if (hasFlags) out_(1, "asnPresenceBits(in, value.m, " + std::to_string(optional) + ");");
         declared_ = false;
         for (const Member& member : type.root) component(member);
-        if (!type.extensible)
+        if (type.additions.empty()) {
+            if (type.extensible) {
+                out_(1,
+                     "if (extended) return pd_OpenTypeExt(in, &value.extElem1.data, "
+                     "&value.extElem1.numocts);");
+                out_(1, "value.extElem1 = {};");
+            }
             out_(1, "return kAsnOk;");
-        else if (type.additions.empty())
-            out_(1, "return pd_UnknownAdditions(ctx, extended, value.extElem1);");
-        else
-            out_(1, "return extended != 0 ? pd_Additions(ctx, &value, " + type.cppName +
-                        "_addition) : kAsnOk;");
+        } else {
+            additions(type);
+        }
         out_(0, "}");
     }
 
@@ -185,85 +182,87 @@ class DecoderEmitter {
     }
 
     void additions(const Type& type) {
-        out_.blank();
-        out_(0, "static AsnStatus " + type.cppName +
-                    "_addition(AsnContext& ctx, void* record, uint32_t index) {");
-        out_(1, "auto& value = *static_cast<" + type.cppName + "*>(record);");
-        out_(1, "switch (index) {");
+        out_(1, "if (!extended) return kAsnOk;");
+        out_(1, "AsnAdditions additions;");
+        out_(1, std::string(declared_ ? "" : "AsnStatus ") +
+                    "status = asnFirstAddition(in, additions);");
+        out_(1, "while (status == kAsnOk && !additions.done) {");
+        out_(2, "switch (additions.index) {");
         for (size_t i = 0; i < type.additions.size(); ++i) {
             const Member& member = type.additions[i];
-            out_(2, "case " + std::to_string(i) + ":");
-            out_(3, "value.m." + member.cppName + "Present = 1;");
-            registerInnerSize(3, *member.type);
-            out_(3, "return " + readCall(*member.type, "value." + member.cppName) + ";");
+            out_(3, "case " + std::to_string(i) + ":");
+            out_(4, "value.m." + member.cppName + "Present = 1;");
+            if (hasMember(*member.type)) {
+                registerInnerSize(4, *member.type);
+                out_(4, "status = " + readCall(*member.type, "value." + member.cppName) + ";");
+            }
+            out_(4, "break;");
         }
-        out_(2, "default:");
-        out_(3, "return kAsnOk;  // not known: nothing is kept");
+        out_(3, "default:");
+        out_(4, "break;  // an addition that is not known is skipped");
+        out_(2, "}");
+        out_(2, "if (status == kAsnOk) status = asnNextAddition(in, additions);");
         out_(1, "}");
-        out_(0, "}");
+        out_(1, "return status;");
     }
 
     void choice(const Type& type) {
-        const bool hasValues = std::any_of(type.root.begin(), type.root.end(),
-                                           [](const Member& m) { return hasMember(*m.type); }) ||
-                               std::any_of(type.additions.begin(), type.additions.end(),
-                                           [](const Member& m) { return hasMember(*m.type); });
-        const bool known = !type.additions.empty();
-        const std::string roots = std::to_string(type.root.size());
-        const std::string alternative = type.cppName + "_alternative";
-        if (hasValues || known) alternatives(type);
         begin(type);
         nesting(type);
-        const std::string root = "Alternative(ctx, &value.t, " + roots + ");";
-        const std::string decode = alternative + "(ctx, &value)";
-        if (!type.extensible && !(hasValues || known)) {
-            out_(1, "return pd_Root" + root);
-        } else if (!type.extensible) {
-            out_(1, "const AsnStatus status = pd_Root" + root);
-            out_(1, "return status == kAsnOk ? " + decode + " : status;");
+        const bool known = !type.additions.empty();
+        const std::string roots = std::to_string(type.root.size());
+        const std::string root = "asnRootAlternative(in, &value.t, " + roots + ")";
+        if (known) {
+            out_(1, "AsnCursor outer;");
+            out_(1, "const bool extended = asnExtensionBit(in);");
+            out_(1, "AsnStatus status = extended ? asnEnterAlternative(in, &value.t, " + roots +
+                        ", " + std::to_string(type.additions.size()) + ", outer)");
+            out_(1, "                            : " + root + ";");
         } else {
-            out_(1, std::string(known ? "const " : "") + "AsnStatus status = pd_Ext" + root);
-            if (hasValues || known) out_(1, "if (status == kAsnOk) return " + decode + ";");
-            out_(1, "if (status != kAsnExtended) return status;");
-            if (known) {
-                out_(1, "return pd_ExtensionAlternative(ctx, &value, value.t, " + roots + ", " +
-                            std::to_string(type.additions.size()) + ", " + alternative + ");");
-            } else {
-                out_(1, "status = pd_UnknownAlternative(ctx, value.u.extElem1);");
-                out_(1, "if (status == kAsnOk) return kAsnOk;");
-                out_(1, "return asnLogError(ctx.errInfo, status, kModule, " +
-                            std::to_string(type.trailLine) + ");");
-            }
+            if (type.extensible) unknownAlternative(type);
+            out_(1, "const AsnStatus status = " + root + ";");
+        }
+        out_(1, "if (status != kAsnOk) return status;");
+        out_(1, "switch (value.t) {");
+        int tag = 0;
+        for (const auto* members : {&type.root, &type.additions})
+            for (const Member& member : *members) alternative(++tag, member, known);
+        out_(2, "default:");
+        out_(3, known ? "break;" : "return kAsnOk;");
+        out_(1, "}");
+        if (known) {
+            out_(1, "if (extended && status == kAsnOk) asnLeaveOpenType(in, outer);");
+            out_(1, "return status;");
         }
         out_(0, "}");
     }
 
-    void alternatives(const Type& type) {
-        out_.blank();
-        out_(0, "static AsnStatus " + type.cppName +
-                    "_alternative([[maybe_unused]] AsnContext& ctx, void* choice) {");
-        out_(1, "auto& value = *static_cast<" + type.cppName + "*>(choice);");
-        out_(1, "switch (value.t) {");
-        int tag = 0;
-        for (const auto* members : {&type.root, &type.additions})
-            for (const Member& member : *members) alternative(++tag, member);
-        out_(2, "default:");
-        out_(3, "return kAsnOk;  // NULL");
+    void unknownAlternative(const Type& type) {
+        out_(1, "if (asnExtensionBit(in)) {");
+        out_(2, "value.u.extElem1 = asnNewValue<AsnOpenType>(in);");
+        out_(2, "if (value.u.extElem1 == nullptr) return kAsnNoMemory;");
+        out_(2,
+             "const AsnStatus status = pd_ChoiceOpenTypeExt(in, &value.u.extElem1->data, "
+             "&value.u.extElem1->numocts);");
+        out_(2, "if (status == kAsnOk) return kAsnOk;");
+        out_(2, "return asnLogError(in.ctx.errInfo, status, \"" + module_.stem + "\", " +
+                    std::to_string(type.trailLine) + ");");
         out_(1, "}");
-        out_(0, "}");
     }
 
-    void alternative(int tag, const Member& member) {
+    void alternative(int tag, const Member& member, bool known) {
         if (!hasMember(*member.type)) return;
         const std::string slot = "value.u." + member.cppName;
         const bool isInline = heldInline(*member.type);
         out_(2, "case " + std::to_string(tag) + ":");
         if (!isInline) {
-            out_(3, slot + " = asnNewValue<" + member.type->cppName + ">(ctx);");
+            out_(3, slot + " = asnNewValue<" + member.type->cppName + ">(in);");
             out_(3, "if (" + slot + " == nullptr) return kAsnNoMemory;");
         }
         registerInnerSize(3, *member.type);
-        out_(3, "return " + readCall(*member.type, (isInline ? "" : "*") + slot) + ";");
+        const std::string call = readCall(*member.type, (isInline ? "" : "*") + slot) + ";";
+        out_(3, (known ? "status = " : "return ") + call);
+        if (known) out_(3, "break;");
     }
 
     void list(const Type& type) {
@@ -272,10 +271,11 @@ class DecoderEmitter {
         nesting(type);
         registerSize(1, type);
         declared_ = false;
-        checked(1, "pd_ListLength(ctx, &value.n, " + std::to_string(type.element->minBits) + ")");
-        out_(1, "value.elem = asnNewElements<" + element + ">(ctx, value.n);");
+        const std::string bits = std::to_string(type.element->minBits);
+        checked(1, "asnListLength(in, &value.n, {" + bits + ", " + bits + "})");
+        out_(1, "value.elem = asnNewElements<" + element + ">(in, value.n);");
         out_(1, "if (value.elem == nullptr)");
-        out_(2, "return asnLogError(ctx.errInfo, kAsnNoMemory, kModule, " +
+        out_(2, "return asnLogError(in.ctx.errInfo, kAsnNoMemory, \"" + module_.stem + "\", " +
                     std::to_string(type.trailLine) + ");");
         out_(1, "for (uint32_t i = 0; i < value.n; ++i) {");
         registerInnerSize(2, *type.element);
@@ -294,4 +294,14 @@ class DecoderEmitter {
 
 std::string emitDecoders(const Module& module) {
     return DecoderEmitter(module).emit();
+}
+
+std::string emitInstances(const Module& module, const std::string& reader) {
+    Lines out(module, "decoders for one reader");
+    out(0, "#include \"" + module.stem + "Decode.h\"");
+    out.blank();
+    for (const Type* type : module.ordered)
+        out(0, "template AsnStatus Decode" + type->cppName + "(" + reader + " in, " +
+                   type->cppName + "& value);");
+    return out.text();
 }

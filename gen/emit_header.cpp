@@ -63,10 +63,9 @@ class HeaderEmitter {
 
     void sequence(const Type& type) {
         out_(0, "struct " + type.cppName + " {");
-        // Those of the root as they stand in the word read, whose lowest bit is the last one.
         std::vector<const Member*> flags;
         for (const Member& member : type.root)
-            if (member.optional) flags.insert(flags.begin(), &member);
+            if (member.optional) flags.push_back(&member);
         for (const Member& member : type.additions) flags.push_back(&member);
         if (!flags.empty()) {
             out_(1, "struct {");
@@ -119,8 +118,13 @@ class HeaderEmitter {
 
     void functions(const Type& type) {
         const std::string& name = type.cppName;
-        out_(0,
-             "[[nodiscard]] AsnStatus Decode" + name + "(AsnContext& ctx, " + name + "& value);");
+        out_(0, "template <bool Tracing>");
+        out_(0, "[[nodiscard]] AsnStatus Decode" + name + "(AsnReader<Tracing> in, " + name +
+                    "& value);");
+        out_(0, "[[nodiscard]] inline AsnStatus Decode" + name + "(AsnContext& ctx, " + name +
+                    "& value) {");
+        out_(1, "return asnRead(ctx, [&](auto in) { return Decode" + name + "(in, value); });");
+        out_(0, "}");
         out_(0, "void Print" + name + "(AsnDump& dump, const " + name + "& value);");
         out_(0, "inline void Print" + name + "(const char* path, const " + name + "& value) {");
         out_(1, "AsnDump dump(stdout, path);");

@@ -39,7 +39,11 @@ int generate(const std::filesystem::path& directory, const std::vector<std::stri
     }
     for (const Module& module : model.modules) {
         writeFile(directory / (module.stem + ".h"), emitHeader(module));
-        writeFile(directory / (module.stem + "Decode.cpp"), emitDecoders(module));
+        writeFile(directory / (module.stem + "Decode.h"), emitDecoders(module));
+        writeFile(directory / (module.stem + "Decode.cpp"),
+                  emitInstances(module, "AsnPlainReader"));
+        writeFile(directory / (module.stem + "Trace.cpp"),
+                  emitInstances(module, "AsnTracingReader"));
         writeFile(directory / (module.stem + "Print.cpp"), emitPrinters(module));
         writeFile(directory / (module.stem + "Types.cpp"), emitTypes(module));
     }

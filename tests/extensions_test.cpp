@@ -16,8 +16,12 @@ struct Decoded {
     AsnStatus status;
 };
 
+template <class T>
+using Decoder = AsnStatus (*)(AsnContext&, T&);
+
 using Root = Decoded<H245MultimediaSystemControlMessage>;
-const auto decodeRoot = DecodeH245MultimediaSystemControlMessage;
+const Decoder<H245MultimediaSystemControlMessage> decodeRoot =
+    DecodeH245MultimediaSystemControlMessage;
 
 TEST(Choice, UnknownAlternativeKeepsTheTag) {
     // extension bit, index 5, open type of two octets
@@ -85,7 +89,7 @@ TEST(Sequence, AdditionsAreKnownOrSkipped) {
     // ReleaseComplete-UUIE: extension bit 1, no reason, protocolIdentifier of no arcs; then a
     // bitmap of three additions, of which the first is known.
     const std::string head = "1 0 000000 [00]";
-    const auto decode = DecodeH225ReleaseComplete_UUIE;
+    const Decoder<H225ReleaseComplete_UUIE> decode = DecodeH225ReleaseComplete_UUIE;
     using Release = Decoded<H225ReleaseComplete_UUIE>;
     const std::string guid = "11 00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F";
     const Release all(bits(head + "0 000010 1 1 1 000000 [" + guid + " 01 EE 00]"), decode);
@@ -104,7 +108,7 @@ TEST(Sequence, AdditionsAreKnownOrSkipped) {
 }
 
 TEST(Sequence, UnknownAdditionsAreKept) {
-    const auto decode = DecodeH245TerminalCapabilitySetAck;
+    const Decoder<H245TerminalCapabilitySetAck> decode = DecodeH245TerminalCapabilitySetAck;
     const Decoded<H245TerminalCapabilitySetAck> ack(bits("1 0000000 [07] 0 000000 1 [01 AA]"),
                                                     decode);
     ASSERT_EQ(ack.status, kAsnOk);
@@ -123,7 +127,8 @@ TEST(Sequence, FlagsBeyondTheEndCountAsAbsent) {
 }
 
 TEST(Lists, CountsAreRefusedBeforeAnythingIsAllocated) {
-    const auto decode = DecodeH225AdmissionReject_callSignalAddress;
+    const Decoder<H225AdmissionReject_callSignalAddress> decode =
+        DecodeH225AdmissionReject_callSignalAddress;
     using List = Decoded<H225AdmissionReject_callSignalAddress>;
     const List empty({0x00}, decode);
     ASSERT_EQ(empty.status, kAsnOk);
@@ -134,9 +139,9 @@ TEST(Lists, CountsAreRefusedBeforeAnythingIsAllocated) {
     EXPECT_EQ(List(hex("C1 00 00"), decode).status, kAsnFragment) << "fragmented: not supported";
     Decoding fits({5, 0, 0});
     uint32_t count = 0;
-    EXPECT_EQ(pd_ListLength(fits.ctx, &count, 3), kAsnOk) << "15 of 16 bits";
+    EXPECT_EQ(asnListLength(AsnPlainReader{fits.ctx}, &count, {3, 9}), kAsnOk) << "15 of 16 bits";
     Decoding tooShort({5, 0, 0});
-    EXPECT_EQ(pd_ListLength(tooShort.ctx, &count, 4), kAsnEndOfData);
+    EXPECT_EQ(asnListLength(AsnPlainReader{tooShort.ctx}, &count, {4, 1}), kAsnEndOfData);
 }
 
 TEST(Tokens, SizesAtTheirBounds) {

@@ -128,7 +128,6 @@ std::string outcome(const AsnTypeInfo& type, const Octets& octets, bool aligned,
 
 TEST(Limits, NoDecodeChangesForBeingWatched) {
     // Primitives run with another reader while the trace is on.
-    asnEverWatched = false;  // as in a process without earlier tests
     std::mt19937 random(691);
     std::vector<Octets> inputs;
     for (int i = 0; i < 60; ++i) {
@@ -217,13 +216,13 @@ TEST(Limits, BigRecordsCostNoWrites) {
     auto* const dirt = static_cast<unsigned char*>(asnMemAlloc(ctx.memHeap, 48));
     std::memset(dirt, 0xAA, 48);
     ctx.memHeap.newest->used = 0;
-    const auto* records = static_cast<unsigned char*>(asnNewRecords(ctx, 2, 24, spans, 2));
+    const auto* records = static_cast<unsigned char*>(asnAllocRecords(ctx, 2, 24, spans, 2));
     for (size_t i = 0; i < 48; ++i) {
         const size_t at = i % 24;
         const bool uncleared = (at >= 8 && at < 12) || at == 16 || at == 17;
         EXPECT_EQ(records[i], uncleared ? 0xAA : 0) << i;
     }
-    EXPECT_EQ(asnNewRecords(ctx, SIZE_MAX / 8, 24, nullptr, 0), nullptr);
+    EXPECT_EQ(asnAllocRecords(ctx, SIZE_MAX / 8, 24, nullptr, 0), nullptr);
     asnFreeContext(ctx);
 }
 

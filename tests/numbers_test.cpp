@@ -17,8 +17,8 @@ Read consInteger(int32_t lower, int32_t upper) {
         return status;
     };
 }
-template <class Number, class Function>
-Read plain(Function function) {
+template <class Number>
+Read plain(std::function<AsnStatus(AsnContext&, Number*)> function) {
     return [=](AsnContext& ctx, int64_t* value) {
         Number number = 0;
         const AsnStatus status = function(ctx, &number);
@@ -75,9 +75,12 @@ struct NumberCase {
 };
 
 TEST(Numbers, Table) {
-    const Read uncons = plain<int32_t>(pd_UnconsInteger);
-    const Read unconsUnsigned = plain<uint32_t>(pd_UnconsUnsigned);
-    const Read small = plain<uint32_t>(pd_SmallNonNegWholeNumber);
+    const Read uncons =
+        plain<int32_t>(static_cast<AsnStatus (*)(AsnContext&, int32_t*)>(pd_UnconsInteger));
+    const Read unconsUnsigned =
+        plain<uint32_t>(static_cast<AsnStatus (*)(AsnContext&, uint32_t*)>(pd_UnconsUnsigned));
+    const Read small = plain<uint32_t>(
+        static_cast<AsnStatus (*)(AsnContext&, uint32_t*)>(pd_SmallNonNegWholeNumber));
     const NumberCase cases[] = {
         {"one value takes nothing", consUnsigned(0, 0), "", aligned, 0, 0, 0, 0},
         {"one bit", consUnsigned(0, 1), "80", aligned, 0, 1, 0, 1},

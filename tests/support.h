@@ -97,7 +97,7 @@ class Decoding {
         std::copy(octets.begin(), octets.end(), octets_.get());
         const uint8_t dummy = 0;
         EXPECT_EQ(asnInitContext(ctx, &dummy, 1), kAsnOk);
-        asnBindOpenType(ctx, octets_.get(), static_cast<uint32_t>(octets.size()));
+        asnBindOctets(ctx, octets_.get(), static_cast<uint32_t>(octets.size()));
         ctx.aligned = aligned ? 1 : 0;
     }
     ~Decoding() { asnFreeContext(ctx); }

@@ -1,35 +1,41 @@
 #include "bits.h"
 
-#include "reader.h"
-
-[[gnu::flatten]] AsnStatus pd_IncrBitIdx(AsnContext& ctx) {
-    return asnRead(ctx, [](auto& in) { return in.step(); });
+void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint32_t nbits) {
+    const uint32_t whole = nbits / 8;
+    const uint32_t rest = nbits % 8;
+    if (unread == 8) {
+        std::memcpy(to, from, whole);
+    } else {
+        for (uint32_t i = 0; i < whole; ++i)
+            to[i] = static_cast<uint8_t>(from[i] << (8 - unread) | from[i + 1] >> unread);
+    }
+    if (rest == 0) return;
+    from += whole;
+    uint32_t bits = uint32_t{*from} << (8 - unread);
+    if (rest > unread) bits |= uint32_t{from[1]} >> unread;
+    to[whole] = static_cast<uint8_t>(bits & 0xFF00U >> rest);
 }
 
-[[gnu::flatten]] AsnStatus pd_bit(AsnContext& ctx, uint8_t* value) {
-    return asnRead(ctx, [value](auto& in) {
-        if (value == nullptr) return in.step();
-        uint32_t bit = 0;
-        const AsnStatus status = in.bit(bit);
-        if (status == kAsnOk) *value = static_cast<uint8_t>(bit);
-        return status;
-    });
+AsnStatus pd_IncrBitIdx(AsnContext& ctx) {
+    return asnRead(ctx, [](auto in) { return pd_IncrBitIdx(in); });
 }
 
-[[gnu::flatten]] AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits) {
-    return asnRead(ctx, [value, nbits](auto& in) { return in.bits(*value, nbits); });
+AsnStatus pd_bit(AsnContext& ctx, uint8_t* value) {
+    return asnRead(ctx, [=](auto in) { return pd_bit(in, value); });
 }
 
-[[gnu::flatten]] AsnStatus pd_octets(AsnContext& ctx, uint8_t* buffer, uint32_t capacity,
-                                     uint32_t nbits) {
-    return asnRead(
-        ctx, [buffer, capacity, nbits](auto& in) { return in.octets(buffer, capacity, nbits); });
+AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits) {
+    return asnRead(ctx, [=](auto in) { return pd_bits(in, value, nbits); });
 }
 
-[[gnu::flatten]] AsnStatus pd_byteAlign(AsnContext& ctx) {
-    return asnRead(ctx, [](auto& in) { return in.align(); });
+AsnStatus pd_octets(AsnContext& ctx, uint8_t* buffer, uint32_t capacity, uint32_t nbits) {
+    return asnRead(ctx, [=](auto in) { return pd_octets(in, buffer, capacity, nbits); });
 }
 
-[[gnu::flatten]] AsnStatus pd_moveBitCursor(AsnContext& ctx, int64_t nbits) {
-    return asnRead(ctx, [nbits](auto& in) { return in.move(nbits); });
+AsnStatus pd_byteAlign(AsnContext& ctx) {
+    return asnRead(ctx, [](auto in) { return pd_byteAlign(in); });
+}
+
+AsnStatus pd_moveBitCursor(AsnContext& ctx, int64_t nbits) {
+    return asnRead(ctx, [=](auto in) { return pd_moveBitCursor(in, nbits); });
 }

@@ -1,31 +1,14 @@
-// The bit reader: every other primitive and every generated decoder stands on it.
+// The bit reader: every other primitive and every generated decoder reads through it.
 //
-// Bits are read most significant first within an octet, octets in ascending order, in place. A read
-// that fails for want of bits leaves the cursor where it was, and never touches an octet outside
-// the buffer.
+// Bits are read most significant first within an octet, octets in ascending order, in place. A step
+// that fails because too few bits are left does not move the cursor, stores nothing, and never
+// touches an octet outside the buffer. Each function exists twice: as a template over a reader,
+// which holds the rule, and for a context, which picks the reader.
 #pragma once
 
-#include "context.h"
+#include <cstring>
 
-/// Absolute bit position of the cursor, and the bits from there to the end of the data (negative
-/// where the cursor was moved past it).
-inline int64_t asnBitPosition(const AsnContext& ctx) {
-    return int64_t{ctx.byteIndex} * 8 + 8 - ctx.bitOffset;
-}
-inline int64_t asnBitsLeft(const AsnContext& ctx) {
-    return int64_t{ctx.size} * 8 - asnBitPosition(ctx);
-}
-
-/// Puts the cursor at a position, in the form with bitOffset 8 .. 1.
-inline void pd_SetBitOffset(AsnContext& ctx, int64_t position) {
-    ctx.byteIndex = static_cast<uint32_t>(position / 8);
-    ctx.bitOffset = static_cast<int16_t>(8 - position % 8);
-}
-
-/// The absolute bit position. Meaningful below 2^31 bits.
-inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
-    return static_cast<int32_t>(asnBitPosition(ctx));
-}
+#include "reader.h"
 
 /// Steps the cursor one bit forward; the bit stepped over is then bit number bitOffset (7 .. 0) of
 /// the current octet. Returns 0, or -2 at the end of the data, not logged.
@@ -40,54 +23,130 @@ inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
 [[nodiscard]] AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits);
 
 /// Copies `nbits` bits, left-aligned, into `capacity` octets at `buffer`; the unused low bits of
-/// the last octet are cleared. An aligned cursor is left as (n, 8 .. 1); another keeps its form
-/// where whole octets are read. Returns 0, -2 at the end of the data, -17 where the buffer is too
-/// small, both logged.
+/// the last octet are cleared. A null `buffer` skips the bits. An aligned cursor is left as
+/// (n, 8 .. 1); another keeps its form if whole octets are read. Returns 0, -2 at the end of the
+/// data, or -17 if the buffer is too small; both logged.
 [[nodiscard]] AsnStatus pd_octets(AsnContext& ctx, uint8_t* buffer, uint32_t capacity,
                                   uint32_t nbits);
 
-/// Moves to the next octet boundary, in either variant; (n, 0) counts as unaligned. Starts the
-/// current traced field there. Returns 0, or -2, not logged, where no octet follows.
+/// Moves to the next octet boundary, in either variant; (n, 0) counts as unaligned. The current
+/// traced field then starts there. Returns 0, or -2, not logged, if no octet follows.
 [[nodiscard]] AsnStatus pd_byteAlign(AsnContext& ctx);
 
-/// Moves the cursor. Returns 0, or -2, not logged, from (size + 1) * 8 on: the test is loose by up
-/// to 7 bits past the end, and the cursor has moved all the same. A position before the first octet
-/// is refused with -2 without a move.
+/// Moves the cursor. Returns 0, or -2, not logged, from (size + 1) * 8 on: the test allows up to 7
+/// bits beyond the end, and the cursor has moved even if it fails. A move to before the first bit
+/// fails with -2 and does not move.
 [[nodiscard]] AsnStatus pd_moveBitCursor(AsnContext& ctx, int64_t nbits);
 
-// --- what callers run inline ---
+// --- the rules ---
 
-/// The next `nbits` bits, where they stand in the current octet, as those of most fields do, and
-/// nobody watches. The cursor stays.
-inline bool asnPeekInOctet(const AsnContext& ctx, uint32_t nbits, uint32_t& value) {
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_IncrBitIdx(AsnReader<Tracing> in) {
+    AsnContext& ctx = in.ctx;
+    const uint32_t index = ctx.byteIndex + (ctx.bitOffset == 0 ? 1 : 0);
+    if (index >= ctx.size) return kAsnEndOfData;
+    ctx.byteIndex = index;
+    ctx.bitOffset = static_cast<int16_t>((ctx.bitOffset == 0 ? 8 : ctx.bitOffset) - 1);
+    in.diag("pd_IncrBitIdx: bitOffset = %d, byteIndex = %d\n", static_cast<int>(ctx.bitOffset),
+            static_cast<int>(ctx.byteIndex));
+    return kAsnOk;
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_bit(AsnReader<Tracing> in, uint8_t* value) {
+    const AsnStatus status = pd_IncrBitIdx(in);
+    if (status != kAsnOk || value == nullptr) return status;
+    *value = in.ctx.data[in.ctx.byteIndex] >> in.ctx.bitOffset & 1;
+    in.diag("pd_bit: value = %d\n", static_cast<int>(*value));
+    return kAsnOk;
+}
+
+/// pd_bits if the current octet does not hold all the bits.
+template <bool Tracing>
+[[nodiscard, gnu::noinline]] AsnStatus asnBitsAcross(AsnReader<Tracing> in, uint32_t* value,
+                                                     uint32_t nbits) {
+    AsnContext& ctx = in.ctx;
+    if (asnBitsLeft(ctx) < int64_t{nbits}) return in.log(AsnSource::bits, kAsnEndOfData);
+    const uint8_t* next = ctx.data + ctx.byteIndex;
     const auto unread = static_cast<uint32_t>(ctx.bitOffset);
-    if (nbits > unread || ctx.byteIndex >= ctx.size ||
-        asnEverWatched.load(std::memory_order_relaxed))
-        return false;
-    value = uint32_t{ctx.data[ctx.byteIndex]} >> (unread - nbits) & ((1U << nbits) - 1);
-    return true;
+    const uint32_t mask = (1U << unread) - 1;
+    in.diag("pd_bits: mask = %x, data[index] = %x\n", mask, static_cast<unsigned>(*next));
+    uint32_t rest = nbits - unread;
+    uint32_t word = *next++ & mask;
+    for (; rest >= 8; rest -= 8) word = word << 8 | *next++;
+    if (rest > 0) word = word << rest | uint32_t{*next} >> (8 - rest);
+    *value = word;
+    ctx.byteIndex = static_cast<uint32_t>(next - ctx.data);
+    ctx.bitOffset = static_cast<int16_t>(8 - rest);
+    return kAsnOk;
 }
 
-/// Moves behind them: as single bits leave the cursor, and as a number does.
-inline void asnSkipFlags(AsnContext& ctx, uint32_t nbits) {
-    ctx.bitOffset = static_cast<int16_t>(static_cast<uint32_t>(ctx.bitOffset) - nbits);
+template <bool Tracing>
+[[nodiscard, gnu::always_inline]] inline AsnStatus pd_bits(AsnReader<Tracing> in, uint32_t* value,
+                                                           uint32_t nbits) {
+    AsnContext& ctx = in.ctx;
+    in.diag("pd_bits: nbits = %d, nbytes = %d\n", static_cast<int>(nbits),
+            static_cast<int>(((nbits - 1) >> 3) + 1));
+    if (nbits == 0) {
+        *value = 0;
+        return kAsnOk;
+    }
+    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
+    if (nbits > unread || ctx.byteIndex >= ctx.size) return asnBitsAcross(in, value, nbits);
+    const uint32_t octet = ctx.data[ctx.byteIndex];
+    const uint32_t mask = (1U << nbits) - 1;
+    const uint32_t rest = unread - nbits;
+    if (rest == 0) in.diag("pd_bits: mask = %x, data[index] = %x\n", mask, octet);
+    *value = octet >> rest & mask;
+    if (rest == 0) ++ctx.byteIndex;
+    ctx.bitOffset = static_cast<int16_t>(rest != 0 ? rest : 8);
+    return kAsnOk;
 }
-inline void asnSkipNumber(AsnContext& ctx, uint32_t nbits) {
-    asnSkipFlags(ctx, nbits);
-    if (ctx.bitOffset == 0) {
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_moveBitCursor(AsnReader<Tracing> in, int64_t nbits) {
+    AsnContext& ctx = in.ctx;
+    in.diag("pd_moveBitCursor: bitOffset = %d\n", static_cast<int>(nbits));
+    in.diag("context before move: bitOffset = %d, byteIndex = %d\n",
+            static_cast<int>(ctx.bitOffset), static_cast<int>(ctx.byteIndex));
+    const int64_t position = asnBitPosition(ctx) + nbits;
+    if (position < 0) return kAsnEndOfData;
+    pd_SetBitOffset(ctx, position);
+    in.diag("context after move: bitOffset = %d, byteIndex = %d\n", static_cast<int>(ctx.bitOffset),
+            static_cast<int>(ctx.byteIndex));
+    return position / 8 <= int64_t{ctx.size} ? kAsnOk : kAsnEndOfData;
+}
+
+/// Copies `nbits` bits that start where `unread` bits of the octet at `from` are left.
+void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint32_t nbits);
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_octets(AsnReader<Tracing> in, uint8_t* buffer, uint32_t capacity,
+                                  uint32_t nbits) {
+    AsnContext& ctx = in.ctx;
+    const uint32_t octets = nbits / 8 + (nbits % 8 != 0 ? 1 : 0);
+    if (asnBitsLeft(ctx) < int64_t{nbits}) return in.log(AsnSource::bits, kAsnEndOfData);
+    if (octets > capacity) return in.log(AsnSource::bits, kAsnTooLong);
+    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
+    if (buffer != nullptr && nbits != 0)
+        asnCopyBits(buffer, ctx.data + ctx.byteIndex, unread, nbits);
+    if (unread == 8) return pd_moveBitCursor(in, nbits);
+    if (nbits % 8 == 0)
+        ctx.byteIndex += octets;
+    else
+        pd_SetBitOffset(ctx, asnBitPosition(ctx) + nbits);
+    return kAsnOk;
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_byteAlign(AsnReader<Tracing> in) {
+    AsnContext& ctx = in.ctx;
+    if (ctx.bitOffset != 8) {
         ++ctx.byteIndex;
         ctx.bitOffset = 8;
+        in.setFieldOffset();
     }
+    return ctx.byteIndex < ctx.size ? kAsnOk : kAsnEndOfData;
 }
 
-/// Moves over octets at the next octet boundary of the ALIGNED variant and returns them, where they
-/// are there and nobody watches. Else the cursor stays, and what is returned is null.
-inline const uint8_t* asnTakeOctets(AsnContext& ctx, uint32_t octets) {
-    const uint64_t index = uint64_t{ctx.byteIndex} + (ctx.bitOffset != 8 ? 1 : 0);
-    if (ctx.aligned == 0 || index + octets > ctx.size ||
-        asnEverWatched.load(std::memory_order_relaxed))
-        return nullptr;
-    ctx.byteIndex = static_cast<uint32_t>(index + octets);
-    ctx.bitOffset = 8;
-    return ctx.data + index;
-}
+static_assert(__LINE__ < 1000, "trail lines of two sources would meet");

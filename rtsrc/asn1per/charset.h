@@ -1,5 +1,5 @@
-// The alphabets of the known-multiplier 8-bit character strings (X.691, 07/2002, 27.5), as
-// constants that generated code can resolve when it is compiled.
+// The alphabets of the known-multiplier 8-bit character strings (X.691, 07/2002, 27.5). Character
+// sets are constants that are computed when the code is compiled.
 #pragma once
 
 #include <bit>
@@ -19,7 +19,8 @@ struct AsnAlphabet {
 /// A character set as one string uses it.
 struct AsnCharSet {
     uint8_t permitted[256];  // the permitted characters, in the order of the full alphabet
-    uint32_t count;          // how many; 0: codes are sent, nothing is looked up
+    uint32_t count;          // the number of permitted characters
+    bool restricted;         // no other character is accepted
     uint32_t charSetBits;    // bit count of the full alphabet's size
     uint32_t unalignedBits;  // bits per character, UNALIGNED
     uint32_t alignedBits;    // bits per character, ALIGNED
@@ -45,7 +46,7 @@ inline constexpr AsnAlphabet kAsnNumericString = asnAlphabet(" 0123456789", 4, 4
 inline constexpr AsnAlphabet kAsnPrintableString = asnAlphabet(
     " '()+,-./0123456789:=?ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz", 7, 8, false);
 inline constexpr AsnAlphabet kAsnVisibleString = asnCodeAlphabet(0x7E, 0, 0x1F);
-/// Ends at 0x5F; without a permitted alphabet codes up to 0x7F come through all the same.
+/// Ends at 0x5F. Without a permitted alphabet codes up to 0x7F are accepted all the same.
 inline constexpr AsnAlphabet kAsnIA5String = asnCodeAlphabet(0x5F, 0x100, 0x100);
 inline constexpr AsnAlphabet kAsnGeneralString = asnCodeAlphabet(0xFF, 0x88, 0x8F);
 inline constexpr AsnAlphabet kAsn86CharString = asnAlphabet(
@@ -55,10 +56,21 @@ static_assert(kAsnPrintableString.size == 74 && kAsnVisibleString.size == 95 &&
               kAsnIA5String.size == 96 && kAsnGeneralString.size == 248 &&
               kAsn86CharString.size == 86);
 
-/// The set that remains of an alphabet under a permitted alphabet, given as text, or null. The bits
-/// are those of the number of characters itself, not of the largest index: 16 characters take 5.
+/// Bits per character of a permitted alphabet in the UNALIGNED variant: those of the number of
+/// characters itself, not of the largest index, so 16 characters take 5. None take 8.
+constexpr uint32_t asnCharacterBits(uint32_t count) {
+    return count != 0 ? asnBitCount(count) : 8;
+}
+
+/// The set that a permitted alphabet, given as text or null, leaves of an alphabet. If they share
+/// no character, every character is refused.
 constexpr AsnCharSet asnCharSet(const AsnAlphabet& alphabet, const char* permitted) {
-    AsnCharSet set{{}, 0, asnBitCount(alphabet.size), alphabet.unalignedBits, alphabet.alignedBits};
+    AsnCharSet set{{},
+                   0,
+                   permitted != nullptr,
+                   asnBitCount(alphabet.size),
+                   alphabet.unalignedBits,
+                   alphabet.alignedBits};
     bool keep[256] = {};
     for (const char* c = permitted; c != nullptr && *c != 0; ++c)
         keep[static_cast<uint8_t>(*c)] = true;
@@ -66,8 +78,15 @@ constexpr AsnCharSet asnCharSet(const AsnAlphabet& alphabet, const char* permitt
         if (permitted != nullptr ? keep[alphabet.codes[i]] : alphabet.indexed)
             set.permitted[set.count++] = alphabet.codes[i];
     if (permitted != nullptr) {
-        set.unalignedBits = set.count != 0 ? asnBitCount(set.count) : 8;
+        set.unalignedBits = asnCharacterBits(set.count);
         set.alignedBits = std::bit_ceil(set.unalignedBits);
     }
     return set;
 }
+
+/// The sets of the string types without a permitted alphabet.
+inline constexpr AsnCharSet kAsnNumericStringSet = asnCharSet(kAsnNumericString, nullptr);
+inline constexpr AsnCharSet kAsnPrintableStringSet = asnCharSet(kAsnPrintableString, nullptr);
+inline constexpr AsnCharSet kAsnVisibleStringSet = asnCharSet(kAsnVisibleString, nullptr);
+inline constexpr AsnCharSet kAsnIA5StringSet = asnCharSet(kAsnIA5String, nullptr);
+inline constexpr AsnCharSet kAsnGeneralStringSet = asnCharSet(kAsnGeneralString, nullptr);

@@ -1,177 +1,215 @@
-// What the generated decoders are made of: the rules for SEQUENCE, CHOICE and SEQUENCE OF that go
-// beyond one primitive. The value model is in asn1per.h.
+// What generated decoders use besides the primitives: the rules for SEQUENCE, CHOICE and SEQUENCE
+// OF (X.691, 07/2002, clauses 18, 19 and 22). Nothing here logs a failure, except that memory for a
+// CHOICE alternative could not be allocated. The value model is in asn1per.h.
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
-#include <cstring>
-#include <utility>
 
 #include "numbers.h"
 #include "objid.h"
 #include "opentypes.h"
 
-/// BOOLEAN: 0 or 1. Returns 0, or -2, not logged.
-[[nodiscard]] inline AsnStatus pd_Boolean(AsnContext& ctx, uint8_t& value) {
-    uint32_t bit = 0;
-    if (!asnPeekInOctet(ctx, 1, bit)) return pd_bit(ctx, &value);
-    asnSkipFlags(ctx, 1);
-    value = static_cast<uint8_t>(bit);
-    return kAsnOk;
-}
-
 // --- SEQUENCE ---
 
-/// pd_Flags where the bits are not all in the current octet, or somebody watches.
-uint32_t asnFlags(AsnContext& ctx, uint32_t count);
+/// Eight bits in reverse order.
+inline constexpr auto kAsnReversed = [] {
+    std::array<uint8_t, 256> reversed{};
+    for (uint32_t octet = 0; octet < 256; ++octet)
+        for (uint32_t bit = 0; bit < 8; ++bit)
+            if ((octet >> bit & 1) != 0) reversed[octet] |= static_cast<uint8_t>(0x80 >> bit);
+    return reversed;
+}();
 
-/// `count` extension and presence bits, 1 to 32, as a number, the first one read the most
-/// significant. The status of their read is dropped: a bit beyond the end counts as 0, and the next
-/// read that is examined fails.
-inline uint32_t pd_Flags(AsnContext& ctx, uint32_t count) {
-    uint32_t bits = 0;
-    if (!asnPeekInOctet(ctx, count, bits)) return asnFlags(ctx, count);
-    asnSkipFlags(ctx, count);
-    return bits;
+/// `count` extension or presence bits, 1 to 32; the first one is bit 0 of the result. The status of
+/// these reads is ignored by design: a bit beyond the end counts as 0, and the next checked read
+/// fails.
+template <bool Tracing>
+inline uint32_t asnFlags(AsnReader<Tracing> in, uint32_t count) {
+    AsnContext& ctx = in.ctx;
+    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
+    if (!Tracing && count <= unread && ctx.byteIndex < ctx.size) {  // all in the current octet
+        const uint32_t rest = unread - count;
+        ctx.bitOffset = static_cast<int16_t>(rest);
+        return uint32_t{kAsnReversed[ctx.data[ctx.byteIndex] >> rest << (8 - count) & 0xFF]};
+    }
+    uint32_t flags = 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        uint8_t flag = 0;
+        (void)pd_bit(in, &flag);  // ignored by design
+        flags |= uint32_t{flag} << i;
+    }
+    return flags;
 }
 
-/// The presence bits of `count` optional components as the word `m`, which declares the last one
-/// of them first, and bits of additions behind them.
-template <class Flags>
-void pd_PresenceBits(AsnContext& ctx, Flags& m, uint32_t count) {
-    static_assert(sizeof m == sizeof(uint32_t));
-    const uint32_t word = pd_Flags(ctx, count);
-    std::memcpy(&m, &word, sizeof word);
+template <bool Tracing>
+inline bool asnExtensionBit(AsnReader<Tracing> in) {
+    return asnFlags(in, 1) != 0;
 }
 
-/// The same, of fewer than 32, behind an extension bit, which is returned.
-template <class Flags>
-uint32_t pd_ExtPresenceBits(AsnContext& ctx, Flags& m, uint32_t count) {
-    static_assert(sizeof m == sizeof(uint32_t));
-    const uint32_t bits = pd_Flags(ctx, count + 1);
-    const uint32_t word = bits & ((1U << count) - 1);
-    std::memcpy(&m, &word, sizeof word);
-    return bits >> count;
+/// Reads the presence bits of `count` optional root components, 0 to 32, into the word `m`: bit 0
+/// is the first component in declaration order. The bits of additions are cleared.
+template <class Flags, bool Tracing>
+inline void asnPresenceBits(AsnReader<Tracing> in, Flags& m, uint32_t count) {
+    static_assert(sizeof m == sizeof(uint32_t) && std::endian::native == std::endian::little,
+                  "bit-fields are allocated from the lowest bit on little-endian systems");
+    m = std::bit_cast<Flags>(count != 0 ? asnFlags(in, count) : 0);
 }
 
-/// Ends a SEQUENCE that knows no additions: keeps those that came, or clears the record. Returns
-/// the status of pd_OpenTypeExt.
-[[nodiscard]] inline AsnStatus pd_UnknownAdditions(AsnContext& ctx, uint32_t extended,
-                                                   AsnOpenType& extElem1) {
-    if (extended != 0) return pd_OpenTypeExt(ctx, &extElem1.data, &extElem1.numocts);
-    extElem1 = {};
-    return kAsnOk;
+/// The extension additions of a SEQUENCE that knows some, while they are decoded (X.691 18.7 to
+/// 18.9).
+struct AsnAdditions {
+    uint64_t index;    // the addition that the cursor stands in
+    bool done;         // there is no further addition
+    uint64_t count;    // bits of the bitmap
+    AsnCursor bitmap;  // the second cursor: the next bit of the bitmap
+    AsnCursor outer;   // the place after the open type that was entered
+};
+
+/// Enters the open type of the next addition from `additions.index` on that is present, if there is
+/// one.
+template <bool Tracing>
+[[nodiscard]] AsnStatus asnEnterAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
+    const AsnCursor main = asnSaveCursor(in.ctx);
+    asnRestoreCursor(in.ctx, additions.bitmap);
+    uint8_t present = 0;
+    for (; additions.index < additions.count; ++additions.index) {
+        (void)pd_bit(in, &present);  // ignored by design
+        if (present != 0) break;
+    }
+    additions.bitmap = asnSaveCursor(in.ctx);
+    asnRestoreCursor(in.ctx, main);
+    additions.done = present == 0;
+    return additions.done ? kAsnOk : asnEnterOpenType(in, additions.outer);
 }
 
-/// Decodes addition `index` of `record` from the cursor, which stands at the start of its open
-/// type, and sets its presence bit; an index that it does not know is no error and leaves nothing.
-using AsnAdditionDecoder = AsnStatus (*)(AsnContext& ctx, void* record, uint32_t index);
+/// Reads the length of the bitmap, once the extension bit was read as 1, and enters the open type
+/// of the first addition that is present. Returns 0, -2 or -12.
+template <bool Tracing>
+[[nodiscard]] AsnStatus asnFirstAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
+    uint32_t last = 0;
+    AsnStatus status = pd_SmallNonNegWholeNumber(in, &last);
+    if (status != kAsnOk) return status;
+    additions.index = 0;
+    additions.count = uint64_t{last} + 1;
+    additions.bitmap = asnSaveCursor(in.ctx);
+    status = pd_moveBitCursor(in, static_cast<int64_t>(additions.count));
+    return status == kAsnOk ? asnEnterAddition(in, additions) : status;
+}
 
-/// Ends a SEQUENCE that knows additions, where its extension bit is 1 (X.691 18.7 to 18.9): reads
-/// the bitmap and redirects the cursor into one open type after the other. A failure inside one is
-/// returned at once, the cursor left redirected.
-[[nodiscard]] AsnStatus pd_Additions(AsnContext& ctx, void* record, AsnAdditionDecoder decode);
+/// Leaves an addition, however much of it was read, and enters the next one that is present.
+template <bool Tracing>
+[[nodiscard]] AsnStatus asnNextAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
+    asnLeaveOpenType(in, additions.outer);
+    ++additions.index;
+    return asnEnterAddition(in, additions);
+}
 
 // --- CHOICE ---
 
-/// Reads the index of one of at most 255 root alternatives into the tag (index + 1). Returns 0, -2,
-/// or -11 for an index beyond the root, not logged.
-[[nodiscard]] AsnStatus pd_RootAlternative(AsnContext& ctx, uint32_t* t, uint32_t roots);
-
-/// pd_ExtAlternative where the extension bit is 1, the bits are not all in the current octet, or
-/// somebody watches.
-[[nodiscard]] AsnStatus asnExtAlternative(AsnContext& ctx, uint32_t* t, uint32_t roots);
-
-/// The same as pd_RootAlternative behind an extension bit. Returns kAsnExtended where that is 1,
-/// and nothing more is read.
-[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ExtAlternative(AsnContext& ctx, uint32_t* t,
-                                                                     uint32_t roots) {
-    const uint32_t nbits = 1 + asnBitCount(roots - 1);
+/// Reads the index of one of `roots` root alternatives into the tag, which is index + 1. Returns 0,
+/// -2, or -11 for an index beyond the root.
+template <bool Tracing>
+[[nodiscard, gnu::always_inline]] inline AsnStatus asnRootAlternative(AsnReader<Tracing> in,
+                                                                      uint32_t* t, uint32_t roots) {
     uint32_t index = 0;
-    if (!asnPeekInOctet(ctx, nbits, index) || index >= roots)
-        return asnExtAlternative(ctx, t, roots);
-    if (roots > 1)
-        asnSkipNumber(ctx, nbits);
-    else
-        asnSkipFlags(ctx, nbits);  // the extension bit alone
+    const AsnStatus status = pd_ConsUnsigned(in, &index, 0, roots - 1);
+    if (status != kAsnOk) return status;
     *t = index + 1;
-    return kAsnOk;
+    return index < roots ? kAsnOk : kAsnInvalidChoice;
 }
 
-/// Keeps an unknown alternative of a CHOICE that knows no extension alternatives, in a record in
-/// the element heap; the tag is left alone. Returns 0, -2 or -12, logged.
-[[nodiscard]] AsnStatus pd_UnknownAlternative(AsnContext& ctx, AsnOpenType*& extElem1);
-
-/// Decodes the alternative that the tag of `choice` names.
-using AsnAlternativeDecoder = AsnStatus (*)(AsnContext& ctx, void* choice);
-
-/// An extension alternative of a CHOICE with `roots` root and `known` extension alternatives: index
-/// to tag, a move to the next octet boundary in either variant, and the alternative from inside its
-/// open type. Returns 0, -11 for an index that is not known (its open type has been read; the
-/// cursor is left redirected; not logged), or what failed.
-[[nodiscard]] AsnStatus pd_ExtensionAlternative(AsnContext& ctx, void* choice, uint32_t& t,
-                                                uint32_t roots, uint32_t known,
-                                                AsnAlternativeDecoder decode);
+/// Reads the index of an extension alternative, once the extension bit was read as 1, into the tag,
+/// which continues that of the `roots` root alternatives; moves to the next octet boundary in
+/// either variant; and enters the open type. Returns 0, -2, -12, or -11 for an index that is not
+/// one of the `known` alternatives: the cursor is then in its open type.
+template <bool Tracing>
+[[nodiscard]] AsnStatus asnEnterAlternative(AsnReader<Tracing> in, uint32_t* t, uint32_t roots,
+                                            uint32_t known, AsnCursor& outer) {
+    uint32_t index = 0;
+    AsnStatus status = pd_SmallNonNegWholeNumber(in, &index);
+    if (status != kAsnOk) return status;
+    *t = index + roots + 1;
+    status = pd_byteAlign(in);
+    if (status == kAsnOk) status = asnEnterOpenType(in, outer);
+    return status == kAsnOk && index >= known ? kAsnInvalidChoice : status;
+}
 
 // --- SEQUENCE OF ---
 
-/// The count of a list. Every element takes at least `elementBits` bits: a count that asks for more
-/// than is left fails with -2, logged, before anything is allocated. Else the status of pd_Length:
-/// also 2, for fragmented lists are not supported.
-[[nodiscard]] AsnStatus pd_ListLength(AsnContext& ctx, uint32_t* count, uint32_t elementBits);
+/// Registers the size constraint of the next string or list. The status is ignored by design: no
+/// other constraint is pending there.
+template <bool Tracing>
+inline void asnSetSize(AsnReader<Tracing> in, const AsnSizeConstraint& size) {
+    (void)pd_SetSizeConstraint(in.ctx, &size);
+}
+
+/// The fewest bits that one element of a list takes.
+struct AsnElementBits {
+    uint32_t aligned;
+    uint32_t unaligned;
+};
+
+/// Reads the count of a list. If its elements cannot fit into the data that is left, it fails with
+/// -2 before anything is allocated. Otherwise returns the status of pd_Length; 2 is a failure,
+/// because fragmented lists are not supported.
+template <bool Tracing>
+[[nodiscard]] AsnStatus asnListLength(AsnReader<Tracing> in, uint32_t* count,
+                                      AsnElementBits least) {
+    const AsnStatus status = pd_Length(in, count);
+    if (status != kAsnOk) return status;
+    const uint32_t elementBits = in.ctx.aligned != 0 ? least.aligned : least.unaligned;
+    return asnBitsLeft(in.ctx) >= int64_t{*count} * elementBits ? kAsnOk : kAsnEndOfData;
+}
 
 // --- values in the element heap ---
 
-/// A run of octets inside a record.
+/// A range of octets inside a record.
 struct AsnSpan {
     size_t offset;
     size_t size;
 };
 
-/// The spans of a type that need no clearing: inline octets behind a count that says how many of
-/// them are value. A record with room for a key of 65535 octets would else cost as many
-/// writes. The generator specialises this for the types that have any, in ascending order.
+/// The spans of a type that need no clearing: inline octets after a count that says how many of
+/// them are valid. Clearing a record with room for a key of 65535 octets would cost more than
+/// decoding the message. The generator specialises this for the types that have any, in ascending
+/// order.
 template <class T>
 inline constexpr std::array<AsnSpan, 0> asnUncleared{};
 
-/// `count` records of `size` octets, zeroed; or but for the spans. Null where memory is exhausted.
-void* asnNewCleared(AsnContext& ctx, size_t count, size_t size);
-void* asnNewRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
-                    size_t spans);
+/// `count` records of `size` octets, zeroed except for the spans. Null if memory is exhausted.
+void* asnAllocRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
+                      size_t spans);
 
-/// Values up to this size are cleared where they are allocated: a call would cost more.
-constexpr size_t kAsnClearedInline = 64;
-
-/// The array of a list; a count of 0 gives an address all the same. Null: the caller logs.
-template <class T>
-T* asnNewElements(AsnContext& ctx, uint32_t count) {
+/// The elements of a list; also a count of 0 gives an address. Null if memory is exhausted, which
+/// the caller logs.
+template <class T, bool Tracing>
+T* asnNewElements(AsnReader<Tracing> in, uint32_t count) {
     constexpr auto& spans = asnUncleared<T>;
-    if constexpr (spans.empty())
-        return static_cast<T*>(asnNewCleared(ctx, count, sizeof(T)));
-    else
-        return static_cast<T*>(asnNewRecords(ctx, count, sizeof(T), spans.data(), spans.size()));
+    return static_cast<T*>(asnAllocRecords(in.ctx, count, sizeof(T), spans.data(), spans.size()));
 }
 
-[[gnu::cold]] void asnLogNoMemory(AsnContext& ctx);
-
-/// The value of a choice alternative. Null: logged with -12, which the caller returns.
-template <class T>
-T* asnNewValue(AsnContext& ctx) {
+/// The value of a choice alternative, zeroed. Null if memory is exhausted: -12 has been logged, and
+/// the caller returns it.
+template <class T, bool Tracing>
+T* asnNewValue(AsnReader<Tracing> in) {
+    constexpr size_t kClearedInline = 64;  // a call would take longer
     T* value = nullptr;
-    if constexpr (sizeof(T) <= kAsnClearedInline) {
-        value = static_cast<T*>(asnMemAllocRaw(ctx.memHeap, sizeof(T)));
+    if constexpr (sizeof(T) <= kClearedInline) {
+        value = static_cast<T*>(asnMemAllocRaw(in.ctx.memHeap, sizeof(T)));
         if (value != nullptr) *value = T{};
     } else {
-        value = asnNewElements<T>(ctx, 1);
+        value = asnNewElements<T>(in, 1);
     }
-    if (value == nullptr) asnLogNoMemory(ctx);
+    if (value == nullptr) (void)in.log(AsnSource::constructs, kAsnNoMemory);
     return value;
 }
 
 // --- recursive types ---
 
-/// How many values of recursive types may stand inside one another. H.245 allows 15 levels of
-/// MultiplexElement; the stack of a thread would bear many times this.
+/// How many values of recursive types may be nested. H.245 allows 15 levels of MultiplexElement;
+/// the stack of a thread would hold many times this number.
 constexpr uint32_t kAsnMaxDepth = 64;
 
 /// One level of a recursive type, while its decoder runs.
@@ -181,9 +219,10 @@ class AsnNesting {
     ~AsnNesting() { --ctx_.depth; }
     AsnNesting(const AsnNesting&) = delete;
     AsnNesting& operator=(const AsnNesting&) = delete;
-    /// 0, or -22, logged, beyond kAsnMaxDepth.
-    [[nodiscard]] AsnStatus check() const;
+    bool tooDeep() const { return ctx_.depth > kAsnMaxDepth; }
 
   private:
     AsnContext& ctx_;
 };
+
+static_assert(__LINE__ < 1000, "trail lines of two sources would meet");

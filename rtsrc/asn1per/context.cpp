@@ -10,18 +10,19 @@ constexpr uint32_t kOwnBufferSize = 16384;
 
 int32_t diagSwitch = 0;
 
-/// All but the cursor. The trail, the parameters and the name stack are arrays behind counts of 0:
-/// clearing them would cost more than a small message takes to decode.
+/// All but the cursor. The trail, the parameters and the name stack are arrays whose count is 0:
+/// clearing them would cost more than decoding a small message.
 void clear(AsnContext& ctx) {
     ctx.errInfo.trailCount = 0;
     ctx.errInfo.status = 0;
     ctx.errInfo.parmCount = 0;
     ctx.memHeap = {};
     ctx.reserved = 0x0A0A;
+    ctx.flags = 0;
     ctx.fieldList = {};
     ctx.sizeConstraint = nullptr;
     ctx.nameStack.count = 0;
-    ctx.ownedBuffer = nullptr;
+    ctx.ownBuffer = nullptr;
     ctx.depth = 0;
 }
 
@@ -42,36 +43,42 @@ AsnContext* asnNewContext(const uint8_t* data, uint32_t size, uint8_t aligned) {
 AsnStatus asnInitContext(AsnContext& ctx, const uint8_t* data, uint32_t size) {
     clear(ctx);
     ctx.aligned = 0;
-    ctx.flags = 0;
     return asnBindBuffer(ctx, data, size);
 }
 
 AsnStatus asnBindBuffer(AsnContext& ctx, const uint8_t* data, uint32_t size) {
     if (data != nullptr && size != 0) {
-        asnBindOpenType(ctx, data, size);
+        asnBindOctets(ctx, data, size);
         return kAsnOk;
     }
-    if (ctx.ownedBuffer == nullptr) {
-        ctx.ownedBuffer = static_cast<uint8_t*>(std::calloc(1, kOwnBufferSize));
-        if (ctx.ownedBuffer == nullptr) return kAsnNoMemory;
+    if (ctx.ownBuffer == nullptr) {
+        ctx.ownBuffer = static_cast<uint8_t*>(std::calloc(1, kOwnBufferSize));
+        if (ctx.ownBuffer == nullptr) return kAsnNoMemory;
     }
-    asnBindOpenType(ctx, ctx.ownedBuffer, kOwnBufferSize);
+    asnBindOctets(ctx, ctx.ownBuffer, kOwnBufferSize);
     ctx.dynamic = 1;
     return kAsnOk;
 }
 
 AsnStatus asnForkContext(AsnContext& fork, const AsnContext& ctx) {
     clear(fork);
-    asnCopyCursor(fork, ctx);
+    asnRestoreCursor(fork, asnSaveCursor(ctx));
     fork.dynamic = 0;
-    fork.flags = 0;
+    fork.aligned = ctx.aligned;
     return kAsnOk;
 }
 
+void asnCopyCursor(AsnContext& to, const AsnContext& from) {
+    asnRestoreCursor(to, asnSaveCursor(from));
+    to.dynamic = from.dynamic;
+    to.aligned = from.aligned;
+    to.flags = from.flags;
+}
+
 void asnFreeContext(AsnContext& ctx) {
-    if (ctx.ownedBuffer != nullptr) {
-        std::free(ctx.ownedBuffer);
-        ctx.ownedBuffer = nullptr;
+    if (ctx.ownBuffer != nullptr) {
+        std::free(ctx.ownBuffer);
+        ctx.ownBuffer = nullptr;
         ctx.data = nullptr;
         ctx.dynamic = 0;
     }
@@ -88,11 +95,9 @@ void asnFreeContext(AsnContext& ctx) {
 void asnSetFieldTrace(AsnContext& ctx, uint8_t on) {
     const int flags = on != 0 ? ctx.flags | ctxFieldTrace : ctx.flags & ~ctxFieldTrace;
     ctx.flags = static_cast<uint16_t>(flags);
-    if (on != 0) asnEverWatched = true;
 }
 
 int32_t asnSetDiag(int32_t value) {
-    if (value != 0) asnEverWatched = true;
     return diagSwitch = value;
 }
 

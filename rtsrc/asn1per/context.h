@@ -1,14 +1,13 @@
 // The decoding context: one run over the octets of one message.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "error.h"
 #include "heap.h"
 
-/// A size constraint (X.691 10.9.4.1). Records with `extended` 0 hold the root range, one with
-/// `extended` 1 the range that applies when the length-extension bit is set.
+/// A size constraint (X.691, 07/2002, 10.9.4.1). Records with `extended` 0 hold the root range, one
+/// with `extended` 1 the range that applies if the length-extension bit is set.
 struct AsnSizeConstraint {
     uint8_t extended;
     uint32_t lower;
@@ -29,7 +28,8 @@ struct AsnBitFieldLink {
 struct AsnBitFieldList {
     int32_t count;
     AsnBitFieldLink* head;
-    AsnBitFieldLink* tail;  // its field is the current one
+    AsnBitFieldLink* tail;  // its field is the current one, unless `lost`
+    bool lost;              // the newest field could not be allocated: no field is current
 };
 struct AsnNameStack {
     int32_t count;
@@ -39,75 +39,106 @@ struct AsnNameStack {
 constexpr uint16_t ctxAllocated = 0x8000;   // asnFreeContext frees the context object itself
 constexpr uint16_t ctxFieldTrace = 0x2000;  // the bit-field trace is on
 
-/// Where a context reads, which it saves and restores around an open type. The bit position is
-/// byteIndex * 8 + 8 - bitOffset. (n, 0) and (n + 1, 8) are the same position, but spans of unknown
-/// extensions are counted in octet indexes: every primitive accepts both forms and leaves the one
-/// that it documents.
-struct AsnCursor {
-    const uint8_t* data;  // the octets read; the caller's unless `dynamic`
-    uint32_t byteIndex;   // the current octet
-    uint32_t size;        // octets in `data`
-    int16_t bitOffset;    // bits of the current octet not yet read: 8 .. 0
-    uint8_t dynamic;      // 1: `data` is a buffer that the context allocated
-    uint8_t aligned;      // 1: ALIGNED variant of PER, 0: UNALIGNED
-    uint16_t flags;       // ctxAllocated, ctxFieldTrace
-};
-
-struct AsnContext : AsnCursor {
-    AsnErrorInfo errInfo;
-    AsnMemHeap memHeap;
-    uint16_t reserved;  // 0x0A0A
+/// One decoding run. The cursor is at bit byteIndex * 8 + 8 - bitOffset. (n, 0) and (n + 1, 8) are
+/// the same position, but spans of unknown extensions are counted in octet indexes: every primitive
+/// accepts both forms and leaves the one that it documents.
+struct AsnContext {
+    const uint8_t* data;   // the octets that are read: the caller's, or those of an open type
+    uint32_t byteIndex;    // the current octet
+    uint32_t size;         // octets in `data`
+    int16_t bitOffset;     // bits of the current octet not yet read: 8 .. 0
+    uint8_t dynamic;       // 1: `data` is `ownBuffer`
+    uint8_t aligned;       // 1: ALIGNED variant of PER, 0: UNALIGNED
+    AsnErrorInfo errInfo;  // the trail of a failure
+    AsnMemHeap memHeap;    // every decoded value
+    uint16_t reserved;     // 0x0A0A
+    uint16_t flags;        // ctxAllocated, ctxFieldTrace
     AsnBitFieldList fieldList;
     const AsnSizeConstraint* sizeConstraint;  // applies to the next length read; null: none
     AsnNameStack nameStack;
-    uint8_t* ownedBuffer;  // the buffer of `dynamic`, kept here while the cursor is redirected
-    uint32_t depth;        // open values of recursive types
+    uint8_t* ownBuffer;  // a buffer that asnBindBuffer allocated, or null; freed with the context
+    uint32_t depth;      // values of recursive types that are being decoded
 };
 
-/// A context in memory of its own over the caller's octets, which must outlive it. Null where
-/// memory is exhausted. Null `data` or zero `size` gives a zeroed buffer of 16384 octets.
+/// A context in memory of its own over the caller's octets, which must outlive it. Null `data` or
+/// zero `size` gives a zeroed buffer of 16384 octets. Returns null if memory is exhausted.
 AsnContext* asnNewContext(const uint8_t* data, uint32_t size, uint8_t aligned);
 
-/// Clears the context and binds the octets. 0, or -12 where a buffer was needed and not to be had.
+/// Initialises a context in the caller's memory, UNALIGNED, and binds the octets as asnBindBuffer
+/// does. Arrays whose count is 0 are not cleared. Returns 0 or -12.
 [[nodiscard]] AsnStatus asnInitContext(AsnContext& ctx, const uint8_t* data, uint32_t size);
 
-/// Puts the cursor at the start of other octets; errors, heap and flags stay. With null `data` or
-/// zero `size` the context reads a zeroed buffer of 16384 octets of its own. 0 or -12.
+/// Moves the cursor to the start of other octets; errors, heap and flags stay. With null `data` or
+/// zero `size` the context reads a zeroed buffer of 16384 octets of its own. Returns 0, or -12 if
+/// that buffer cannot be allocated.
 [[nodiscard]] AsnStatus asnBindBuffer(AsnContext& ctx, const uint8_t* data, uint32_t size);
 
-/// Puts the cursor at the start of the octets of an open type, which may be none at all.
-inline void asnBindOpenType(AsnContext& ctx, const uint8_t* data, uint32_t numocts) {
+/// Moves the cursor to the start of octets that may be none: `data` is not read if `size` is 0.
+inline void asnBindOctets(AsnContext& ctx, const uint8_t* data, uint32_t size) {
     ctx.data = data;
     ctx.byteIndex = 0;
-    ctx.size = numocts;
+    ctx.size = size;
     ctx.bitOffset = 8;
     ctx.dynamic = 0;
 }
 
-/// A second cursor over the same octets at the same position, with an empty heap and trail and the
-/// trace off. It owns nothing until something is allocated through it. Returns 0.
+/// Makes `fork` a second cursor over the same octets at the same position, with an empty heap and
+/// trail and without a trace. It owns nothing until something is allocated through it. Returns 0.
 AsnStatus asnForkContext(AsnContext& fork, const AsnContext& ctx);
 
-/// Copies the cursor of a context and nothing else.
-inline void asnCopyCursor(AsnCursor& to, const AsnCursor& from) {
-    to = from;
-}
+/// Copies data, position, size, variant and flags, nothing else.
+void asnCopyCursor(AsnContext& to, const AsnContext& from);
 
-/// Frees all that the context owns - decoded values, trace, error parameters, its own buffer - and
-/// the object itself if asnNewContext made it.
+/// Frees all that the context owns: decoded values, trace, error parameters, its own buffer, and
+/// the object itself if asnNewContext made it. The caller's octets and lent block are not freed.
 void asnFreeContext(AsnContext& ctx);
 
-/// Whether anybody has watched a decode in this process, through the trace or the diagnostic
-/// switch: until then, primitives need not look who does.
-inline std::atomic<bool> asnEverWatched{false};
-
-/// Sets or clears ctxFieldTrace.
+/// Sets (non-zero) or clears ctxFieldTrace.
 void asnSetFieldTrace(AsnContext& ctx, uint8_t on);
 
+/// Where a context reads: saved before an open type is entered and restored after it.
+struct AsnCursor {
+    const uint8_t* data;
+    uint32_t byteIndex;
+    uint32_t size;
+    int16_t bitOffset;
+};
+inline AsnCursor asnSaveCursor(const AsnContext& ctx) {
+    return {ctx.data, ctx.byteIndex, ctx.size, ctx.bitOffset};
+}
+inline void asnRestoreCursor(AsnContext& ctx, const AsnCursor& cursor) {
+    ctx.data = cursor.data;
+    ctx.byteIndex = cursor.byteIndex;
+    ctx.size = cursor.size;
+    ctx.bitOffset = cursor.bitOffset;
+}
+
+/// Absolute bit position of the cursor, and the bits from there to the end of the data (negative if
+/// the cursor was moved beyond it).
+inline int64_t asnBitPosition(const AsnContext& ctx) {
+    return int64_t{ctx.byteIndex} * 8 + 8 - ctx.bitOffset;
+}
+inline int64_t asnBitsLeft(const AsnContext& ctx) {
+    return int64_t{ctx.size} * 8 - asnBitPosition(ctx);
+}
+
+/// The absolute bit position. Meaningful below 2^31 bits.
+inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
+    return static_cast<int32_t>(asnBitPosition(ctx));
+}
+
+/// Moves the cursor to a position, in the form with bitOffset 8 .. 1.
+inline void pd_SetBitOffset(AsnContext& ctx, int64_t position) {
+    ctx.byteIndex = static_cast<uint32_t>(position / 8);
+    ctx.bitOffset = static_cast<int16_t>(8 - position % 8);
+}
+
 /// The process-wide diagnostic switch, 0 at start: while it is not 0, the primitives print what
-/// they read.
+/// they read to standard output. Stores and returns the value. Nothing in the library calls it.
 int32_t asnSetDiag(int32_t value);
 bool asnDiagOn();
+
+/// Prints if the switch is on.
 #if defined(__GNUC__)
 __attribute__((format(printf, 1, 2), cold))
 #endif

@@ -24,8 +24,7 @@ constexpr const char* kTexts[] = {
     "Invalid binary string",
     "Invalid real value",
     "Max items in sized BIT or OCTET STRING field exceeded",
-    ("Invalid value speci"
-     "fication"),
+    "Invalid value specification",
     "No definition found for referenced defined value",
     "No definition found for referenced defined type",
     "Invalid tag value",
@@ -41,7 +40,37 @@ const char* messageOf(AsnStatus status) {
     return kTexts[-status - 1];
 }
 
-constexpr const char* kTrailFormat = "  Module: %s, Line %d";
+constexpr const char* kTrailFormat = "  Module: %s, Line %d\n";
+
+/// Calls put(character) for the message of `status` with its parameters.
+template <class Put>
+void eachCharacter(const AsnErrorInfo& errInfo, Put put) {
+    int32_t parm = 0;
+    for (const char* at = messageOf(errInfo.status); *at != 0; ++at) {
+        if (at[0] != '%' || at[1] != 's') {
+            put(*at);
+            continue;
+        }
+        const char* value = parm < errInfo.parmCount ? errInfo.parms[parm++] : "?";
+        while (*value != 0) put(*value++);
+        ++at;
+    }
+}
+
+/// Passes on the whole message, however long its parameters are. Only if there is no memory for a
+/// long message is it truncated.
+void reportMessage(const AsnErrorInfo& errInfo, void (*callback)(const char* text, void* argument),
+                   void* argument) {
+    uint32_t size = 1;
+    eachCharacter(errInfo, [&](char) { ++size; });
+    char local[200];
+    auto* const text = static_cast<char*>(size > sizeof local ? std::malloc(size) : nullptr);
+    if (text == nullptr)
+        callback(asnErrorText(errInfo, local, sizeof local), argument);
+    else
+        callback(asnErrorText(errInfo, text, size), argument);
+    std::free(text);
+}
 
 }  // namespace
 
@@ -88,45 +117,34 @@ void asnClearErrorParams(AsnErrorInfo& errInfo) {
 char* asnErrorText(const AsnErrorInfo& errInfo, char* buffer, uint32_t size) {
     if (size == 0) return buffer;
     uint32_t used = 0;
-    int32_t parm = 0;
-    const auto put = [&](char c) {
+    eachCharacter(errInfo, [&](char c) {
         if (used + 1 < size) buffer[used++] = c;
-    };
-    for (const char* at = messageOf(errInfo.status); *at != 0; ++at) {
-        if (at[0] != '%' || at[1] != 's') {
-            put(*at);
-            continue;
-        }
-        const char* value = parm < errInfo.parmCount ? errInfo.parms[parm++] : "?";
-        while (*value != 0) put(*value++);
-        ++at;
-    }
+    });
     buffer[used] = 0;
     return buffer;
 }
 
 void asnPrintError(AsnErrorInfo& errInfo) {
-    char text[1024];
     std::printf("ASN.1 ERROR: Status %d\n", static_cast<int>(errInfo.status));
-    std::printf("%s\nStack trace:", asnErrorText(errInfo, text, sizeof text));
+    eachCharacter(errInfo, [](char c) { std::putchar(c); });
+    std::printf("\nStack trace:");
     while (errInfo.trailCount > 0) {
         const AsnTrailEntry& entry = errInfo.trail[--errInfo.trailCount];
         std::printf(kTrailFormat, entry.module, static_cast<int>(entry.line));
-        std::printf("\n");
     }
     asnClearErrorParams(errInfo);
 }
 
 void asnLogErrorCb(AsnErrorInfo& errInfo, void (*callback)(const char* text, void* argument),
                    void* argument) {
-    char text[1024];
-    std::snprintf(text, 200, "ASN.1 ERROR: Status %d", static_cast<int>(errInfo.status));
-    callback(text, argument);
-    callback(asnErrorText(errInfo, text, sizeof text), argument);
+    char line[200];
+    std::snprintf(line, sizeof line, "ASN.1 ERROR: Status %d", static_cast<int>(errInfo.status));
+    callback(line, argument);
+    reportMessage(errInfo, callback, argument);
     for (int32_t i = errInfo.trailCount; i > 0; --i) {
         const AsnTrailEntry& entry = errInfo.trail[i - 1];
-        std::snprintf(text, sizeof text, kTrailFormat, entry.module, static_cast<int>(entry.line));
-        callback(text, argument);
+        std::snprintf(line, sizeof line, kTrailFormat, entry.module, static_cast<int>(entry.line));
+        callback(line, argument);
     }
     asnClearErrorParams(errInfo);
 }

@@ -9,7 +9,6 @@
 using AsnStatus = int32_t;
 
 constexpr AsnStatus kAsnOk = 0;
-constexpr AsnStatus kAsnExtended = 1;          // a choice is not of the root
 constexpr AsnStatus kAsnFragment = 2;          // a length of a multiple of 16384, more follows
 constexpr AsnStatus kAsnEndOfData = -2;        // fewer bits left than wanted
 constexpr AsnStatus kAsnInvalidObjectId = -4;  // more than 128 arcs
@@ -52,30 +51,15 @@ int asnAddErrorHex(AsnErrorInfo& errInfo, uint16_t value);
 /// Frees the parameters and sets `parmCount` and `status` to 0. The trail stays.
 void asnClearErrorParams(AsnErrorInfo& errInfo);
 
-/// Formats the message of `status` into `buffer` (`size` octets with the NUL; longer text is cut)
-/// and returns it. A "%s" without a parameter becomes "?".
+/// Formats the message of `status` into `buffer` and returns it: `size` octets with the NUL, longer
+/// text is truncated. A "%s" without a parameter becomes "?".
 char* asnErrorText(const AsnErrorInfo& errInfo, char* buffer, uint32_t size);
 
 /// Prints status, message and trail (outermost site first) to standard output, then empties the
 /// trail and clears the parameters.
 void asnPrintError(AsnErrorInfo& errInfo);
 
-/// The same report line by line, without line breaks, to a function of the caller's.
+/// The same report to a function of the caller's: status and message without a line break, then
+/// each site of the trail with its line break. Then clears the parameters; the trail stays.
 void asnLogErrorCb(AsnErrorInfo& errInfo, void (*callback)(const char* text, void* argument),
                    void* argument);
-
-// --- for the run-time's own sources ---
-
-/// Trail line numbers: all run-time sources log under one module name, so each has a thousand
-/// numbers of its own and adds its line within them.
-enum class AsnLogBase : int32_t {
-    reader = 1000,
-    numbers = 2000,
-    strings = 3000,
-    objid = 4000,
-    real = 5000,
-    opentypes = 6000,
-    constructs = 7000,
-    lengths = 8000,
-};
-constexpr const char* kAsnRuntime = "rtsrc/asn1per";

@@ -1,11 +1,12 @@
 // Whole numbers, lengths and the extension bit of lengths (X.691, 07/2002, clause 10).
 //
-// Every primitive logs what it returns, but for the statuses marked "not logged". Values beyond a
+// Each function exists twice: for a context, and as a template over a reader, which holds the rule
+// (bits.h). A function logs a failure where it detects it and once more where it passes on one from
+// another pd_ function, unless it says otherwise. A read that fails stores nothing. Values beyond a
 // range and lengths beyond a constraint are accepted as the bits give them.
 #pragma once
 
 #include <bit>
-#include <utility>
 
 #include "bits.h"
 
@@ -16,41 +17,30 @@ constexpr uint32_t asnBitCount(uint32_t number) {
 
 /// Reads one of `rangeSize` values (X.691 10.5).
 ///   offset     receives 0 .. rangeSize - 1, the distance from the lower bound
-///   rangeSize  how many values there are; 0 stands for 2^32
-/// Wire form: UNALIGNED, or below 256 values, the fewest bits that hold rangeSize - 1. ALIGNED: 256
-/// values take one aligned octet, up to 65536 two, more a 2-bit octet count, padding, then 1 to 4
-/// octets. Returns 0 or -2.
+///   rangeSize  the number of values; 0 means 2^32
+/// Encoding: in the UNALIGNED variant, and below 256 values, the fewest bits that hold rangeSize -
+/// 1. In the ALIGNED variant 256 values take one aligned octet, up to 65536 values two; more take a
+/// 2-bit octet count, padding, and then 1 to 4 octets. Returns 0 or -2. Only a failed alignment is
+/// logged here, a failed read by pd_bits.
 [[nodiscard]] AsnStatus pd_ConsWholeNumber(AsnContext& ctx, uint32_t* offset, uint32_t rangeSize);
 
-/// pd_ConsInteger in full.
-[[nodiscard]] AsnStatus asnConsInteger(AsnContext& ctx, int32_t* value, int32_t lower,
+/// INTEGER (lower..upper). Equal bounds read nothing. Returns 0, -2, or -24 (lower > upper, not
+/// logged). After a failure the field of the trace stays open.
+[[nodiscard]] AsnStatus pd_ConsInteger(AsnContext& ctx, int32_t* value, int32_t lower,
                                        int32_t upper);
 
-/// INTEGER (lower..upper). Equal bounds read nothing. Returns 0, -2, or -24 (lower > upper, not
-/// logged).
-[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ConsInteger(AsnContext& ctx, int32_t* value,
-                                                                  int32_t lower, int32_t upper) {
-    const int64_t rangeSize = int64_t{upper} - lower + 1;  // known to the compiler, as a rule
-    if (rangeSize < 256 || rangeSize > 65536) return asnConsInteger(ctx, value, lower, upper);
-    const uint8_t* const octets = asnTakeOctets(ctx, rangeSize == 256 ? 1 : 2);
-    if (octets == nullptr) return asnConsInteger(ctx, value, lower, upper);
-    const uint32_t offset = rangeSize == 256 ? octets[0] : uint32_t{octets[0]} << 8 | octets[1];
-    *value = static_cast<int32_t>(static_cast<uint32_t>(lower) + offset);
-    return kAsnOk;
-}
-
-/// The same unsigned: INTEGER ranges above 2^31 - 1, CHOICE and ENUMERATED indexes. The full 32-bit
-/// range counts as one value less, which asks for the same bits. Returns 0 or -2.
+/// The same unsigned: INTEGER ranges above 2^31 - 1, CHOICE indexes. The full 32-bit range counts
+/// as one value less, which takes the same bits. Returns 0 or -2.
 [[nodiscard]] AsnStatus pd_ConsUnsigned(AsnContext& ctx, uint32_t* value, uint32_t lower,
                                         uint32_t upper);
 
-/// INTEGER (lower..upper, ...): one extension bit, then the constrained number or, where the bit is
-/// set, an unconstrained one (X.691 12.1). Returns 0 or -2.
+/// INTEGER (lower..upper, ...): one extension bit, then the constrained number or, if the bit is 1,
+/// an unconstrained one (X.691 12.1). Returns 0, -2, or -24.
 [[nodiscard]] AsnStatus pd_ExtInteger(AsnContext& ctx, int32_t* value, int32_t lower,
                                       int32_t upper);
 
 /// INTEGER without bounds (X.691 10.8): a length in octets, then two's complement. Of more than 4
-/// octets the leading ones are lost; 0 octets leave the value as it was; of a fragmented number
+/// octets the leading ones are lost; 0 octets leave the value unchanged; of a fragmented number
 /// only the first fragment is read. Returns 0 or -2.
 [[nodiscard]] AsnStatus pd_UnconsInteger(AsnContext& ctx, int32_t* value);
 [[nodiscard]] AsnStatus pd_UnconsUnsigned(AsnContext& ctx, uint32_t* value);
@@ -59,30 +49,222 @@ constexpr uint32_t asnBitCount(uint32_t number) {
 /// Returns 0 or -2.
 [[nodiscard]] AsnStatus pd_SmallNonNegWholeNumber(AsnContext& ctx, uint32_t* value);
 
-/// A length determinant (X.691 10.9) under the pending size constraint, which it clears. An upper
-/// bound of 65536 or more, or no constraint, gives the 7-bit, 14-bit and fragment forms; their
-/// result has no lower bound added. Returns 0, 2 for a fragment of a multiple of 16384 items with
-/// more to follow, or -2.
+/// A length determinant (X.691 10.9) under the pending size constraint, which it clears even if it
+/// fails. An upper bound of 65536 or more, or no constraint, selects the 7-bit, 14-bit and fragment
+/// forms, to which no lower bound is added. Returns 0, 2 for a fragment of a multiple of 16384
+/// items with more to follow, or -2.
 [[nodiscard]] AsnStatus pd_Length(AsnContext& ctx, uint32_t* count);
 
-/// The total count over all fragments of the item at the cursor, which does not move, nor is the
-/// pending constraint used up.
+/// The sum of the lengths of all fragments of the string at the cursor, which does not move; the
+/// pending constraint stays. The data of the last fragment may be missing: its read then fails.
 ///   itemBits  bits per item: 1 for BIT STRING, 8 for octets
-/// Returns the count, or -2 where the items do not fit the data: what it returns is safe to
-/// allocate.
+/// Returns the sum, or -2.
 [[nodiscard]] int32_t pd_GetComponentLength(AsnContext& ctx, uint32_t itemBits);
 
-/// Makes the chain, which must outlive that, apply to the next length. With a constraint pending,
-/// that one stays and the chain is only checked against it. Returns 0, or -23, not logged.
+/// Makes the chain, which must outlive its use, apply to the next length. If a constraint is
+/// pending, that one stays and the chain is only checked against it. Returns 0, or -23, not logged.
 AsnStatus pd_SetSizeConstraint(AsnContext& ctx, const AsnSizeConstraint* chain);
 
+// --- the rules ---
+
+/// The number of bits in the ALIGNED variant of a number with more than 65536 values.
+template <bool Tracing>
+[[nodiscard, gnu::noinline]] AsnStatus asnLargeRangeBits(AsnReader<Tracing> in, uint32_t* nbits) {
+    uint32_t last = 0;
+    const AsnStatus status = pd_bits(in, &last, 2);
+    if (status == kAsnOk) *nbits = (last + 1) * 8;
+    return status;
+}
+
+template <bool Tracing>
+[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ConsWholeNumber(AsnReader<Tracing> in,
+                                                                      uint32_t* offset,
+                                                                      uint32_t rangeSize) {
+    if (in.ctx.aligned == 0 || rangeSize < 256)
+        return pd_bits(in, offset, asnBitCount(rangeSize - 1));
+    uint32_t nbits = rangeSize == 256 ? 8 : 16;
+    AsnStatus status = kAsnOk;
+    if (rangeSize > 65536) {
+        status = asnLargeRangeBits(in, &nbits);
+        if (status != kAsnOk) return status;
+    }
+    status = pd_byteAlign(in);
+    if (status != kAsnOk) return in.log(AsnSource::numbers, status);
+    return pd_bits(in, offset, nbits);
+}
+
+template <bool Tracing>
+[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ConsInteger(AsnReader<Tracing> in,
+                                                                  int32_t* value, int32_t lower,
+                                                                  int32_t upper) {
+    in.newField("ConsInteger");
+    if (lower > upper) return kAsnRange;
+    uint32_t offset = 0;
+    if (lower != upper) {
+        const uint32_t rangeSize = static_cast<uint32_t>(upper) - static_cast<uint32_t>(lower) + 1;
+        const AsnStatus status = pd_ConsWholeNumber(in, &offset, rangeSize);
+        if (status != kAsnOk) return in.log(AsnSource::numbers, status);
+    }
+    *value = static_cast<int32_t>(static_cast<uint32_t>(lower) + offset);
+    in.setFieldCount();
+    in.diag("pd_ConsInteger: decoded value is %d\n", static_cast<int>(*value));
+    return kAsnOk;
+}
+
+template <bool Tracing>
+[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ConsUnsigned(AsnReader<Tracing> in,
+                                                                   uint32_t* value, uint32_t lower,
+                                                                   uint32_t upper) {
+    in.newField("ConsUnsigned");
+    uint32_t offset = 0;
+    if (lower != upper) {
+        const bool full = lower == 0 && upper == UINT32_MAX;
+        const AsnStatus status =
+            pd_ConsWholeNumber(in, &offset, full ? UINT32_MAX : upper - lower + 1);
+        if (status != kAsnOk) return in.log(AsnSource::numbers, status);
+    }
+    *value = lower + offset;
+    in.setFieldCount();
+    in.diag("pd_ConsUnsigned: decoded value is %u\n", static_cast<unsigned>(*value));
+    return kAsnOk;
+}
+
 /// The first record of the chain for root (0) or extended (1) sizes, or null.
-inline const AsnSizeConstraint* asnFindSize(const AsnSizeConstraint* chain, uint32_t extended) {
+inline const AsnSizeConstraint* asnFindSize(const AsnSizeConstraint* chain, uint8_t extended) {
     while (chain != nullptr && (chain->extended != 0) != (extended != 0)) chain = chain->next;
     return chain;
 }
 
-/// The pending constraint, which is then no longer pending.
-inline const AsnSizeConstraint* asnTakeSizeConstraint(AsnContext& ctx) {
-    return std::exchange(ctx.sizeConstraint, nullptr);
+/// A length without an upper bound below 65536: 0 + 7 bits, 10 + 14 bits, or 11 + 6 bits that count
+/// 16384 items each.
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus asnUnboundedLength(AsnReader<Tracing> in, uint32_t* count) {
+    uint8_t isLong = 0;
+    uint8_t isFragment = 0;
+    AsnStatus status = in.ctx.aligned != 0 ? pd_byteAlign(in) : kAsnOk;
+    if (status == kAsnOk) status = pd_bit(in, &isLong);
+    if (status == kAsnOk && isLong != 0) status = pd_bit(in, &isFragment);
+    if (status == kAsnOk) status = pd_bits(in, count, isLong == 0 ? 7 : isFragment == 0 ? 14 : 6);
+    if (status != kAsnOk || isFragment == 0) return status;
+    *count *= 16384;
+    return kAsnFragment;
 }
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_Length(AsnReader<Tracing> in, uint32_t* count) {
+    const AsnSizeConstraint* size = in.ctx.sizeConstraint;
+    in.ctx.sizeConstraint = nullptr;
+    AsnStatus status = kAsnOk;
+    uint8_t extended = 0;
+    if (asnFindSize(size, 1) != nullptr) {
+        in.newField("length extension");
+        status = pd_bit(in, &extended);
+        if (status != kAsnOk) return in.log(AsnSource::numbers, status);
+        in.setFieldCount();
+    }
+    size = asnFindSize(size, extended);
+    in.newField("length");
+    uint32_t length = 0;
+    if (size == nullptr || size->upper >= 65536)
+        status = asnUnboundedLength(in, &length);
+    else if (size->lower != size->upper)
+        status = pd_ConsWholeNumber(in, &length, size->upper - size->lower + 1);
+    in.setFieldCount();
+    if (status < 0) return in.log(AsnSource::numbers, status);
+    *count = size != nullptr && size->upper < 65536 ? size->lower + length : length;
+    return status;
+}
+
+/// What pd_GetComponentLength learns on its way.
+struct AsnLookAhead {
+    AsnCursor contents;  // where the contents of the first fragment start, before any alignment
+    bool fragmented;
+};
+
+template <bool Tracing>
+[[nodiscard]] int32_t pd_GetComponentLength(AsnReader<Tracing> in, uint32_t itemBits,
+                                            AsnLookAhead* found = nullptr) {
+    AsnContext fork;
+    asnForkContext(fork, in.ctx);
+    fork.sizeConstraint = in.ctx.sizeConstraint;
+    const AsnReader<Tracing> ahead{fork};
+    uint32_t length = 0;
+    AsnStatus status = pd_Length(ahead, &length);
+    if (found != nullptr) *found = {asnSaveCursor(fork), status == kAsnFragment};
+    int64_t total = length;
+    while (status == kAsnFragment) {
+        status = pd_moveBitCursor(ahead, int64_t{length} * itemBits);
+        if (status == kAsnOk) status = pd_Length(ahead, &length);
+        if (status >= 0) total += length;
+    }
+    if (status < 0) return in.log(AsnSource::numbers, status);
+    // No message of less than 256 MiB can exceed this.
+    if (total > INT32_MAX) return in.log(AsnSource::numbers, kAsnTooLong);
+    return static_cast<int32_t>(total);
+}
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_UnconsInteger(AsnReader<Tracing> in, int32_t* value) {
+    in.diag("pd_UnconsInteger: start\n");
+    uint32_t octets = 0;
+    AsnStatus status = pd_Length(in, &octets);
+    if (status < 0) return in.log(AsnSource::numbers, status);
+    in.diag("pd_UnconsInteger: nbytes is %d\n", static_cast<int>(octets));
+    in.newField("UnconsInteger");
+    status = in.ctx.aligned != 0 ? pd_byteAlign(in) : kAsnOk;
+    if (status != kAsnOk) return in.log(AsnSource::numbers, status);
+    uint32_t number = 0;
+    for (uint32_t i = 0; i < octets; ++i) {
+        uint8_t octet = 0;
+        status = pd_octets(in, &octet, 1, 8);
+        if (status != kAsnOk) return in.log(AsnSource::numbers, status);
+        if (i == 0) number = octet >= 0x80 ? UINT32_MAX : 0;  // the sign
+        number = number << 8 | octet;
+    }
+    if (octets != 0) *value = static_cast<int32_t>(number);
+    in.setFieldCount();
+    in.diag("pd_UnconsInteger: decoded value is %d\n", static_cast<int>(*value));
+    return kAsnOk;
+}
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_UnconsUnsigned(AsnReader<Tracing> in, uint32_t* value) {
+    uint32_t octets = 0;
+    AsnStatus status = pd_Length(in, &octets);
+    if (status < 0) return in.log(AsnSource::numbers, status);
+    in.newField("UnconsUnsigned");
+    status = in.ctx.aligned != 0 ? pd_byteAlign(in) : kAsnOk;
+    if (status == kAsnOk) status = pd_bits(in, value, octets * 8);
+    if (status != kAsnOk) return in.log(AsnSource::numbers, status);
+    in.setFieldCount();
+    in.diag("pd_UnconsUnsigned: decoded value is %u\n", static_cast<unsigned>(*value));
+    return kAsnOk;
+}
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_ExtInteger(AsnReader<Tracing> in, int32_t* value, int32_t lower,
+                                      int32_t upper) {
+    uint8_t extended = 0;
+    AsnStatus status = pd_bit(in, &extended);
+    if (status == kAsnOk)
+        status =
+            extended != 0 ? pd_UnconsInteger(in, value) : pd_ConsInteger(in, value, lower, upper);
+    return status == kAsnOk ? status : in.log(AsnSource::numbers, status);
+}
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_SmallNonNegWholeNumber(AsnReader<Tracing> in, uint32_t* value) {
+    uint8_t isLong = 0;
+    uint32_t nbits = 6;
+    AsnStatus status = pd_bit(in, &isLong);
+    if (status == kAsnOk && isLong != 0) {
+        uint32_t octets = 0;
+        status = pd_Length(in, &octets);
+        nbits = octets * 8;
+        if (status >= 0) status = pd_byteAlign(in);
+    }
+    if (status == kAsnOk) status = pd_bits(in, value, nbits);
+    return status == kAsnOk ? status : in.log(AsnSource::numbers, status);
+}
+
+static_assert(__LINE__ < 1000, "trail lines of two sources would meet");

@@ -1,7 +1,7 @@
-// OBJECT IDENTIFIER (X.690 8.19 contents, X.691 23).
+// OBJECT IDENTIFIER (X.690 8.19 contents; X.691, 07/2002, clause 23).
 #pragma once
 
-#include "bits.h"
+#include "numbers.h"
 
 /// Part of the value itself: nothing is allocated for it.
 struct AsnObjId {
@@ -9,11 +9,11 @@ struct AsnObjId {
     uint32_t subid[128];
 };
 
-/// Reads a length and the contents (at most 300 octets, of a fragmented string the first fragment).
+/// Reads a length and the contents: at most 300 octets, of a fragmented string the first fragment.
 /// Returns 0, -2, -4 for more than 128 arcs, -5, or -17 for longer contents; all logged.
 [[nodiscard]] AsnStatus pd_ObjectId(AsnContext& ctx, AsnObjId& value);
 
-/// Reads octets one after the other.
+/// Octets that are read one by one.
 struct AsnOctetReader {
     const uint8_t* data;
     uint32_t size;  // octets in `data`
@@ -21,7 +21,26 @@ struct AsnOctetReader {
 };
 
 /// Splits contents octets into arcs, each taken modulo 2^32; no contents give no arcs. Returns 0,
-/// -2 where an arc runs past the reader's end, -4 for more than 128 arcs, -5 where an arc runs past
+/// -2 if an arc exceeds the reader's octets, -4 for more than 128 arcs, -5 if an arc exceeds
 /// `length`; none logged.
 [[nodiscard]] AsnStatus asnDecObjIdContents(AsnOctetReader& reader, AsnObjId& value,
                                             uint32_t length);
+
+// --- the rule ---
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_ObjectId(AsnReader<Tracing> in, AsnObjId& value) {
+    uint32_t length = 0;
+    AsnStatus status = pd_Length(in, &length);
+    if (status < 0) return in.log(AsnSource::objid, status);
+    in.newField("ObjectID");
+    uint8_t contents[300];
+    status = pd_octets(in, contents, sizeof contents, length * 8);
+    if (status != kAsnOk) return in.log(AsnSource::objid, status);
+    in.setFieldCount();
+    AsnOctetReader reader{contents, length, 0};
+    status = asnDecObjIdContents(reader, value, length);
+    return status == kAsnOk ? status : in.log(AsnSource::objid, status);
+}
+
+static_assert(__LINE__ < 1000, "trail lines of two sources would meet");

@@ -7,14 +7,10 @@
 #include <cstring>
 #include <limits>
 
-#include "lengths.h"
-
 namespace {
 
-constexpr AsnLogger kLogError{AsnLogBase::real};
-
 /// X.690 8.5.7: sign, base, scale factor and length of the exponent, exponent, mantissa.
-AsnStatus decodeBinary(const uint8_t* contents, uint32_t length, double* value) {
+AsnStatus decodeBinary(const uint8_t* contents, double* value, uint32_t length) {
     constexpr int kBaseBits[] = {1, 3, 4};
     const uint8_t first = contents[0];
     const unsigned base = first >> 4 & 3U;
@@ -48,7 +44,7 @@ AsnStatus decodeBinary(const uint8_t* contents, uint32_t length, double* value) 
 /// X.690 8.5.8: text of one of the three number forms, blanks in front, comma or point. strtod
 /// wants the point of the locale, which is the host's; std::from_chars would bring in half of
 /// libstdc++.
-AsnStatus decodeDecimal(const uint8_t* contents, uint32_t length, double* value) {
+AsnStatus decodeDecimal(const uint8_t* contents, double* value, uint32_t length) {
     char text[64] = {};
     const unsigned form = contents[0] & 0x3FU;
     if (form < 1 || form > 3 || length > sizeof text) return kAsnInvalidReal;
@@ -72,7 +68,7 @@ AsnStatus decodeDecimal(const uint8_t* contents, uint32_t length, double* value)
     return stop == text + length - 1 && stop != text ? kAsnOk : kAsnInvalidReal;
 }
 
-AsnStatus decodeSpecial(const uint8_t* contents, uint32_t length, double* value) {
+AsnStatus decodeSpecial(const uint8_t* contents, double* value, uint32_t length) {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     if (length != 1) return kAsnInvalidReal;
     switch (contents[0]) {
@@ -95,26 +91,19 @@ AsnStatus decodeSpecial(const uint8_t* contents, uint32_t length, double* value)
 
 }  // namespace
 
-AsnStatus asnDecRealContents(const uint8_t* contents, uint32_t length, double* value) {
-    *value = 0;
-    if (length == 0) return kAsnOk;
-    if ((contents[0] & 0x80) != 0) return decodeBinary(contents, length, value);
-    if ((contents[0] & 0x40) != 0) return decodeSpecial(contents, length, value);
-    return decodeDecimal(contents, length, value);
+AsnStatus asnDecRealContents(const uint8_t* contents, double* value, uint32_t length) {
+    double decoded = 0;
+    AsnStatus status = kAsnOk;
+    if (length != 0) {
+        const auto decode = (contents[0] & 0x80) != 0   ? decodeBinary
+                            : (contents[0] & 0x40) != 0 ? decodeSpecial
+                                                        : decodeDecimal;
+        status = decode(contents, &decoded, length);
+    }
+    if (status == kAsnOk) *value = decoded;
+    return status;
 }
 
 AsnStatus pd_Real(AsnContext& ctx, double* value) {
-    uint32_t length = 0;
-    AsnStatus status = pd_Length(ctx, &length);
-    if (status < 0) return kLogError(ctx, status);
-    pu_newField(ctx, "Real");
-    if (ctx.byteIndex > ctx.size || length > ctx.size - ctx.byteIndex)
-        return kLogError(ctx, kAsnEndOfData);
-    status = asnDecRealContents(ctx.data + ctx.byteIndex, length, value);
-    if (status != kAsnOk) return kLogError(ctx, status);
-    ctx.byteIndex += length;
-    pu_setFldBitCount(ctx);
-    return kAsnOk;
+    return asnRead(ctx, [=](auto in) { return pd_Real(in, value); });
 }
-
-static_assert(__LINE__ < 1000, "trail lines of two source files would meet");

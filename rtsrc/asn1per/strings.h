@@ -1,16 +1,19 @@
 // Bit, octet and character strings (X.691, 07/2002, clauses 15, 16 and 27).
 //
-// Each reads its length through pd_Length, under the size constraint registered just before with
-// pd_SetSizeConstraint. Every failure is logged; on failure the record may hold a partial count.
-// What "in the element heap" says lives until asnFreeContext and is nobody else's to free.
+// Each reads its length with pd_Length, under the size constraint that was registered just before
+// with pd_SetSizeConstraint. Every failure is logged, once by each pd_ function that it passes; the
+// record may then hold a partial count. Memory "in the element heap" lives until asnFreeContext and
+// is not freed otherwise.
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 
 #include "charset.h"
 
-/// BIT STRING and OCTET STRING of any size; `data` is in the element heap, null where empty. The
-/// first bit is the high-order bit of the first octet, unused low bits of the last octet are 0.
+/// BIT STRING and OCTET STRING of any size; `data` is in the element heap, null if the string is
+/// empty. The first bit is the high-order bit of the first octet, unused low bits of the last octet
+/// are 0.
 struct AsnDynBitStr {
     uint32_t numbits;
     uint8_t* data;
@@ -26,71 +29,266 @@ struct AsnBMPString {
     uint16_t* data;
 };
 
-/// A 16-bit character set: a table of permitted codes, or (0, null) a range.
+/// A 16-bit character set: a table of permitted codes, or, with a null table, the codes from
+/// `lowest` to `highest`.
 struct Asn16BitCharSet {
-    uint32_t count;
+    uint32_t count;  // codes in `table`
     const uint16_t* table;
     uint16_t lowest;
     uint16_t highest;
-    uint32_t unalignedBits;
+    uint32_t unalignedBits;  // bits per character
     uint32_t alignedBits;
 };
 
-/// Read into a fixed buffer of `size` octets, adding up the fragments of a long string. Return 0,
-/// -2, -17 where the string is longer than the buffer, or -23 where no record of the size
-/// constraint covers a length that asks for one.
+/// A permitted alphabet of BMPString.
+struct Asn16BitAlphabet {
+    uint32_t count;
+    const uint16_t* codes;
+};
+
+/// Read a string into a buffer of `size` octets and count its items, over all fragments. A null
+/// buffer skips the contents. Return 0, -2, -17 if the string is longer than the buffer, or -23 if
+/// no record of the size constraint covers the length of a short string.
 [[nodiscard]] AsnStatus pd_BitString(AsnContext& ctx, uint32_t* numbits, uint8_t* buffer,
                                      uint32_t size);
 [[nodiscard]] AsnStatus pd_OctetString(AsnContext& ctx, uint32_t* numocts, uint8_t* buffer,
                                        uint32_t size);
 
-/// pd_OctetString under a size constraint of its own, which generated code knows when it is
-/// compiled. More than two octets of a fixed size stand at an octet boundary (X.691 16.6, 16.7).
-template <uint32_t capacity>
-[[nodiscard, gnu::always_inline]] inline AsnStatus pd_SizedOctetString(
-    AsnContext& ctx, const AsnSizeConstraint& size, uint32_t& numocts, uint8_t (&data)[capacity]) {
-    const bool fixed = size.lower == size.upper && size.extended == 0 && size.next == nullptr;
-    if (fixed && capacity > 2 && capacity < 65536 && ctx.sizeConstraint == nullptr)
-        if (const uint8_t* const octets = asnTakeOctets(ctx, capacity)) {
-            numocts = capacity;
-            std::memcpy(data, octets, capacity);
-            return kAsnOk;
-        }
-    pd_SetSizeConstraint(ctx, &size);
-    return pd_OctetString(ctx, &numocts, data, capacity);
-}
-
-/// Read into the element heap. Return -12 besides, where it is exhausted.
+/// Read a string into the element heap. Return 0, -2, -23 or -12.
 [[nodiscard]] AsnStatus pd_DynBitString(AsnContext& ctx, AsnDynBitStr& value);
 [[nodiscard]] AsnStatus pd_DynOctetString(AsnContext& ctx, AsnDynOctStr& value);
 
-/// pd_DynOctetString without a size constraint, behind its first length, which was read as `form`.
-[[nodiscard]] AsnStatus asnCopyOctets(AsnContext& ctx, AsnStatus form, uint32_t length,
-                                      AsnDynOctStr& value);
-
 /// The 8-bit character strings. `text` receives NUL-terminated text in the element heap;
 /// `permitted` is the permitted alphabet as text, or null. Return 0, -2, -12, -23 for a character
-/// outside the alphabet, or 2 for a fragmented string, which is not supported.
+/// outside the alphabet, or 2 for a fragmented string, which is not supported. Generated decoders
+/// pass an AsnCharSet instead of a text.
 [[nodiscard]] AsnStatus pd_NumericString(AsnContext& ctx, const char** text, const char* permitted);
 [[nodiscard]] AsnStatus pd_PrintableString(AsnContext& ctx, const char** text,
                                            const char* permitted);
 [[nodiscard]] AsnStatus pd_VisibleString(AsnContext& ctx, const char** text, const char* permitted);
 [[nodiscard]] AsnStatus pd_IA5String(AsnContext& ctx, const char** text, const char* permitted);
-/// UNALIGNED, without a permitted alphabet: reads 7-bit indexes into nothing, so that every
-/// character of a non-empty string fails with -23.
+/// In the UNALIGNED variant, without a permitted alphabet, every character of a non-empty string
+/// fails with -23: a 7-bit index is read, but no character is permitted.
 [[nodiscard]] AsnStatus pd_GeneralString(AsnContext& ctx, const char** text, const char* permitted);
 [[nodiscard]] AsnStatus pd_86CharString(AsnContext& ctx, const char** text, const char* permitted);
 
-/// The core of the six above; what generated code calls where it knows the set.
+/// The core of the six above.
 [[nodiscard]] AsnStatus pd_ConstrainedString(AsnContext& ctx, const char** text,
                                              const AsnCharSet& set);
 
 /// BMPString with a permitted alphabet, or null. Same statuses as the 8-bit strings.
-struct Asn16BitAlphabet {
-    uint32_t count;
-    const uint16_t* codes;
-};
 [[nodiscard]] AsnStatus pd_BMPString(AsnContext& ctx, AsnBMPString& value,
                                      const Asn16BitAlphabet* permitted);
 [[nodiscard]] AsnStatus pd_16BitConstrainedString(AsnContext& ctx, AsnBMPString& value,
                                                   const Asn16BitCharSet& set);
+
+// --- the rules: bit and octet strings ---
+
+/// What differs between BIT STRING and OCTET STRING.
+struct AsnStringKind {
+    const char* label;  // of the traced field
+    uint32_t itemBits;
+    uint32_t alignAbove;  // longer strings are aligned under any constraint
+};
+inline constexpr AsnStringKind kAsnBits{"BitString", 1, 16};
+inline constexpr AsnStringKind kAsnOctets{"OctetString", 8, 2};
+
+/// Whether contents of this length start at an octet boundary in the ALIGNED variant (X.691 15.9 to
+/// 15.11, 16.6 to 16.8): all but short strings of a fixed size of the root. Returns 0, or -23 if no
+/// record covers the length.
+[[nodiscard]] AsnStatus asnNeedsAlign(const AsnSizeConstraint* size, uint32_t length,
+                                      uint32_t alignAbove, bool* align);
+
+/// pd_BitString and pd_OctetString.
+template <const AsnStringKind& kind, bool Tracing>
+[[nodiscard]] AsnStatus asnString(AsnReader<Tracing> in, uint32_t* count, uint8_t* buffer,
+                                  uint32_t capacity) {
+    const AsnSizeConstraint* const size = in.ctx.sizeConstraint;  // pd_Length clears it
+    uint32_t used = 0;                                            // octets of the buffer
+    *count = 0;
+    for (;;) {
+        uint32_t length = 0;
+        const AsnStatus form = pd_Length(in, &length);
+        if (form < 0) return in.log(AsnSource::strings, form);
+        if (length != 0) {
+            *count += length;
+            in.newField(kind.label);
+            bool align = false;
+            AsnStatus status = kAsnOk;
+            if (in.ctx.aligned != 0) status = asnNeedsAlign(size, length, kind.alignAbove, &align);
+            if (align && status == kAsnOk) status = pd_byteAlign(in);
+            if (status == kAsnOk)
+                status = pd_octets(in, buffer != nullptr ? buffer + used : nullptr, capacity - used,
+                                   length * kind.itemBits);
+            if (status != kAsnOk) return in.log(AsnSource::strings, status);
+        }
+        in.setFieldCount();
+        if (form != kAsnFragment) return kAsnOk;
+        used += length / (8 / kind.itemBits);
+    }
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_BitString(AsnReader<Tracing> in, uint32_t* numbits,
+                                            uint8_t* buffer, uint32_t size) {
+    return asnString<kAsnBits>(in, numbits, buffer, size);
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_OctetString(AsnReader<Tracing> in, uint32_t* numocts,
+                                              uint8_t* buffer, uint32_t size) {
+    return asnString<kAsnOctets>(in, numocts, buffer, size);
+}
+
+/// pd_DynBitString and pd_DynOctetString. If data is missing, nothing is allocated: the contents
+/// are then skipped up to the failure.
+template <const AsnStringKind& kind, bool Tracing>
+[[nodiscard]] AsnStatus asnDynString(AsnReader<Tracing> in, uint32_t* count, uint8_t** data) {
+    const int32_t total = pd_GetComponentLength(in, kind.itemBits);
+    if (total < 0) return in.log(AsnSource::strings, total);
+    const int64_t nbits = int64_t{total} * kind.itemBits;
+    const auto size = static_cast<uint32_t>((nbits + 7) / 8);
+    uint8_t* buffer = nullptr;
+    if (size != 0 && nbits <= asnBitsLeft(in.ctx)) {
+        buffer = static_cast<uint8_t*>(asnMemAllocRaw(in.ctx.memHeap, size));
+        if (buffer == nullptr) return in.log(AsnSource::strings, kAsnNoMemory);
+    }
+    const AsnStatus status = asnString<kind>(in, count, buffer, size);
+    if (status != kAsnOk) return in.log(AsnSource::strings, status);
+    *data = buffer;
+    return kAsnOk;
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_DynBitString(AsnReader<Tracing> in, AsnDynBitStr& value) {
+    return asnDynString<kAsnBits>(in, &value.numbits, &value.data);
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_DynOctetString(AsnReader<Tracing> in, AsnDynOctStr& value) {
+    return asnDynString<kAsnOctets>(in, &value.numocts, &value.data);
+}
+
+// --- the rules: character strings ---
+
+/// The length and the alignment of a character string, and memory for its characters, of `size`
+/// octets each and one more. Memory is allocated only for characters that are there: the first one
+/// that is missing fails.
+template <bool Tracing>
+[[nodiscard]] AsnStatus asnBeginCharacters(AsnReader<Tracing> in, const char* label, uint32_t bits,
+                                           size_t size, uint32_t* count, void** memory) {
+    AsnStatus status = pd_Length(in, count);
+    if (status != kAsnOk) return status;
+    in.newField(label);
+    if (in.ctx.aligned != 0) status = pd_byteAlign(in);
+    if (status != kAsnOk) return status;
+    const int64_t there = std::max<int64_t>(asnBitsLeft(in.ctx), 0) / bits;
+    *memory = asnMemAllocRaw(in.ctx.memHeap,
+                             (static_cast<size_t>(std::min<int64_t>(*count, there)) + 1) * size);
+    return *memory != nullptr ? kAsnOk : kAsnNoMemory;
+}
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_ConstrainedString(AsnReader<Tracing> in, const char** text,
+                                             const AsnCharSet& set) {
+    const uint32_t bits = in.ctx.aligned != 0 ? set.alignedBits : set.unalignedBits;
+    const bool indexed = bits < set.charSetBits || set.charSetBits < 5;
+    uint32_t count = 0;
+    void* memory = nullptr;
+    AsnStatus status = asnBeginCharacters(in, "CharString", bits, 1, &count, &memory);
+    if (status != kAsnOk) return in.log(AsnSource::strings, status);
+    auto* const characters = static_cast<uint8_t*>(memory);
+    for (uint32_t i = 0; i < count; ++i) {
+        uint32_t code = 0;
+        status = pd_bits(in, &code, bits);
+        if (status != kAsnOk) return in.log(AsnSource::strings, status);
+        if (indexed) {
+            if (code >= set.count) return in.log(AsnSource::strings, kAsnConstraint);
+            code = set.permitted[code];
+        } else if (set.restricted &&
+                   (set.count == 0 ||
+                    std::memchr(set.permitted, static_cast<int>(code), set.count) == nullptr)) {
+            return in.log(AsnSource::strings, kAsnConstraint);
+        }
+        characters[i] = static_cast<uint8_t>(code);
+    }
+    characters[count] = 0;
+    *text = reinterpret_cast<const char*>(characters);
+    in.setFieldCount();
+    return kAsnOk;
+}
+
+/// A typed entry: pd_ConstrainedString and its own place in the trail.
+template <bool Tracing>
+[[nodiscard]] AsnStatus asnTypedString(AsnReader<Tracing> in, const char** text,
+                                       const AsnCharSet& set) {
+    const AsnStatus status = pd_ConstrainedString(in, text, set);
+    return status == kAsnOk ? status : in.log(AsnSource::strings, status);
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_NumericString(AsnReader<Tracing> in, const char** text,
+                                                const AsnCharSet& set = kAsnNumericStringSet) {
+    return asnTypedString(in, text, set);
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_PrintableString(AsnReader<Tracing> in, const char** text,
+                                                  const AsnCharSet& set = kAsnPrintableStringSet) {
+    return asnTypedString(in, text, set);
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_VisibleString(AsnReader<Tracing> in, const char** text,
+                                                const AsnCharSet& set = kAsnVisibleStringSet) {
+    return asnTypedString(in, text, set);
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_IA5String(AsnReader<Tracing> in, const char** text,
+                                            const AsnCharSet& set = kAsnIA5StringSet) {
+    return asnTypedString(in, text, set);
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_GeneralString(AsnReader<Tracing> in, const char** text,
+                                                const AsnCharSet& set = kAsnGeneralStringSet) {
+    return asnTypedString(in, text, set);
+}
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_16BitConstrainedString(AsnReader<Tracing> in, AsnBMPString& value,
+                                                  const Asn16BitCharSet& set) {
+    const uint32_t bits = in.ctx.aligned != 0 ? set.alignedBits : set.unalignedBits;
+    uint32_t count = 0;
+    void* memory = nullptr;
+    AsnStatus status = asnBeginCharacters(in, "BMPString", bits, sizeof(uint16_t), &count, &memory);
+    if (status != kAsnOk) return in.log(AsnSource::strings, status);
+    auto* const characters = static_cast<uint16_t*>(memory);
+    for (uint32_t i = 0; i < count; ++i) {
+        uint32_t code = 0;
+        status = pd_bits(in, &code, bits);
+        if (status != kAsnOk) return in.log(AsnSource::strings, status);
+        if (set.table != nullptr && code >= set.count)
+            return in.log(AsnSource::strings, kAsnConstraint);
+        characters[i] =
+            static_cast<uint16_t>(set.table != nullptr ? set.table[code] : code + set.lowest);
+    }
+    value = {count, characters};
+    in.setFieldCount();
+    return kAsnOk;
+}
+
+template <bool Tracing>
+[[nodiscard]] AsnStatus pd_BMPString(AsnReader<Tracing> in, AsnBMPString& value,
+                                     const Asn16BitAlphabet* permitted) {
+    Asn16BitCharSet set{0, nullptr, 0, 0xFFFF, 16, 16};
+    if (permitted != nullptr) {
+        const uint32_t bits = asnCharacterBits(permitted->count);
+        set = {permitted->count, permitted->codes, 0, 0xFFFF, bits, std::bit_ceil(bits)};
+    }
+    const AsnStatus status = pd_16BitConstrainedString(in, value, set);
+    return status == kAsnOk ? status : in.log(AsnSource::strings, status);
+}
+
+static_assert(__LINE__ < 1000, "trail lines of two sources would meet");

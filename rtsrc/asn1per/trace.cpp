@@ -6,6 +6,16 @@
 
 namespace {
 
+bool traceOn(const AsnContext& ctx) {
+    return (ctx.flags & ctxFieldTrace) != 0;
+}
+
+/// The field that is being read, or null.
+AsnBitField* currentField(const AsnContext& ctx) {
+    const AsnBitFieldList& fields = ctx.fieldList;
+    return traceOn(ctx) && !fields.lost && fields.tail != nullptr ? fields.tail->field : nullptr;
+}
+
 /// "" + "." + each name of the stack + " " + label, in the element heap.
 const char* qualifiedName(AsnContext& ctx, const char* label) {
     size_t length = label != nullptr ? 1 + std::strlen(label) : 0;
@@ -73,51 +83,50 @@ void printBits(const AsnContext& ctx, const AsnBitField& field, int64_t nextBitO
 
 }  // namespace
 
-AsnBitField* pu_openField(AsnContext& ctx, const char* label) {
+AsnBitField* pu_newField(AsnContext& ctx, const char* label) {
+    if (!traceOn(ctx)) return nullptr;
+    ctx.fieldList.lost = true;
     const char* const name = qualifiedName(ctx, label);
+    if (name == nullptr) return nullptr;
     auto* const field = static_cast<AsnBitField*>(asnMemAlloc(ctx.memHeap, sizeof(AsnBitField)));
+    if (field == nullptr) return nullptr;
     auto* const link = static_cast<AsnBitFieldLink*>(std::malloc(sizeof(AsnBitFieldLink)));
-    if (name == nullptr || field == nullptr || link == nullptr) {
-        std::free(link);
-        return nullptr;
-    }
+    if (link == nullptr) return nullptr;
     *field = {name, pd_GetBitOffset(ctx), 0};
-    if (asnDiagOn())
-        asnDiag("pu_newField: name '%s', bitOffset %d, pField 0x%x\n", name,
-                static_cast<int>(field->bitOffset),
-                static_cast<unsigned>(reinterpret_cast<uintptr_t>(field)));
+    asnDiag("pu_newField: name '%s', bitOffset %d, pField 0x%x\n", name,
+            static_cast<int>(field->bitOffset),
+            static_cast<unsigned>(reinterpret_cast<uintptr_t>(field)));
     *link = {field, nullptr};
     (ctx.fieldList.tail != nullptr ? ctx.fieldList.tail->next : ctx.fieldList.head) = link;
     ctx.fieldList.tail = link;
+    ctx.fieldList.lost = false;
     ++ctx.fieldList.count;
     return field;
 }
 
 void pu_setFldBitOffset(AsnContext& ctx) {
-    if (ctx.fieldList.tail == nullptr) return;
-    AsnBitField& field = *ctx.fieldList.tail->field;
-    field.bitOffset = pd_GetBitOffset(ctx);
-    if (asnDiagOn())
-        asnDiag("field '%s' bit offset set to %d\n", field.name, static_cast<int>(field.bitOffset));
+    AsnBitField* const field = currentField(ctx);
+    if (field == nullptr) return;
+    field->bitOffset = pd_GetBitOffset(ctx);
+    asnDiag("field '%s' bit offset set to %d\n", field->name, static_cast<int>(field->bitOffset));
 }
 
-void pu_closeField(AsnContext& ctx) {
-    if (ctx.fieldList.tail == nullptr) return;
-    AsnBitField& field = *ctx.fieldList.tail->field;
-    field.bitCount = pd_GetBitOffset(ctx) - field.bitOffset;
-    if (asnDiagOn())
-        asnDiag("field '%s' bit count set to %d\n", field.name, static_cast<int>(field.bitCount));
+void pu_setFldBitCount(AsnContext& ctx) {
+    AsnBitField* const field = currentField(ctx);
+    if (field == nullptr) return;
+    field->bitCount = pd_GetBitOffset(ctx) - field->bitOffset;
+    asnDiag("field '%s' bit count set to %d\n", field->name, static_cast<int>(field->bitCount));
 }
 
 AsnStatus pu_pushName(AsnContext& ctx, const char* name) {
-    if (!pu_traceOn(ctx)) return kAsnOk;
+    if (!traceOn(ctx)) return kAsnOk;
     if (ctx.nameStack.count >= 32) return kAsnTooDeep;
     ctx.nameStack.names[ctx.nameStack.count++] = name;
     return kAsnOk;
 }
 
 const char* pu_popName(AsnContext& ctx) {
-    if (!pu_traceOn(ctx) || ctx.nameStack.count == 0) return nullptr;
+    if (!traceOn(ctx) || ctx.nameStack.count == 0) return nullptr;
     return ctx.nameStack.names[--ctx.nameStack.count];
 }
 
@@ -126,10 +135,9 @@ void pu_printBitFieldList(const AsnContext& ctx, const char* prefix) {
         const AsnBitField& field = *link->field;
         const int32_t next = link->next != nullptr ? link->next->field->bitOffset : 0;
         std::printf("%s%s\n", prefix, field.name);
-        if (asnDiagOn())
-            asnDiag("bit offset: %d\tbit count: %d\tnext bit offset: %d\n",
-                    static_cast<int>(field.bitOffset), static_cast<int>(field.bitCount),
-                    static_cast<int>(next));
+        asnDiag("bit offset: %d\tbit count: %d\tnext bit offset: %d\n",
+                static_cast<int>(field.bitOffset), static_cast<int>(field.bitCount),
+                static_cast<int>(next));
         printBits(ctx, field, next);
         std::printf("\n");
     }

@@ -1,35 +1,27 @@
 // The bit-field trace: where in the message each primitive field began and how many bits it took.
+// Only the tracing reader calls it (reader.h). Every function tests ctxFieldTrace itself.
 #pragma once
 
-#include "bits.h"
+#include "context.h"
 
-inline bool pu_traceOn(const AsnContext& ctx) {
-    return (ctx.flags & ctxFieldTrace) != 0;
-}
+/// Opens a field at the cursor, named after the name stack and the label, which may be null.
+/// Returns null if the trace is off or memory is exhausted: the trace never makes a decode fail,
+/// and closing a field that was not allocated changes no other.
+AsnBitField* pu_newField(AsnContext& ctx, const char* label);
 
-/// Opens a field at the cursor, named after the name stack and the label. Null where the trace is
-/// off or memory is exhausted: the trace never makes a decode fail.
-[[gnu::cold]] AsnBitField* pu_openField(AsnContext& ctx, const char* label);
-inline AsnBitField* pu_newField(AsnContext& ctx, const char* label) {
-    return pu_traceOn(ctx) ? pu_openField(ctx, label) : nullptr;
-}
-
-/// Moves the start of the current field to the cursor.
+/// Moves the start of the current field to the cursor: padding is no part of a field.
 void pu_setFldBitOffset(AsnContext& ctx);
 
 /// Closes the current field at the cursor.
-[[gnu::cold]] void pu_closeField(AsnContext& ctx);
-inline void pu_setFldBitCount(AsnContext& ctx) {
-    if (pu_traceOn(ctx)) pu_closeField(ctx);
-}
+void pu_setFldBitCount(AsnContext& ctx);
 
-/// The names that qualify field names; only while the trace is on. The text stays the caller's.
-/// pu_pushName returns 0, or -22 with 32 names on the stack; pu_popName null where it is empty.
+/// The names that qualify field names, while the trace is on. The text stays the caller's.
+/// pu_pushName returns 0, or -22 with 32 names on the stack; pu_popName null if it is empty.
 [[nodiscard]] AsnStatus pu_pushName(AsnContext& ctx, const char* name);
 const char* pu_popName(AsnContext& ctx);
 
-/// Prints the table of fields - bits, octets, characters - to standard output, each field's name
-/// behind the prefix.
+/// Prints the table of fields (bits, octets, characters) to standard output, the prefix before the
+/// name of each field.
 void pu_printBitFieldList(const AsnContext& ctx, const char* prefix);
 
 /// Prints the octets consumed so far to standard output.
