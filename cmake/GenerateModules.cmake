@@ -35,6 +35,7 @@ foreach(file IN LISTS TAMSEL_ASN1_FILES)
         ${TAMSEL_MODULE_DIR}/${stem}Print.cpp)
     # A decode that is traced need not be fast.
     set_source_files_properties(${TAMSEL_MODULE_DIR}/${stem}Trace.cpp PROPERTIES COMPILE_OPTIONS -Os)
+    set_source_files_properties(${TAMSEL_MODULE_DIR}/${stem}Decode.cpp PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
     list(APPEND TAMSEL_TYPE_TABLES ${TAMSEL_MODULE_DIR}/${stem}Types.cpp)
 endforeach()
 

@@ -134,11 +134,12 @@ class DecoderEmitter {
         const uint64_t capacity = inlineCapacity(type);
         const bool sized =
             type.target == nullptr && capacity != 0 && type.kind == Kind::octetString;
-        registerSize(1, type);
+        if (!sized) registerSize(1, type);
         if (type.target != nullptr)
             out_(1, "return " + readCall(*type.target, "value") + ";");
         else if (sized)
-            out_(1, "return pd_OctetString(in, &value.numocts, value.data, sizeof value.data);");
+            out_(1, "return asnSizedOctets(in, " + sizeName(*type.size) +
+                        ", &value.numocts, value.data);");
         else if (capacity != 0)
             out_(1, "return pd_BitString(in, &value.numbits, value.data, sizeof value.data);");
         else
@@ -147,6 +148,7 @@ class DecoderEmitter {
     }
 
     void sequence(const Type& type) {
+        if (!type.additions.empty()) additions(type);
         begin(type);
         nesting(type);
         const auto optional = std::count_if(type.root.begin(), type.root.end(),
@@ -165,7 +167,7 @@ class DecoderEmitter {
             }
             out_(1, "return kAsnOk;");
         } else {
-            additions(type);
+            out_(1, "return extended ? " + type.cppName + "_additions(in, value) : kAsnOk;");
         }
         out_(0, "}");
     }
@@ -182,10 +184,12 @@ class DecoderEmitter {
     }
 
     void additions(const Type& type) {
-        out_(1, "if (!extended) return kAsnOk;");
+        out_.blank();
+        out_(0, "template <bool Tracing>");
+        out_(0, "AsnStatus " + type.cppName + "_additions(AsnReader<Tracing> in, " + type.cppName +
+                    "& value) {");
         out_(1, "AsnAdditions additions;");
-        out_(1, std::string(declared_ ? "" : "AsnStatus ") +
-                    "status = asnFirstAddition(in, additions);");
+        out_(1, "AsnStatus status = asnFirstAddition(in, additions);");
         out_(1, "while (status == kAsnOk && !additions.done) {");
         out_(2, "switch (additions.index) {");
         for (size_t i = 0; i < type.additions.size(); ++i) {
@@ -204,37 +208,44 @@ class DecoderEmitter {
         out_(2, "if (status == kAsnOk) status = asnNextAddition(in, additions);");
         out_(1, "}");
         out_(1, "return status;");
+        out_(0, "}");
     }
 
     void choice(const Type& type) {
         begin(type);
         nesting(type);
-        const bool known = !type.additions.empty();
         const std::string roots = std::to_string(type.root.size());
-        const std::string root = "asnRootAlternative(in, &value.t, " + roots + ")";
-        if (known) {
-            out_(1, "AsnCursor outer;");
-            out_(1, "const bool extended = asnExtensionBit(in);");
-            out_(1, "AsnStatus status = extended ? asnEnterAlternative(in, &value.t, " + roots +
-                        ", " + std::to_string(type.additions.size()) + ", outer)");
-            out_(1, "                            : " + root + ";");
-        } else {
-            if (type.extensible) unknownAlternative(type);
-            out_(1, "const AsnStatus status = " + root + ";");
-        }
+        if (!type.additions.empty())
+            extensionAlternatives(type);
+        else if (type.extensible)
+            unknownAlternative(type);
+        out_(1, "const AsnStatus status = asnRootAlternative(in, &value.t, " + roots + ");");
         out_(1, "if (status != kAsnOk) return status;");
         out_(1, "switch (value.t) {");
-        int tag = 0;
-        for (const auto* members : {&type.root, &type.additions})
-            for (const Member& member : *members) alternative(++tag, member, known);
+        uint32_t tag = 0;
+        for (const Member& member : type.root) alternative(1, ++tag, member, false);
         out_(2, "default:");
-        out_(3, known ? "break;" : "return kAsnOk;");
+        out_(3, "return kAsnOk;");
         out_(1, "}");
-        if (known) {
-            out_(1, "if (extended && status == kAsnOk) asnLeaveOpenType(in, outer);");
-            out_(1, "return status;");
-        }
         out_(0, "}");
+    }
+
+    void extensionAlternatives(const Type& type) {
+        out_(1, "if (asnExtensionBit(in)) {");
+        out_(2, "AsnCursor outer;");
+        out_(2, "AsnStatus status = asnEnterAlternative(in, &value.t, " +
+                    std::to_string(type.root.size()) + ", " +
+                    std::to_string(type.additions.size()) + ", outer);");
+        out_(2, "if (status != kAsnOk) return status;");
+        out_(2, "switch (value.t) {");
+        auto tag = static_cast<uint32_t>(type.root.size());
+        for (const Member& member : type.additions) alternative(2, ++tag, member, true);
+        out_(3, "default:");
+        out_(4, "break;");
+        out_(2, "}");
+        out_(2, "if (status == kAsnOk) asnLeaveOpenType(in, outer);");
+        out_(2, "return status;");
+        out_(1, "}");
     }
 
     void unknownAlternative(const Type& type) {
@@ -250,19 +261,19 @@ class DecoderEmitter {
         out_(1, "}");
     }
 
-    void alternative(int tag, const Member& member, bool known) {
+    void alternative(int indent, uint32_t tag, const Member& member, bool inOpenType) {
         if (!hasMember(*member.type)) return;
         const std::string slot = "value.u." + member.cppName;
         const bool isInline = heldInline(*member.type);
-        out_(2, "case " + std::to_string(tag) + ":");
+        out_(indent + 1, "case " + std::to_string(tag) + ":");
         if (!isInline) {
-            out_(3, slot + " = asnNewValue<" + member.type->cppName + ">(in);");
-            out_(3, "if (" + slot + " == nullptr) return kAsnNoMemory;");
+            out_(indent + 2, slot + " = asnNewValue<" + member.type->cppName + ">(in);");
+            out_(indent + 2, "if (" + slot + " == nullptr) return kAsnNoMemory;");
         }
-        registerInnerSize(3, *member.type);
+        if (!member.type->hasFunctions) registerSize(indent + 2, *member.type);
         const std::string call = readCall(*member.type, (isInline ? "" : "*") + slot) + ";";
-        out_(3, (known ? "status = " : "return ") + call);
-        if (known) out_(3, "break;");
+        out_(indent + 2, (inOpenType ? "status = " : "return ") + call);
+        if (inOpenType) out_(indent + 2, "break;");
     }
 
     void list(const Type& type) {
