@@ -33,9 +33,11 @@ foreach(file IN LISTS TAMSEL_ASN1_FILES)
     list(APPEND TAMSEL_MODULE_SOURCES
         ${TAMSEL_MODULE_DIR}/${stem}Decode.cpp ${TAMSEL_MODULE_DIR}/${stem}Trace.cpp
         ${TAMSEL_MODULE_DIR}/${stem}Print.cpp)
-    # A decode that is traced need not be fast.
+    # A traced decode need not be fast. For the others, the compiler should keep the cursor in
+    # registers: loads and stores of several members at once would wait for each other.
     set_source_files_properties(${TAMSEL_MODULE_DIR}/${stem}Trace.cpp PROPERTIES COMPILE_OPTIONS -Os)
-    set_source_files_properties(${TAMSEL_MODULE_DIR}/${stem}Decode.cpp PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
+    set_source_files_properties(${TAMSEL_MODULE_DIR}/${stem}Decode.cpp PROPERTIES COMPILE_OPTIONS
+        "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")
     list(APPEND TAMSEL_TYPE_TABLES ${TAMSEL_MODULE_DIR}/${stem}Types.cpp)
 endforeach()
 
