@@ -88,15 +88,13 @@ struct AsnAdditions {
 /// one.
 template <bool Tracing>
 [[nodiscard]] AsnStatus asnEnterAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
-    const AsnCursor main = asnSaveCursor(in.ctx);
-    asnRestoreCursor(in.ctx, additions.bitmap);
+    AsnCursor bitmap = additions.bitmap;
     uint8_t present = 0;
     for (; additions.index < additions.count; ++additions.index) {
-        (void)pd_bit(in, &present);  // ignored by design
+        (void)asnBitAt(in, bitmap, &present);  // ignored by design
         if (present != 0) break;
     }
-    additions.bitmap = asnSaveCursor(in.ctx);
-    asnRestoreCursor(in.ctx, main);
+    additions.bitmap = bitmap;
     additions.done = present == 0;
     return additions.done ? kAsnOk : asnEnterOpenType(in, additions.outer);
 }
