@@ -1,307 +1,362 @@
-// The decoders of a module.
+// The decoders of a module, as templates, and their instances.
 
 #include <algorithm>
+#include <utility>
 
 #include "emit.h"
+#include "layout.h"
+#include "template.h"
 
 namespace {
 
-class DecoderEmitter {
-  public:
-    explicit DecoderEmitter(const Module& module) : module_(module), out_(module, "decoders") {}
+/// Calls `text(member)` for each and joins what it returns.
+template <class Members, class Text>
+std::string joined(const Members& members, Text text) {
+    std::string all;
+    for (const auto& member : members) all += text(member);
+    return all;
+}
 
-    std::string emit() {
-        out_(0, "#pragma once");
-        out_.blank();
-        out_(0, "#include \"" + module_.stem + ".h\"");
-        out_.blank();
-        for (const Bounds& size : module_.sizes)
-            out_(0, "inline constexpr AsnSizeConstraint " + sizeName(size) + "{0, " +
-                        std::to_string(size.lower) + ", " + std::to_string(size.upper) +
-                        ", nullptr};");
-        for (const CharacterSet& set : module_.characterSets)
-            out_(0, "inline constexpr AsnCharSet k" + module_.stem + set.name.substr(1) +
-                        " = asnCharSet(kAsn" + set.alphabet + ", \"" + set.permitted + "\");");
-        for (const Type* type : module_.ordered) decoder(*type);
-        return out_.text();
+/// The constant that names the module in a trail.
+std::string moduleConstant(const Module& module) {
+    return "k" + module.prefix + "Module";
+}
+
+std::string nesting(const Type& type) {
+    if (!type.recursive) return "";
+    return R"(const AsnNesting nesting(in.ctx);
+if (nesting.tooDeep()) return kAsnTooDeep;
+)";
+}
+
+// --- SEQUENCE ---
+
+/// The root components that have something to read.
+std::vector<const Member*> valued(const std::vector<Member>& members) {
+    std::vector<const Member*> all;
+    for (const Member& member : members)
+        if (hasValue(*member.type)) all.push_back(&member);
+    return all;
+}
+
+Where component(const Member& member) {
+    return valueIn("value." + member.cppName);
+}
+
+std::string presenceBits(const Type& type) {
+    const auto flags = std::count_if(type.root.begin(), type.root.end(),
+                                     [](const Member& member) { return !member.flag.empty(); });
+    if (flags != 0) return "asnPresenceBits(in, value.m, " + std::to_string(flags) + ");";
+    return type.additions.empty() ? "" : "value.m = {};";
+}
+
+/// A component that others follow. `status` is "AsnStatus status" if it is not declared yet.
+std::string checkedComponent(const Member& member, const std::string& status) {
+    const std::string read = fill(R"(
+asnSetSize(in, $size);
+$status = $read;
+if (status != kAsnOk) return status;
+)",
+                                  {{"size", sizeToSet(*member.type)},
+                                   {"status", status},
+                                   {"read", readCall(*member.type, component(member))}});
+    if (member.flag.empty()) return read;
+    return fill(R"(
+if (value.m.$flag != 0) {
+    $read
+}
+)",
+                {{"flag", member.flag}, {"read", read}});
+}
+
+/// The last component of a SEQUENCE that is not extensible.
+std::string lastComponent(const Member& member) {
+    const std::string absent =
+        member.flag.empty() ? "" : "if (value.m." + member.flag + " == 0) return kAsnOk;";
+    return fill(R"(
+$absent
+asnSetSize(in, $size);
+return $read;
+)",
+                {{"absent", absent},
+                 {"size", sizeToSet(*member.type)},
+                 {"read", readCall(*member.type, component(member))}});
+}
+
+std::string addition(const Member& member, size_t index) {
+    const std::string read = readCall(*member.type, component(member));
+    return fill(R"(
+case $index:
+    value.m.$flag = 1;
+    asnSetSize(in, $size);
+    $read
+    break;
+)",
+                {{"index", std::to_string(index)},
+                 {"flag", member.flag},
+                 {"size", sizeToSet(*member.type)},
+                 {"read", read.empty() ? "" : "status = " + read + ";"}});
+}
+
+std::string additions(const Type& type, const std::string& status) {
+    size_t index = 0;
+    return fill(R"(
+if (!extended) return kAsnOk;
+AsnAdditions additions;
+$status = asnFirstAddition(in, additions);
+while (status == kAsnOk && !additions.done) {
+    switch (additions.index) {
+        $cases
+        default:
+            break;  // an addition that is not known is skipped
     }
+    if (status == kAsnOk) status = asnNextAddition(in, additions);
+}
+return status;
+)",
+                {{"status", status}, {"cases", joined(type.additions, [&](const Member& member) {
+                                          return addition(member, index++);
+                                      })}});
+}
 
-  private:
-    std::string sizeName(const Bounds& size) const {
-        return "k" + module_.stem + "Size" + std::to_string(size.lower) +
-               (size.upper != size.lower ? "To" + std::to_string(size.upper) : "");
-    }
+/// What follows the root components.
+std::string sequenceEnd(const Type& type, const std::string& status) {
+    if (!type.extensible) return "return kAsnOk;\n";
+    if (!type.keepsUnknown) return additions(type, status);
+    return R"(if (extended) return pd_OpenTypeExt(in, &value.extElem1.data, &value.extElem1.numocts);
+value.extElem1 = {};
+return kAsnOk;
+)";
+}
 
-    /// What reads a value of the type into `to`; the size constraint is registered before.
-    std::string readCall(const Type& type, const std::string& to) const {
-        if (type.hasFunctions) return "Decode" + type.cppName + "(in, " + to + ")";
-        return builtinCall(type, to);
-    }
+// --- CHOICE ---
 
-    std::string builtinCall(const Type& type, const std::string& to) const {
-        if (!type.characterSet.empty())
-            return "pd_IA5String(in, &" + to + ", k" + module_.stem + type.characterSet.substr(1) +
-                   ")";
-        const auto text = [&](const std::string& name) {
-            return "pd_" + name + "(in, &" + to + ")";
-        };
-        switch (type.kind) {
-            case Kind::boolean:
-                return "pd_bit(in, &" + to + ")";
-            case Kind::integer:
-                return integerCall(type, to);
-            case Kind::octetString:
-                return "pd_DynOctetString(in, " + to + ")";
-            case Kind::bitString:
-                return "pd_DynBitString(in, " + to + ")";
-            case Kind::objectIdentifier:
-                return "pd_ObjectId(in, " + to + ")";
-            case Kind::openType:
-                return "pd_OpenType(in, &" + to + ".data, &" + to + ".numocts)";
-            case Kind::numericString:
-                return text("NumericString");
-            case Kind::printableString:
-                return text("PrintableString");
-            case Kind::visibleString:
-                return text("VisibleString");
-            case Kind::ia5String:
-                return text("IA5String");
-            case Kind::generalString:
-                return text("GeneralString");
-            case Kind::bmpString:
-                return "pd_BMPString(in, " + to + ", nullptr)";
-            default:
-                return "kAsnOk";  // NULL
-        }
-    }
+std::string unknownAlternative(const Type& type) {
+    return fill(
+        R"(
+if (asnExtensionBit(in)) {
+    value.u.extElem1 = asnNewValue<AsnOpenType>(in);
+    if (value.u.extElem1 == nullptr) return kAsnNoMemory;
+    const AsnStatus status =
+        pd_ChoiceOpenTypeExt(in, &value.u.extElem1->data, &value.u.extElem1->numocts);
+    if (status == kAsnOk) return kAsnOk;
+    return asnLogError(in.ctx.errInfo, status, $module, $line);
+}
+)",
+        {{"module", moduleConstant(*type.module)}, {"line", std::to_string(type.trailLine)}});
+}
 
-    std::string integerCall(const Type& type, const std::string& to) const {
-        if (!type.range) return "pd_UnconsInteger(in, &" + to + ")";
-        const bool isUnsigned = type.range->upper > INT32_MAX;
-        const std::string name = type.range->extensible ? "pd_ExtInteger"
-                                 : isUnsigned           ? "pd_ConsUnsigned"
-                                                        : "pd_ConsInteger";
-        const std::string suffix = isUnsigned ? "U" : "";
-        return name + "(in, &" + to + ", " + std::to_string(type.range->lower) + suffix + ", " +
-               std::to_string(type.range->upper) + suffix + ")";
-    }
+std::string alternative(const Type& type, const Member& member) {
+    const std::string pointer = heldInUnion(*member.type) ? "" : "value.u." + member.cppName;
+    return fill(R"(
+case $Type::$name:
+    $pointer = asnNewValue<$Value>(in);
+    if ($pointer == nullptr) return kAsnNoMemory;
+    asnSetSize(in, $size);
+    status = $read;
+    break;
+)",
+                {{"Type", type.cppName},
+                 {"name", member.cppName},
+                 {"pointer", pointer},
+                 {"Value", member.type->cppName},
+                 {"size", sizeToSet(*member.type)},
+                 {"read", readCall(*member.type, valueOf(member))}});
+}
 
-    /// Registers the size of a string or list, at the last moment: the next length consumes it.
-    void registerSize(int indent, const Type& type) {
-        if (type.size) out_(indent, "asnSetSize(in, " + sizeName(*type.size) + ");");
-    }
-
-    void registerInnerSize(int indent, const Type& type) {
-        if (!type.hasFunctions) registerSize(indent, type);
-    }
-
-    /// Reads and returns what failed. `status` is declared where it is first needed.
-    void checked(int indent, const std::string& call) {
-        out_(indent, (declared_ ? "status = " : "AsnStatus status = ") + call + ";");
-        out_(indent, "if (status != kAsnOk) return status;");
-        declared_ = true;
-    }
-
-    void decoder(const Type& type) {
-        switch (type.kind) {
-            case Kind::sequence:
-                return sequence(type);
-            case Kind::choice:
-                return choice(type);
-            case Kind::sequenceOf:
-                return list(type);
-            default:
-                return simple(type);
-        }
-    }
-
-    void begin(const Type& type) {
-        out_.blank();
-        out_(0, typeComment(module_, type));
-        out_(0, "template <bool Tracing>");
-        out_(0, "AsnStatus Decode" + type.cppName + "(AsnReader<Tracing> in, " + type.cppName +
-                    "& value) {");
-    }
-
-    void nesting(const Type& type) {
-        if (!type.recursive) return;
-        out_(1, "const AsnNesting nesting(in.ctx);");
-        out_(1, "if (nesting.tooDeep()) return kAsnTooDeep;");
-    }
-
-    void simple(const Type& type) {
-        begin(type);
-        const uint64_t capacity = inlineCapacity(type);
-        const bool sized =
-            type.target == nullptr && capacity != 0 && type.kind == Kind::octetString;
-        registerSize(1, type);
-        if (type.target != nullptr)
-            out_(1, "return " + readCall(*type.target, "value") + ";");
-        else if (sized)
-            out_(1, "return pd_OctetString(in, &value.numocts, value.data, sizeof value.data);");
-        else if (capacity != 0)
-            out_(1, "return pd_BitString(in, &value.numbits, value.data, sizeof value.data);");
+/// Reads the alternative that the tag names; nothing if all are NULL.
+std::string alternatives(const Type& type) {
+    std::string cases;
+    bool hasNull = false;
+    for (const Member* member : allMembers(type)) {
+        if (hasValue(*member->type))
+            cases += alternative(type, *member);
         else
-            out_(1, "return " + builtinCall(type, "value") + ";");
-        out_(0, "}");
+            hasNull = true;
     }
+    if (cases.empty()) return "";
+    return fill(R"(
+if (status != kAsnOk) return status;
+switch (value.t) {
+    $cases
+    $null
+}
+)",
+                {{"cases", cases}, {"null", hasNull ? "default:\n    break;  // NULL\n" : ""}});
+}
 
-    void sequence(const Type& type) {
-        begin(type);
-        nesting(type);
-        const auto optional = std::count_if(type.root.begin(), type.root.end(),
-                                            [](const Member& member) { return member.optional; });
-        const bool hasFlags = optional != 0 || !type.additions.empty();
-        if (type.extensible) out_(1, "const bool extended = asnExtensionBit(in);");
-        if (hasFlags) out_(1, "asnPresenceBits(in, value.m, " + std::to_string(optional) + ");");
-        declared_ = false;
-        for (const Member& member : type.root) component(member);
-        if (type.additions.empty()) {
-            if (type.extensible) {
-                out_(1,
-                     "if (extended) return pd_OpenTypeExt(in, &value.extElem1.data, "
-                     "&value.extElem1.numocts);");
-                out_(1, "value.extElem1 = {};");
-            }
-            out_(1, "return kAsnOk;");
-        } else {
-            additions(type);
-        }
-        out_(0, "}");
-    }
+/// A CHOICE that knows extension alternatives.
+std::string extensibleChoice(const Type& type) {
+    return fill(R"(
+$nesting
+AsnCursor outer;
+const bool extended = asnExtensionBit(in);
+AsnStatus status = extended ? asnEnterAlternative(in, &value.t, $roots, $known, outer)
+                            : asnRootAlternative(in, &value.t, $roots);
+$alternatives
+if (extended && status == kAsnOk) asnLeaveOpenType(in, outer);
+return status;
+)",
+                {{"nesting", nesting(type)},
+                 {"roots", std::to_string(type.root.size())},
+                 {"known", std::to_string(type.additions.size())},
+                 {"alternatives", alternatives(type)}});
+}
 
-    void component(const Member& member) {
-        if (!hasMember(*member.type)) return;
-        if (member.optional && !declared_) out_(1, "AsnStatus status = kAsnOk;");
-        if (member.optional) declared_ = true;
-        if (member.optional) out_(1, "if (value.m." + member.cppName + "Present != 0) {");
-        const int indent = member.optional ? 2 : 1;
-        registerInnerSize(indent, *member.type);
-        checked(indent, readCall(*member.type, "value." + member.cppName));
-        if (member.optional) out_(1, "}");
-    }
+// --- the files ---
 
-    void additions(const Type& type) {
-        out_(1, "if (!extended) return kAsnOk;");
-        out_(1, "AsnAdditions additions;");
-        out_(1, std::string(declared_ ? "" : "AsnStatus ") +
-                    "status = asnFirstAddition(in, additions);");
-        out_(1, "while (status == kAsnOk && !additions.done) {");
-        out_(2, "switch (additions.index) {");
-        for (size_t i = 0; i < type.additions.size(); ++i) {
-            const Member& member = type.additions[i];
-            out_(3, "case " + std::to_string(i) + ":");
-            out_(4, "value.m." + member.cppName + "Present = 1;");
-            if (hasMember(*member.type)) {
-                registerInnerSize(4, *member.type);
-                out_(4, "status = " + readCall(*member.type, "value." + member.cppName) + ";");
-            }
-            out_(4, "break;");
-        }
-        out_(3, "default:");
-        out_(4, "break;  // an addition that is not known is skipped");
-        out_(2, "}");
-        out_(2, "if (status == kAsnOk) status = asnNextAddition(in, additions);");
-        out_(1, "}");
-        out_(1, "return status;");
-    }
+std::string decoder(const Type& type) {
+    const std::string body = kindRow(type.kind).text.decode(type);
+    const std::string unused = body == "return kAsnOk;\n" ? "[[maybe_unused]] " : "";
+    return fill(R"(
 
-    void choice(const Type& type) {
-        begin(type);
-        nesting(type);
-        const bool known = !type.additions.empty();
-        const std::string roots = std::to_string(type.root.size());
-        const std::string root = "asnRootAlternative(in, &value.t, " + roots + ")";
-        if (known) {
-            out_(1, "AsnCursor outer;");
-            out_(1, "const bool extended = asnExtensionBit(in);");
-            out_(1, "AsnStatus status = extended ? asnEnterAlternative(in, &value.t, " + roots +
-                        ", " + std::to_string(type.additions.size()) + ", outer)");
-            out_(1, "                            : " + root + ";");
-        } else {
-            if (type.extensible) unknownAlternative(type);
-            out_(1, "const AsnStatus status = " + root + ";");
-        }
-        out_(1, "if (status != kAsnOk) return status;");
-        out_(1, "switch (value.t) {");
-        int tag = 0;
-        for (const auto* members : {&type.root, &type.additions})
-            for (const Member& member : *members) alternative(++tag, member, known);
-        out_(2, "default:");
-        out_(3, known ? "break;" : "return kAsnOk;");
-        out_(1, "}");
-        if (known) {
-            out_(1, "if (extended && status == kAsnOk) asnLeaveOpenType(in, outer);");
-            out_(1, "return status;");
-        }
-        out_(0, "}");
-    }
+$comment
+template <bool Tracing>
+AsnStatus Decode$Type($in, $value) {
+    $body
+}
+)",
+                {{"comment", typeComment(type)},
+                 {"Type", type.cppName},
+                 {"in", unused + "AsnReader<Tracing> in"},
+                 {"value", unused + type.cppName + "& value"},
+                 {"body", body}});
+}
 
-    void unknownAlternative(const Type& type) {
-        out_(1, "if (asnExtensionBit(in)) {");
-        out_(2, "value.u.extElem1 = asnNewValue<AsnOpenType>(in);");
-        out_(2, "if (value.u.extElem1 == nullptr) return kAsnNoMemory;");
-        out_(2,
-             "const AsnStatus status = pd_ChoiceOpenTypeExt(in, &value.u.extElem1->data, "
-             "&value.u.extElem1->numocts);");
-        out_(2, "if (status == kAsnOk) return kAsnOk;");
-        out_(2, "return asnLogError(in.ctx.errInfo, status, \"" + module_.stem + "\", " +
-                    std::to_string(type.trailLine) + ");");
-        out_(1, "}");
-    }
+std::string sizeConstant(const SizeConstant& size) {
+    return fill(R"(
+inline constexpr AsnSizeConstraint $name{0, $lower, $upper, nullptr};
+)",
+                {{"name", size.name},
+                 {"lower", std::to_string(size.lower)},
+                 {"upper", std::to_string(size.upper)}});
+}
 
-    void alternative(int tag, const Member& member, bool known) {
-        if (!hasMember(*member.type)) return;
-        const std::string slot = "value.u." + member.cppName;
-        const bool isInline = heldInline(*member.type);
-        out_(2, "case " + std::to_string(tag) + ":");
-        if (!isInline) {
-            out_(3, slot + " = asnNewValue<" + member.type->cppName + ">(in);");
-            out_(3, "if (" + slot + " == nullptr) return kAsnNoMemory;");
-        }
-        registerInnerSize(3, *member.type);
-        const std::string call = readCall(*member.type, (isInline ? "" : "*") + slot) + ";";
-        out_(3, (known ? "status = " : "return ") + call);
-        if (known) out_(3, "break;");
-    }
+std::string alphabetConstant(const AlphabetConstant& alphabet) {
+    return fill(R"(
+inline constexpr AsnCharSet $name = asnCharSet($alphabet, $permitted);
+)",
+                {{"name", alphabet.name},
+                 {"alphabet", std::string(alphabet.alphabet)},
+                 {"permitted", literal(alphabet.permitted)}});
+}
 
-    void list(const Type& type) {
-        begin(type);
-        const std::string& element = type.element->cppName;
-        nesting(type);
-        registerSize(1, type);
-        declared_ = false;
-        const std::string bits = std::to_string(type.element->minBits);
-        checked(1, "asnListLength(in, &value.n, {" + bits + ", " + bits + "})");
-        out_(1, "value.elem = asnNewElements<" + element + ">(in, value.n);");
-        out_(1, "if (value.elem == nullptr)");
-        out_(2, "return asnLogError(in.ctx.errInfo, kAsnNoMemory, \"" + module_.stem + "\", " +
-                    std::to_string(type.trailLine) + ");");
-        out_(1, "for (uint32_t i = 0; i < value.n; ++i) {");
-        registerInnerSize(2, *type.element);
-        checked(2, readCall(*type.element, "value.elem[i]"));
-        out_(1, "}");
-        out_(1, "return kAsnOk;");
-        out_(0, "}");
-    }
+std::string instances(const Module& module, const std::string& purpose, const std::string& reader) {
+    return layOut(fill(R"(
+$heading
+#include "${stem}Decode.h"
 
-    const Module& module_;
-    Lines out_;
-    bool declared_ = false;  // the function being written has its `status`
-};
+$decoders
+)",
+                       {{"heading", heading(module, purpose)},
+                        {"stem", module.stem},
+                        {"decoders", joined(module.ordered, [&](const Type* type) {
+                             return fill("template AsnStatus Decode$Type($reader, $Type&);\n",
+                                         {{"Type", type->cppName}, {"reader", reader}});
+                         })}}));
+}
 
 }  // namespace
 
-std::string emitDecoders(const Module& module) {
-    return DecoderEmitter(module).emit();
+std::string decodeSequence(const Type& type) {
+    std::vector<const Member*> checked = valued(type.root);
+    std::string last;
+    if (!type.extensible && !checked.empty()) {
+        last = lastComponent(*checked.back());
+        checked.pop_back();
+    }
+    const bool declaredFirst = !checked.empty() && !checked.front()->flag.empty();
+    std::string status = declaredFirst ? "status" : "AsnStatus status";
+    const std::string components = joined(checked, [&](const Member* member) {
+        return checkedComponent(*member, std::exchange(status, "status"));
+    });
+    return fill(R"(
+$nesting
+$extended
+$presence
+$status
+$components
+$end
+)",
+                {{"nesting", nesting(type)},
+                 {"extended", type.extensible ? "const bool extended = asnExtensionBit(in);" : ""},
+                 {"presence", presenceBits(type)},
+                 {"status", declaredFirst ? "AsnStatus status = kAsnOk;" : ""},
+                 {"components", components},
+                 {"end", last.empty() ? sequenceEnd(type, status) : last}});
 }
 
-std::string emitInstances(const Module& module, const std::string& reader) {
-    Lines out(module, "decoders for one reader");
-    out(0, "#include \"" + module.stem + "Decode.h\"");
-    out.blank();
-    for (const Type* type : module.ordered)
-        out(0, "template AsnStatus Decode" + type->cppName + "(" + reader + " in, " +
-                   type->cppName + "& value);");
-    return out.text();
+std::string decodeChoice(const Type& type) {
+    if (!type.additions.empty()) return extensibleChoice(type);
+    const std::string decode = alternatives(type);
+    const std::string root =
+        "asnRootAlternative(in, &value.t, " + std::to_string(type.root.size()) + ")";
+    return fill(R"(
+$nesting
+$unknown
+$root;
+$alternatives
+$end
+)",
+                {{"nesting", nesting(type)},
+                 {"unknown", type.keepsUnknown ? unknownAlternative(type) : ""},
+                 {"root", (decode.empty() ? "return " : "AsnStatus status = ") + root},
+                 {"alternatives", decode},
+                 {"end", decode.empty() ? "" : "return status;"}});
+}
+
+std::string decodeList(const Type& type) {
+    return fill(R"(
+$nesting
+asnSetSize(in, $size);
+AsnStatus status = asnListLength(in, &value.n, $least);
+if (status != kAsnOk) return status;
+value.elem = asnNewElements<$Element>(in, value.n);
+if (value.elem == nullptr) return asnLogError(in.ctx.errInfo, kAsnNoMemory, $module, $line);
+for (uint32_t i = 0; i < value.n; ++i) {
+    asnSetSize(in, $elementSize);
+    status = $readElement;
+    if (status != kAsnOk) return status;
+}
+return kAsnOk;
+)",
+                {{"nesting", nesting(type)},
+                 {"size", type.sizeName},
+                 {"least", bitsText(type.element->least)},
+                 {"Element", type.element->cppName},
+                 {"module", moduleConstant(*type.module)},
+                 {"line", std::to_string(type.trailLine)},
+                 {"elementSize", sizeToSet(*type.element)},
+                 {"readElement", readCall(*type.element, valueIn("value.elem[i]"))}});
+}
+
+std::string emitDecoders(const Module& module) {
+    return layOut(fill(
+        R"(
+$heading
+#pragma once
+
+#include "$stem.h"
+
+// A decoder that logs a failure names this module and a line: not one of this file, but a number
+// of its own, which grows by 10 from type to type, so that trails tell the types apart.
+inline constexpr const char* $constant = "$stem";
+$sizes
+$alphabets
+$decoders
+)",
+        {{"heading", heading(module, "decoders")},
+         {"constant", moduleConstant(module)},
+         {"stem", module.stem},
+         {"sizes", joined(module.sizes, sizeConstant)},
+         {"alphabets", joined(module.alphabets, alphabetConstant)},
+         {"decoders", joined(module.ordered, [](const Type* type) { return decoder(*type); })}}));
+}
+
+std::string emitPlainReading(const Module& module) {
+    return instances(module, "decoders for the silent reader", "AsnPlainReader");
+}
+
+std::string emitTracedReading(const Module& module) {
+    return instances(module, "decoders for the tracing reader", "AsnTracingReader");
 }
