@@ -104,21 +104,26 @@ struct {
 )",
                                                   {{"flags", flags}});
     const std::string additions = componentLines(type.additions);
+    const std::string members =
+        fill(R"(
+$word
+$root
+$comment
+$additions
+$unknown
+)",
+             {{"word", word},
+              {"root", componentLines(type.root)},
+              {"comment", additions.empty() ? "" : "// extension additions"},
+              {"additions", additions},
+              {"unknown", type.keepsUnknown ? "AsnOpenType extElem1;" : ""}});
+    if (members.empty()) return "struct " + type.cppName + " {};\n";
     return fill(R"(
 struct $Type {
-    $word
-    $root
-    $comment
-    $additions
-    $unknown
+    $members
 };
 )",
-                {{"Type", type.cppName},
-                 {"word", word},
-                 {"root", componentLines(type.root)},
-                 {"comment", additions.empty() ? "" : "// extension additions"},
-                 {"additions", additions},
-                 {"unknown", type.keepsUnknown ? "AsnOpenType extElem1;" : ""}});
+                {{"Type", type.cppName}, {"members", members}});
 }
 
 std::string choiceStructure(const Type& type) {
@@ -165,7 +170,8 @@ std::string emitHeader(const Module& module) {
     std::string includes;
     for (const Module* import : module.imports) includes += "#include \"" + import->stem + ".h\"\n";
     std::string forward;
-    for (const Type* type : module.forward) forward += "\nstruct " + type->cppName + ";\n";
+    for (const Type* type : module.forward) forward += "struct " + type->cppName + ";\n";
+    if (!forward.empty()) forward = "\n" + forward;
     std::string types;
     for (const Type* type : module.ordered) types += declarations(*type);
     return layOut(fill(R"(

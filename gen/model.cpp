@@ -227,9 +227,9 @@ Model resolve(const std::vector<ModuleNotation>& notations, Errors& errors) {
     for (Builder& builder : builders) builder.declare();
     for (Builder& builder : builders) builder.import(byName);
     for (Builder& builder : builders) builder.build();
-    checkOtherNames(model, errors);
     if (!errors.lines.empty()) return model;
 
+    checkOtherNames(model, errors);
     checkImportOrder(model, errors);
     for (Module& module : model.modules) orderTypes(module, errors);
     checkTypeNames(model, errors);

@@ -9,55 +9,96 @@ namespace {
 
 constexpr int kTrailStep = 10;
 
-/// Visits types depth first.
-class Ordering {
-  public:
-    Ordering(Module& module, Errors& errors) : module_(module), errors_(errors) {}
+/// The types that a type has members of, points to or stands for.
+std::vector<Type*> usedBy(const Type& type) {
+    std::vector<Type*> used;
+    for (const Member* member : allMembers(type)) used.push_back(member->type);
+    if (type.element != nullptr) used.push_back(type.element);
+    if (type.target != nullptr) used.push_back(type.target);
+    return used;
+}
 
-    void visit(Type& type) {
-        if (type.module != &module_ || !done_.insert(&type).second) return;
-        open_.push_back({&type, false});
-        for (const Member* member : allMembers(type)) follow(*member->type);
-        if (type.element != nullptr) follow(*type.element);
-        if (type.target != nullptr) follow(*type.target);
+/// A structure can be pointed to before it is defined; another name cannot.
+bool isStructure(const Type& type) {
+    return type.target == nullptr && kindRow(type.kind).cppType.empty();
+}
+
+/// Visits the types of a module depth first: each type after all that it uses, except for those
+/// that lead back to it, which are marked as recursive.
+class Visit {
+  public:
+    explicit Visit(const Module& module) : module_(module) {}
+
+    void operator()(Type& type) {
+        if (type.module != &module_ || !hasValue(type)) return;
+        if (open_.count(&type) != 0) type.recursive = true;
+        if (!known_.insert(&type).second) return;
+        open_.insert(&type);
+        for (Type* used : usedBy(type)) (*this)(*used);
+        open_.erase(&type);
+        visited.push_back(&type);
+    }
+
+    std::vector<Type*> visited;
+
+  private:
+    const Module& module_;
+    std::set<const Type*> known_;
+    std::set<const Type*> open_;
+};
+
+/// Puts types in the order in which C++ can define them: after those that they hold, and after
+/// other names that they use.
+class Placing {
+  public:
+    Placing(Module& module, Errors& errors) : module_(module), errors_(errors) {}
+
+    void place(Type& type) {
+        if (type.module != &module_ || !hasValue(type) || !known_.insert(&type).second) return;
+        const bool pointsTo = kindRow(type.kind).pointsToMembers;
+        open_.push_back({&type, pointsTo});
+        for (Type* used : usedBy(type))
+            if (!pointsTo || !isStructure(*used)) follow(type, *used);
         open_.pop_back();
-        if (type.hasFunctions && hasValue(type)) module_.ordered.push_back(&type);
+        if (type.hasFunctions) module_.ordered.push_back(&type);
     }
 
   private:
     struct Open {
         const Type* type;
-        bool byPointer;  // holds the one that is being visited
+        bool pointsTo;  // the type that is being placed, instead of holding it
     };
 
-    void follow(Type& used) {
-        const Type& user = *open_.back().type;
-        open_.back().byPointer = kindRow(user.kind).pointsToMembers;
+    void follow(const Type& user, Type& used) {
         const auto back = std::find_if(open_.begin(), open_.end(),
                                        [&](const Open& open) { return open.type == &used; });
-        if (back == open_.end())
-            visit(used);
+        if (back == open_.end()) return place(used);
+        if (std::none_of(back, open_.end(), [](const Open& open) { return open.pointsTo; }))
+            errors_.add(module_.source, used.line, used.path, "the type contains itself");
         else
-            recursion(used, std::none_of(back, open_.end(),
-                                         [](const Open& open) { return open.byPointer; }));
-    }
-
-    void recursion(Type& type, bool holdsItself) {
-        const auto refuse = [&](const char* text) {
-            errors_.add(module_.source, type.line, type.path, text);
-        };
-        if (holdsItself) return refuse("the type contains itself");
-        if (type.target != nullptr)
-            return refuse("recursion through another name is not supported");
-        if (!type.recursive) module_.forward.push_back(&type);
-        type.recursive = true;
+            errors_.add(module_.source, user.line, user.path,
+                        "recursion through another name is not supported");
     }
 
     Module& module_;
     Errors& errors_;
-    std::set<const Type*> done_;
+    std::set<const Type*> known_;
     std::vector<Open> open_;
 };
+
+/// The structures that are pointed to before they are defined.
+std::vector<Type*> forwardDeclared(const Module& module) {
+    std::set<const Type*> defined;
+    std::vector<Type*> forward;
+    for (const Type* type : module.ordered) {
+        for (Type* used : usedBy(*type))
+            if (used->module == &module && used->hasFunctions && hasValue(*used) && used != type &&
+                defined.insert(used).second)
+                forward.push_back(used);
+        defined.insert(type);
+    }
+    return forward;
+}
 
 /// A decoder logs if the array of a list cannot be allocated, or if unknown content of a CHOICE
 /// cannot be read.
@@ -67,14 +108,15 @@ bool logs(const Type& type) {
 
 }  // namespace
 
-void checkOtherNames(const Model& model, Errors& errors) {
+void checkOtherNames(Model& model, Errors& errors) {
     for (const Module& module : model.modules)
-        for (const Type* type : module.named) {
+        for (Type* type : module.named) {
             std::set<const Type*> names;
             const Type* other = type;
             while (other != nullptr && names.insert(other).second) other = other->target;
-            if (other == type)
-                errors.add(module.source, type->line, type->path, "the type contains itself");
+            if (other != type) continue;
+            errors.add(module.source, type->line, type->path, "the type contains itself");
+            type->target = nullptr;  // the others are found as if it were one of its own
         }
 }
 
@@ -96,8 +138,11 @@ void checkImportOrder(const Model& model, Errors& errors) {
 }
 
 void orderTypes(Module& module, Errors& errors) {
-    Ordering ordering(module, errors);
-    for (Type* type : module.named) ordering.visit(*type);
+    Visit visit(module);
+    for (Type* type : module.named) visit(*type);
+    Placing placing(module, errors);
+    for (Type* type : visit.visited) placing.place(*type);
+    module.forward = forwardDeclared(module);
 }
 
 void numberTrailLines(Module& module, Errors& errors) {

@@ -4,7 +4,7 @@
 #include "model.h"
 
 /// Refuses names that stand only for each other.
-void checkOtherNames(const Model& model, Errors& errors);
+void checkOtherNames(Model& model, Errors& errors);
 
 /// Refuses modules that import from each other.
 void checkImportOrder(const Model& model, Errors& errors);
