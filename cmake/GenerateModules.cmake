@@ -55,8 +55,11 @@ endfunction()
 
 tamsel_generate(TAMSEL_MODULE ${TAMSEL_MODULE_DIR} "${TAMSEL_ASN1_FILES}")
 set(TAMSEL_TYPE_TABLES ${TAMSEL_MODULE_TABLES})
-# A decode that is traced need not be fast.
-set(traced ${TAMSEL_MODULE_SOURCES})
-list(FILTER traced INCLUDE REGEX "Trace\\.cpp$")
-set_source_files_properties(${traced} PROPERTIES COMPILE_OPTIONS -Os)
+foreach(file IN LISTS TAMSEL_MODULE_SOURCES)
+    if(file MATCHES "Trace\\.cpp$")  # a decode that is traced need not be fast
+        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS -Os)
+    elseif(file MATCHES "Decode\\.cpp$")
+        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
+    endif()
+endforeach()
 add_custom_target(tamsel_modules DEPENDS ${TAMSEL_MODULE_DIR}.stamp)

@@ -15,6 +15,7 @@ std::string fillCall(std::string_view call, const Type& type, const Where& where
                        {"record", where.record},
                        {"lower", std::to_string(range.lower)},
                        {"upper", std::to_string(range.upper)},
+                       {"size", type.sizeName},
                        {"permitted", type.alphabetName.empty() ? full : type.alphabetName}});
 }
 
@@ -33,10 +34,14 @@ Where valueOf(const Member& alternative) {
     return heldInUnion(*alternative.type) ? valueIn(name) : valueBehind(name);
 }
 
+std::string kindReadCall(const Type& type, const Where& where) {
+    return fillCall(kindRow(type.kind).read, type, where);
+}
+
 std::string readCall(const Type& type, const Where& where) {
     if (!hasValue(type)) return "";
     if (type.hasFunctions) return "Decode" + type.cppName + "(in, " + where.value + ")";
-    return fillCall(kindRow(type.kind).read, type, where);
+    return kindReadCall(type, where);
 }
 
 std::string printCall(const Type& type, const Where& where) {
@@ -44,35 +49,21 @@ std::string printCall(const Type& type, const Where& where) {
     return fillCall(kindRow(type.kind).print, type, where);
 }
 
-std::string decodeSimple(const Type& type) {
-    return fill(R"(
-asnSetSize(in, $size);
-return $read;
-)",
-                {{"size", type.sizeName},
-                 {"read", fillCall(kindRow(type.kind).read, type, valueIn("value"))}});
-}
-
 std::string dumpSimple(const Type& type) {
     return fillCall(kindRow(type.kind).print, type, valueIn("value")) + ";\n";
-}
-
-std::string decodeOtherName(const Type& type) {
-    return fill(
-        R"(
-asnSetSize(in, $size);
-return $read;
-)",
-        {{"size", sizeToSet(*type.target)}, {"read", readCall(*type.target, valueIn("value"))}});
 }
 
 std::string dumpOtherName(const Type& type) {
     return printCall(*type.target, valueIn("value")) + ";\n";
 }
 
-const std::string& sizeToSet(const Type& type) {
-    static const std::string kNone;
-    return type.hasFunctions ? kNone : type.sizeName;
+std::string kindSizeToSet(const Type& type) {
+    const bool reads = kindRow(type.kind).read.find("$size") != std::string_view::npos;
+    return reads ? "" : type.sizeName;
+}
+
+std::string sizeToSet(const Type& type) {
+    return type.hasFunctions ? "" : kindSizeToSet(type);
 }
 
 std::string bitsText(LeastBits bits) {

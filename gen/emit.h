@@ -48,8 +48,11 @@ Where valueOf(const Member& alternative);       // in the union, or behind it
 
 std::string readCall(const Type& type, const Where& where);
 std::string printCall(const Type& type, const Where& where);
-/// The size constraint to register before a read call; the decoder of a type registers its own.
-const std::string& sizeToSet(const Type& type);
+/// The size constraint to register before a read call, or nothing.
+std::string sizeToSet(const Type& type);
+/// The same for the call of the kind, also if the type has a decoder: that makes it.
+std::string kindReadCall(const Type& type, const Where& where);
+std::string kindSizeToSet(const Type& type);
 /// "{8, 7}": an AsnElementBits.
 std::string bitsText(LeastBits bits);
 

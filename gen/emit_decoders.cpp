@@ -29,6 +29,23 @@ if (nesting.tooDeep()) return kAsnTooDeep;
 )";
 }
 
+/// A decoder; `body` is what it does.
+std::string decoder(const Type& type, const std::string& body) {
+    const std::string unused = body == "return kAsnOk;\n" ? "[[maybe_unused]] " : "";
+    return fill(R"(
+template <bool Tracing>
+AsnStatus Decode$Type($in, $value) {
+    $nesting
+    $body
+}
+)",
+                {{"Type", type.cppName},
+                 {"in", unused + "AsnReader<Tracing> in"},
+                 {"value", unused + type.cppName + "& value"},
+                 {"nesting", nesting(type)},
+                 {"body", body}});
+}
+
 // --- SEQUENCE ---
 
 /// The root components that have something to read.
@@ -43,11 +60,16 @@ Where component(const Member& member) {
     return valueIn("value." + member.cppName);
 }
 
-std::string presenceBits(const Type& type) {
+/// The extension bit and the presence bits.
+std::string preamble(const Type& type) {
     const auto flags = std::count_if(type.root.begin(), type.root.end(),
                                      [](const Member& member) { return !member.flag.empty(); });
-    if (flags != 0) return "asnPresenceBits(in, value.m, " + std::to_string(flags) + ");";
-    return type.additions.empty() ? "" : "value.m = {};";
+    const std::string bits = "(in, value.m, " + std::to_string(flags) + ");\n";
+    if (!type.extensible) return flags != 0 ? "asnPresenceBits" + bits : "";
+    const std::string extended = "const bool extended = ";
+    if (flags == 0 && type.additions.empty()) return extended + "asnExtensionBit(in);\n";
+    if (flags < 32) return extended + "asnExtensionAndPresenceBits" + bits;
+    return extended + "asnExtensionBit(in);\nasnPresenceBits" + bits;
 }
 
 /// A component that others follow. `status` is "AsnStatus status" if it is not declared yet.
@@ -98,31 +120,37 @@ case $index:
                  {"read", read.empty() ? "" : "status = " + read + ";"}});
 }
 
-std::string additions(const Type& type, const std::string& status) {
+/// The function that reads the additions; most messages have none.
+std::string additions(const Type& type) {
     size_t index = 0;
-    return fill(R"(
-if (!extended) return kAsnOk;
-AsnAdditions additions;
-$status = asnFirstAddition(in, additions);
-while (status == kAsnOk && !additions.done) {
-    switch (additions.index) {
-        $cases
-        default:
-            break;  // an addition that is not known is skipped
+    return fill(
+        R"(
+template <bool Tracing>
+AsnStatus ${Type}_additions(AsnReader<Tracing> in, $Type& value) {
+    AsnAdditions additions;
+    AsnStatus status = asnFirstAddition(in, additions);
+    while (status == kAsnOk && !additions.done) {
+        switch (additions.index) {
+            $cases
+            default:
+                break;  // an addition that is not known is skipped
+        }
+        if (status == kAsnOk) status = asnNextAddition(in, additions);
     }
-    if (status == kAsnOk) status = asnNextAddition(in, additions);
+    return status;
 }
-return status;
+
 )",
-                {{"status", status}, {"cases", joined(type.additions, [&](const Member& member) {
-                                          return addition(member, index++);
-                                      })}});
+        {{"Type", type.cppName}, {"cases", joined(type.additions, [&](const Member& member) {
+                                      return addition(member, index++);
+                                  })}});
 }
 
 /// What follows the root components.
-std::string sequenceEnd(const Type& type, const std::string& status) {
+std::string sequenceEnd(const Type& type) {
     if (!type.extensible) return "return kAsnOk;\n";
-    if (!type.keepsUnknown) return additions(type, status);
+    if (!type.keepsUnknown)
+        return "return extended ? " + type.cppName + "_additions(in, value) : kAsnOk;\n";
     return R"(if (extended) return pd_OpenTypeExt(in, &value.extElem1.data, &value.extElem1.numocts);
 value.extElem1 = {};
 return kAsnOk;
@@ -146,82 +174,86 @@ if (asnExtensionBit(in)) {
         {{"module", moduleConstant(*type.module)}, {"line", std::to_string(type.trailLine)}});
 }
 
-std::string alternative(const Type& type, const Member& member) {
+/// Reads an alternative. It is the result, or goes to `status` inside of an open type.
+std::string alternative(const Type& type, const Member& member, bool inOpenType) {
     const std::string pointer = heldInUnion(*member.type) ? "" : "value.u." + member.cppName;
     return fill(R"(
 case $Type::$name:
     $pointer = asnNewValue<$Value>(in);
     if ($pointer == nullptr) return kAsnNoMemory;
     asnSetSize(in, $size);
-    status = $read;
-    break;
+    $result $read;
+    $break
 )",
                 {{"Type", type.cppName},
                  {"name", member.cppName},
                  {"pointer", pointer},
                  {"Value", member.type->cppName},
                  {"size", sizeToSet(*member.type)},
-                 {"read", readCall(*member.type, valueOf(member))}});
+                 {"result", inOpenType ? "status =" : "return"},
+                 {"read", readCall(*member.type, valueOf(member))},
+                 {"break", inOpenType ? "break;" : ""}});
 }
 
-/// Reads the alternative that the tag names; nothing if all are NULL.
-std::string alternatives(const Type& type) {
-    std::string cases;
-    bool hasNull = false;
-    for (const Member* member : allMembers(type)) {
-        if (hasValue(*member->type))
-            cases += alternative(type, *member);
-        else
-            hasNull = true;
-    }
-    if (cases.empty()) return "";
-    return fill(R"(
+std::string rootAlternatives(const Type& type) {
+    const std::vector<const Member*> read = valued(type.root);
+    const std::string index =
+        "asnRootAlternative(in, &value.t, " + std::to_string(type.root.size()) + ");";
+    if (read.empty()) return "return " + index + "\n";
+    return fill(
+        R"(
+const AsnStatus status = $index
+if (status != kAsnOk) return status;
+switch (value.t) {
+    $cases
+    default:
+        $otherwise
+}
+)",
+        {{"index", index},
+         {"cases",
+          joined(read, [&](const Member* member) { return alternative(type, *member, false); })},
+         {"otherwise", read.size() < type.root.size()
+                           ? "return kAsnOk;  // NULL"
+                           : "return kAsnInvalidChoice;  // there is no other"}});
+}
+
+/// Reads the extension alternative that the tag names; nothing if all are NULL.
+std::string extensionValues(const Type& type) {
+    const std::vector<const Member*> read = valued(type.additions);
+    if (read.empty()) return "";
+    const bool hasNull = read.size() < type.additions.size();
+    return fill(
+        R"(
 if (status != kAsnOk) return status;
 switch (value.t) {
     $cases
     $null
 }
 )",
-                {{"cases", cases}, {"null", hasNull ? "default:\n    break;  // NULL\n" : ""}});
+        {{"cases",
+          joined(read, [&](const Member* member) { return alternative(type, *member, true); })},
+         {"null", hasNull ? "default:\n    break;  // NULL\n" : ""}});
 }
 
-/// A CHOICE that knows extension alternatives.
-std::string extensibleChoice(const Type& type) {
+std::string extensionAlternatives(const Type& type) {
+    const std::string values = extensionValues(type);
     return fill(R"(
-$nesting
-AsnCursor outer;
-const bool extended = asnExtensionBit(in);
-AsnStatus status = extended ? asnEnterAlternative(in, &value.t, $roots, $known, outer)
-                            : asnRootAlternative(in, &value.t, $roots);
-$alternatives
-if (extended && status == kAsnOk) asnLeaveOpenType(in, outer);
-return status;
+if (asnExtensionBit(in)) {
+    AsnCursor outer;
+    $status = asnEnterAlternative(in, &value.t, $roots, $known, outer);
+    $values
+    if (status == kAsnOk) asnLeaveOpenType(in, outer);
+    return status;
+}
 )",
-                {{"nesting", nesting(type)},
+                {{"status", values.empty() ? "const AsnStatus status" : "AsnStatus status"},
                  {"roots", std::to_string(type.root.size())},
                  {"known", std::to_string(type.additions.size())},
-                 {"alternatives", alternatives(type)}});
+                 {"values", values}});
 }
 
 // --- the files ---
-
-std::string decoder(const Type& type) {
-    const std::string body = kindRow(type.kind).text.decode(type);
-    const std::string unused = body == "return kAsnOk;\n" ? "[[maybe_unused]] " : "";
-    return fill(R"(
-
-$comment
-template <bool Tracing>
-AsnStatus Decode$Type($in, $value) {
-    $body
-}
-)",
-                {{"comment", typeComment(type)},
-                 {"Type", type.cppName},
-                 {"in", unused + "AsnReader<Tracing> in"},
-                 {"value", unused + type.cppName + "& value"},
-                 {"body", body}});
-}
 
 std::string sizeConstant(const SizeConstant& size) {
     return fill(R"(
@@ -258,56 +290,60 @@ $decoders
 
 }  // namespace
 
+std::string decodeSimple(const Type& type) {
+    return decoder(type, fill(R"(
+asnSetSize(in, $size);
+return $read;
+)",
+                              {{"size", kindSizeToSet(type)},
+                               {"read", kindReadCall(type, valueIn("value"))}}));
+}
+
+std::string decodeOtherName(const Type& type) {
+    return decoder(type, fill(R"(
+asnSetSize(in, $size);
+return $read;
+)",
+                              {{"size", sizeToSet(*type.target)},
+                               {"read", readCall(*type.target, valueIn("value"))}}));
+}
+
 std::string decodeSequence(const Type& type) {
     std::vector<const Member*> checked = valued(type.root);
-    std::string last;
+    std::string end = sequenceEnd(type);
     if (!type.extensible && !checked.empty()) {
-        last = lastComponent(*checked.back());
+        end = lastComponent(*checked.back());
         checked.pop_back();
     }
     const bool declaredFirst = !checked.empty() && !checked.front()->flag.empty();
     std::string status = declaredFirst ? "status" : "AsnStatus status";
-    const std::string components = joined(checked, [&](const Member* member) {
-        return checkedComponent(*member, std::exchange(status, "status"));
-    });
-    return fill(R"(
-$nesting
-$extended
-$presence
+    return (type.additions.empty() ? "" : additions(type)) +
+           decoder(type, fill(R"(
+$preamble
 $status
 $components
 $end
 )",
-                {{"nesting", nesting(type)},
-                 {"extended", type.extensible ? "const bool extended = asnExtensionBit(in);" : ""},
-                 {"presence", presenceBits(type)},
-                 {"status", declaredFirst ? "AsnStatus status = kAsnOk;" : ""},
-                 {"components", components},
-                 {"end", last.empty() ? sequenceEnd(type, status) : last}});
+                              {{"preamble", preamble(type)},
+                               {"status", declaredFirst ? "AsnStatus status = kAsnOk;" : ""},
+                               {"components", joined(checked,
+                                                     [&](const Member* member) {
+                                                         return checkedComponent(
+                                                             *member,
+                                                             std::exchange(status, "status"));
+                                                     })},
+                               {"end", end}}));
 }
 
 std::string decodeChoice(const Type& type) {
-    if (!type.additions.empty()) return extensibleChoice(type);
-    const std::string decode = alternatives(type);
-    const std::string root =
-        "asnRootAlternative(in, &value.t, " + std::to_string(type.root.size()) + ")";
-    return fill(R"(
-$nesting
-$unknown
-$root;
-$alternatives
-$end
-)",
-                {{"nesting", nesting(type)},
-                 {"unknown", type.keepsUnknown ? unknownAlternative(type) : ""},
-                 {"root", (decode.empty() ? "return " : "AsnStatus status = ") + root},
-                 {"alternatives", decode},
-                 {"end", decode.empty() ? "" : "return status;"}});
+    return decoder(type, (type.keepsUnknown ? unknownAlternative(type) : "") +
+                             (type.additions.empty() ? "" : extensionAlternatives(type)) +
+                             rootAlternatives(type));
 }
 
 std::string decodeList(const Type& type) {
-    return fill(R"(
-$nesting
+    return decoder(type,
+                   fill(R"(
 asnSetSize(in, $size);
 AsnStatus status = asnListLength(in, &value.n, $least);
 if (status != kAsnOk) return status;
@@ -320,14 +356,13 @@ for (uint32_t i = 0; i < value.n; ++i) {
 }
 return kAsnOk;
 )",
-                {{"nesting", nesting(type)},
-                 {"size", type.sizeName},
-                 {"least", bitsText(type.element->least)},
-                 {"Element", type.element->cppName},
-                 {"module", moduleConstant(*type.module)},
-                 {"line", std::to_string(type.trailLine)},
-                 {"elementSize", sizeToSet(*type.element)},
-                 {"readElement", readCall(*type.element, valueIn("value.elem[i]"))}});
+                        {{"size", type.sizeName},
+                         {"least", bitsText(type.element->least)},
+                         {"Element", type.element->cppName},
+                         {"module", moduleConstant(*type.module)},
+                         {"line", std::to_string(type.trailLine)},
+                         {"elementSize", sizeToSet(*type.element)},
+                         {"readElement", readCall(*type.element, valueIn("value.elem[i]"))}}));
 }
 
 std::string emitDecoders(const Module& module) {
@@ -350,7 +385,9 @@ $decoders
          {"stem", module.stem},
          {"sizes", joined(module.sizes, sizeConstant)},
          {"alphabets", joined(module.alphabets, alphabetConstant)},
-         {"decoders", joined(module.ordered, [](const Type* type) { return decoder(*type); })}}));
+         {"decoders", joined(module.ordered, [](const Type* type) {
+              return "\n" + typeComment(*type) + "\n" + kindRow(type->kind).text.decode(*type);
+          })}}));
 }
 
 std::string emitPlainReading(const Module& module) {

@@ -47,7 +47,7 @@ constexpr uint64_t kEndless = UINT64_MAX;
 /// The text of a type with functions of its own.
 struct KindText {
     std::string (*structure)(const Type&);
-    std::string (*decode)(const Type&);  // what its decoder does
+    std::string (*decode)(const Type&);  // its decoder, and functions that it calls
     std::string (*dump)(const Type&);    // what its printer does
 };
 
@@ -56,6 +56,7 @@ struct KindText {
 ///   $record          the value and what selects a member of it: "value.a." or "value.u.a->"
 ///   $lower $upper    the bounds of its range
 ///   $permitted       its character set: a constant
+///   $size            its size constraint: a constant; a call without it finds it registered
 struct KindRow {
     Kind kind{};
     std::string_view notation{};  // as it begins: "OCTET STRING"

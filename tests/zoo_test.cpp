@@ -96,6 +96,12 @@ const ZooCase kSequences[] = {
     {"Flags_32", "[80 00 00 01] 1 0", "=", 0,
      ".m@f1Present = 1; .m@f2Present = 0;...; .m@f31Present = 0; .m@f32Present = 1; .f1 = 1; "
      ".f32 = 0"},
+    {"Flags_31_marked", "0 [80 00 00] 0000001 1", "=", 0,
+     ".m@f1Present = 1; .m@f2Present = 0;...; .m@f30Present = 0; .m@f31Present = 1; .f31 = 1; "
+     ".extElem1.numocts = 0; .extElem1.data ="},
+    {"Flags_32_marked", "0 [80 00 00 01] 1", "=", 0,
+     ".m@f1Present = 1; .m@f2Present = 0;...; .m@f31Present = 0; .m@f32Present = 1; .f32 = 1; "
+     ".extElem1.numocts = 0; .extElem1.data ="},
     {"Nested", "1 [01] 0 1 00000000001 [41] 1 10 0010",
      "1 0000000 [01] 0 1 000000 [00 01] [41] 1 10 00000 0010", 0,
      ".a.m@bPresent = 1; .a.b.n = 1; .a.b.elem[0].c = 1; .a.b.elem[0].extElem1.numocts = 0; "

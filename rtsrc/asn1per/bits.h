@@ -63,15 +63,16 @@ template <bool Tracing>
 
 /// pd_bits if the current octet does not hold all the bits.
 template <bool Tracing>
-[[nodiscard, gnu::noinline]] AsnStatus asnBitsAcross(AsnReader<Tracing> in, uint32_t* value,
-                                                     uint32_t nbits) {
+[[nodiscard, gnu::always_inline]] inline AsnStatus asnBitsAcross(AsnReader<Tracing> in,
+                                                                 uint32_t* value, uint32_t nbits) {
     AsnContext& ctx = in.ctx;
-    if (asnBitsLeft(ctx) < int64_t{nbits}) return in.log(AsnSource::bits, kAsnEndOfData);
-    const uint8_t* next = ctx.data + ctx.byteIndex;
     const auto unread = static_cast<uint32_t>(ctx.bitOffset);
+    uint32_t rest = nbits - unread;
+    if (ctx.byteIndex >= ctx.size || ctx.size - ctx.byteIndex - 1 < (uint64_t{rest} + 7) / 8)
+        return in.log(AsnSource::bits, kAsnEndOfData);
+    const uint8_t* next = ctx.data + ctx.byteIndex;
     const uint32_t mask = (1U << unread) - 1;
     in.diag("pd_bits: mask = %x, data[index] = %x\n", mask, static_cast<unsigned>(*next));
-    uint32_t rest = nbits - unread;
     uint32_t word = *next++ & mask;
     for (; rest >= 8; rest -= 8) word = word << 8 | *next++;
     if (rest > 0) word = word << rest | uint32_t{*next} >> (8 - rest);
@@ -82,6 +83,14 @@ template <bool Tracing>
 }
 
 template <bool Tracing>
+[[nodiscard, gnu::noinline]] AsnStatus asnCallBitsAcross(AsnReader<Tracing> in, uint32_t* value,
+                                                         uint32_t nbits) {
+    return asnBitsAcross(in, value, nbits);
+}
+
+/// The common case is inline. `wholeOctets`: so is the other one, because the bits are whole octets
+/// at a boundary.
+template <bool wholeOctets = false, bool Tracing>
 [[nodiscard, gnu::always_inline]] inline AsnStatus pd_bits(AsnReader<Tracing> in, uint32_t* value,
                                                            uint32_t nbits) {
     AsnContext& ctx = in.ctx;
@@ -92,7 +101,8 @@ template <bool Tracing>
         return kAsnOk;
     }
     const auto unread = static_cast<uint32_t>(ctx.bitOffset);
-    if (nbits > unread || ctx.byteIndex >= ctx.size) return asnBitsAcross(in, value, nbits);
+    if (nbits > unread || ctx.byteIndex >= ctx.size)
+        return wholeOctets ? asnBitsAcross(in, value, nbits) : asnCallBitsAcross(in, value, nbits);
     const uint32_t octet = ctx.data[ctx.byteIndex];
     const uint32_t mask = (1U << nbits) - 1;
     const uint32_t rest = unread - nbits;
@@ -114,7 +124,7 @@ template <bool Tracing>
     pd_SetBitOffset(ctx, position);
     in.diag("context after move: bitOffset = %d, byteIndex = %d\n", static_cast<int>(ctx.bitOffset),
             static_cast<int>(ctx.byteIndex));
-    return position / 8 <= int64_t{ctx.size} ? kAsnOk : kAsnEndOfData;
+    return position >> 3 <= int64_t{ctx.size} ? kAsnOk : kAsnEndOfData;
 }
 
 /// Copies `nbits` bits that start where `unread` bits of the octet at `from` are left.

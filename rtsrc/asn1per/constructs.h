@@ -22,14 +22,14 @@ inline constexpr auto kAsnReversed = [] {
     return reversed;
 }();
 
-/// `count` extension or presence bits, 1 to 32; the first one is bit 0 of the result. The status of
-/// these reads is ignored by design: a bit beyond the end counts as 0, and the next checked read
-/// fails.
+/// `count` extension or presence bits, 1 to 32; the first one is bit 0 of the result. A bit beyond
+/// the end of the data counts as 0: the status of these reads is ignored by design, and the next
+/// checked read fails.
 template <bool Tracing>
 inline uint32_t asnFlags(AsnReader<Tracing> in, uint32_t count) {
     AsnContext& ctx = in.ctx;
     const auto unread = static_cast<uint32_t>(ctx.bitOffset);
-    if (!Tracing && count <= unread && ctx.byteIndex < ctx.size) {  // all in the current octet
+    if (!Tracing && count <= unread && ctx.byteIndex < ctx.size) {  // at once: all in one octet
         const uint32_t rest = unread - count;
         ctx.bitOffset = static_cast<int16_t>(rest);
         return uint32_t{kAsnReversed[ctx.data[ctx.byteIndex] >> rest << (8 - count) & 0xFF]};
@@ -45,7 +45,9 @@ inline uint32_t asnFlags(AsnReader<Tracing> in, uint32_t count) {
 
 template <bool Tracing>
 inline bool asnExtensionBit(AsnReader<Tracing> in) {
-    return asnFlags(in, 1) != 0;
+    uint8_t extended = 0;
+    (void)pd_bit(in, &extended);  // ignored by design
+    return extended != 0;
 }
 
 /// Reads the presence bits of `count` optional root components, 0 to 32, into the word `m`: bit 0
@@ -57,12 +59,20 @@ inline void asnPresenceBits(AsnReader<Tracing> in, Flags& m, uint32_t count) {
     m = std::bit_cast<Flags>(count != 0 ? asnFlags(in, count) : 0);
 }
 
+/// The same after an extension bit, which is returned; at most 31 components.
+template <class Flags, bool Tracing>
+inline bool asnExtensionAndPresenceBits(AsnReader<Tracing> in, Flags& m, uint32_t count) {
+    const uint32_t flags = asnFlags(in, count + 1);
+    m = std::bit_cast<Flags>(flags >> 1);
+    return (flags & 1) != 0;
+}
+
 /// The extension additions of a SEQUENCE that knows some, while they are decoded (X.691 18.7 to
 /// 18.9).
 struct AsnAdditions {
     uint64_t index;    // the addition that the cursor stands in
-    bool done;         // there is no further addition
     uint64_t count;    // bits of the bitmap
+    bool done;         // there is no further addition
     AsnCursor bitmap;  // the second cursor: the next bit of the bitmap
     AsnCursor outer;   // the place after the open type that was entered
 };
@@ -87,7 +97,8 @@ template <bool Tracing>
 /// Reads the length of the bitmap, once the extension bit was read as 1, and enters the open type
 /// of the first addition that is present. Returns 0, -2 or -12.
 template <bool Tracing>
-[[nodiscard]] AsnStatus asnFirstAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
+[[nodiscard, gnu::flatten]] AsnStatus asnFirstAddition(AsnReader<Tracing> in,
+                                                       AsnAdditions& additions) {
     uint32_t last = 0;
     AsnStatus status = pd_SmallNonNegWholeNumber(in, &last);
     if (status != kAsnOk) return status;
@@ -155,8 +166,8 @@ struct AsnElementBits {
 /// -2 before anything is allocated. Otherwise returns the status of pd_Length; 2 is a failure,
 /// because fragmented lists are not supported.
 template <bool Tracing>
-[[nodiscard]] AsnStatus asnListLength(AsnReader<Tracing> in, uint32_t* count,
-                                      AsnElementBits least) {
+[[nodiscard, gnu::flatten]] AsnStatus asnListLength(AsnReader<Tracing> in, uint32_t* count,
+                                                    AsnElementBits least) {
     const AsnStatus status = pd_Length(in, count);
     if (status != kAsnOk) return status;
     const uint32_t elementBits = in.ctx.aligned != 0 ? least.aligned : least.unaligned;
@@ -178,7 +189,9 @@ struct AsnSpan {
 template <class T>
 inline constexpr std::array<AsnSpan, 0> asnUncleared{};
 
-/// `count` records of `size` octets, zeroed except for the spans. Null if memory is exhausted.
+/// `count` records of `size` octets, zeroed, or zeroed except for the spans. Null if memory is
+/// exhausted.
+void* asnAllocCleared(AsnContext& ctx, size_t count, size_t size);
 void* asnAllocRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
                       size_t spans);
 
@@ -187,7 +200,11 @@ void* asnAllocRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan*
 template <class T, bool Tracing>
 T* asnNewElements(AsnReader<Tracing> in, uint32_t count) {
     constexpr auto& spans = asnUncleared<T>;
-    return static_cast<T*>(asnAllocRecords(in.ctx, count, sizeof(T), spans.data(), spans.size()));
+    if constexpr (spans.empty())
+        return static_cast<T*>(asnAllocCleared(in.ctx, count, sizeof(T)));
+    else
+        return static_cast<T*>(
+            asnAllocRecords(in.ctx, count, sizeof(T), spans.data(), spans.size()));
 }
 
 /// The value of a choice alternative, zeroed. Null if memory is exhausted: -12 has been logged, and

@@ -129,8 +129,8 @@ inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
 
 /// Moves the cursor to a position, in the form with bitOffset 8 .. 1.
 inline void pd_SetBitOffset(AsnContext& ctx, int64_t position) {
-    ctx.byteIndex = static_cast<uint32_t>(position / 8);
-    ctx.bitOffset = static_cast<int16_t>(8 - position % 8);
+    ctx.byteIndex = static_cast<uint32_t>(position >> 3);
+    ctx.bitOffset = static_cast<int16_t>(8 - (position & 7));
 }
 
 /// The process-wide diagnostic switch, 0 at start: while it is not 0, the primitives print what

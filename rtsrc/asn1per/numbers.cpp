@@ -36,13 +36,3 @@ int32_t pd_GetComponentLength(AsnContext& ctx, uint32_t itemBits) {
     return asnRead(ctx, [=](auto in) { return pd_GetComponentLength(in, itemBits); });
 }
 
-AsnStatus pd_SetSizeConstraint(AsnContext& ctx, const AsnSizeConstraint* chain) {
-    const AsnSizeConstraint* const pending = ctx.sizeConstraint;
-    if (pending == nullptr) {
-        ctx.sizeConstraint = chain;
-        return kAsnOk;
-    }
-    for (; chain != nullptr; chain = chain->next)
-        if (chain->lower >= pending->lower || chain->upper <= pending->upper) return kAsnOk;
-    return kAsnConstraint;
-}

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <bit>
+#include <utility>
 
 #include "bits.h"
 
@@ -63,7 +64,16 @@ constexpr uint32_t asnBitCount(uint32_t number) {
 
 /// Makes the chain, which must outlive its use, apply to the next length. If a constraint is
 /// pending, that one stays and the chain is only checked against it. Returns 0, or -23, not logged.
-AsnStatus pd_SetSizeConstraint(AsnContext& ctx, const AsnSizeConstraint* chain);
+inline AsnStatus pd_SetSizeConstraint(AsnContext& ctx, const AsnSizeConstraint* chain) {
+    const AsnSizeConstraint* const pending = ctx.sizeConstraint;
+    if (pending == nullptr) {
+        ctx.sizeConstraint = chain;
+        return kAsnOk;
+    }
+    for (; chain != nullptr; chain = chain->next)
+        if (chain->lower >= pending->lower || chain->upper <= pending->upper) return kAsnOk;
+    return kAsnConstraint;
+}
 
 // --- the rules ---
 
@@ -90,7 +100,8 @@ template <bool Tracing>
     }
     status = pd_byteAlign(in);
     if (status != kAsnOk) return in.log(AsnSource::numbers, status);
-    return pd_bits(in, offset, nbits);
+    if (in.ctx.bitOffset != 8) __builtin_unreachable();  // so the compiler knows the position
+    return pd_bits<true>(in, offset, nbits);
 }
 
 template <bool Tracing>
@@ -150,57 +161,114 @@ template <bool Tracing>
     return kAsnFragment;
 }
 
+/// Picks the record of a chain that applies: if there are extended sizes, a bit says whether it is
+/// one of them. Null: no record applies, and the length is not bounded.
 template <bool Tracing>
-[[nodiscard]] AsnStatus pd_Length(AsnReader<Tracing> in, uint32_t* count) {
-    const AsnSizeConstraint* size = in.ctx.sizeConstraint;
-    in.ctx.sizeConstraint = nullptr;
-    AsnStatus status = kAsnOk;
+[[nodiscard, gnu::noinline]] AsnStatus asnPickSize(AsnReader<Tracing> in,
+                                                   const AsnSizeConstraint** chain) {
     uint8_t extended = 0;
-    if (asnFindSize(size, 1) != nullptr) {
+    if (asnFindSize(*chain, 1) != nullptr) {
         in.newField("length extension");
-        status = pd_bit(in, &extended);
-        if (status != kAsnOk) return in.log(AsnSource::numbers, status);
+        const AsnStatus status = pd_bit(in, &extended);
+        if (status != kAsnOk) return status;
         in.setFieldCount();
     }
-    size = asnFindSize(size, extended);
+    *chain = asnFindSize(*chain, extended);
+    return kAsnOk;
+}
+
+/// The distance of a bounded length from its lower bound.
+template <bool Tracing>
+[[nodiscard, gnu::noinline]] AsnStatus asnLengthOffset(AsnReader<Tracing> in,
+                                                       const AsnSizeConstraint& size,
+                                                       uint32_t* offset) {
+    return pd_ConsWholeNumber(in, offset, size.upper - size.lower + 1);
+}
+
+/// pd_Length under a constraint that is no longer pending.
+template <bool Tracing>
+[[nodiscard, gnu::always_inline]] inline AsnStatus asnLength(AsnReader<Tracing> in,
+                                                             const AsnSizeConstraint* size,
+                                                             uint32_t* count) {
+    AsnStatus status = kAsnOk;
+    if (size != nullptr && (size->next != nullptr || size->extended != 0)) {
+        status = asnPickSize(in, &size);
+        if (status != kAsnOk) return in.log(AsnSource::numbers, status);
+    }
     in.newField("length");
     uint32_t length = 0;
-    if (size == nullptr || size->upper >= 65536)
+    if (size == nullptr || size->upper >= 65536) {
         status = asnUnboundedLength(in, &length);
-    else if (size->lower != size->upper)
-        status = pd_ConsWholeNumber(in, &length, size->upper - size->lower + 1);
+    } else {
+        if (size->lower != size->upper) status = asnLengthOffset(in, *size, &length);
+        length += size->lower;
+    }
     in.setFieldCount();
     if (status < 0) return in.log(AsnSource::numbers, status);
-    *count = size != nullptr && size->upper < 65536 ? size->lower + length : length;
+    *count = length;
     return status;
+}
+
+/// The pending constraint, which is then no longer pending.
+inline const AsnSizeConstraint* asnTakeSize(AsnContext& ctx) {
+    return std::exchange(ctx.sizeConstraint, nullptr);
+}
+
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus pd_Length(AsnReader<Tracing> in, uint32_t* count) {
+    return asnLength(in, asnTakeSize(in.ctx), count);
+}
+
+/// Adds up the lengths of the fragments that follow a first one of `total` items. Returns 0, -2, or
+/// -17 if there are 2^31 items or more, which takes a message of 256 MiB.
+template <bool Tracing>
+[[nodiscard, gnu::noinline]] AsnStatus asnAddFragments(AsnReader<Tracing> in, uint32_t itemBits,
+                                                       int64_t* total) {
+    int64_t length = *total;
+    AsnStatus status = kAsnFragment;
+    while (status == kAsnFragment) {
+        status = pd_moveBitCursor(in, length * itemBits);
+        if (status != kAsnOk) return status;
+        uint32_t next = 0;
+        status = pd_Length(in, &next);
+        length = next;
+        *total += length;
+    }
+    return status == kAsnOk && *total > INT32_MAX ? kAsnTooLong : status;
 }
 
 /// What pd_GetComponentLength learns on its way.
 struct AsnLookAhead {
     AsnCursor contents;  // where the contents of the first fragment start, before any alignment
-    bool fragmented;
+    bool fragmented;     // more fragments follow
 };
 
+/// Reads as a second cursor would that asnForkContext makes, but costs less: what it changes is
+/// restored, and what it logs is dropped.
 template <bool Tracing>
-[[nodiscard]] int32_t pd_GetComponentLength(AsnReader<Tracing> in, uint32_t itemBits,
-                                            AsnLookAhead* found = nullptr) {
-    AsnContext fork;
-    asnForkContext(fork, in.ctx);
-    fork.sizeConstraint = in.ctx.sizeConstraint;
-    const AsnReader<Tracing> ahead{fork};
+[[nodiscard]] inline int32_t pd_GetComponentLength(AsnReader<Tracing> in, uint32_t itemBits,
+                                                   AsnLookAhead* found = nullptr) {
+    AsnContext& ctx = in.ctx;
+    const AsnCursor start = asnSaveCursor(ctx);
+    const AsnSizeConstraint* const size = ctx.sizeConstraint;
+    const int32_t trailCount = ctx.errInfo.trailCount;
+    const AsnStatus firstStatus = ctx.errInfo.status;
+    const uint16_t flags = ctx.flags;
+    if (Tracing) ctx.flags &= static_cast<uint16_t>(~ctxFieldTrace);
+
     uint32_t length = 0;
-    AsnStatus status = pd_Length(ahead, &length);
-    if (found != nullptr) *found = {asnSaveCursor(fork), status == kAsnFragment};
+    AsnStatus status = pd_Length(in, &length);
+    if (found != nullptr) *found = {asnSaveCursor(ctx), status == kAsnFragment};
     int64_t total = length;
-    while (status == kAsnFragment) {
-        status = pd_moveBitCursor(ahead, int64_t{length} * itemBits);
-        if (status == kAsnOk) status = pd_Length(ahead, &length);
-        if (status >= 0) total += length;
-    }
-    if (status < 0) return in.log(AsnSource::numbers, status);
-    // No message of less than 256 MiB can exceed this.
-    if (total > INT32_MAX) return in.log(AsnSource::numbers, kAsnTooLong);
-    return static_cast<int32_t>(total);
+    if (status == kAsnFragment) status = asnAddFragments(in, itemBits, &total);
+
+    asnRestoreCursor(ctx, start);
+    ctx.sizeConstraint = size;
+    if (Tracing) ctx.flags = flags;
+    if (status == kAsnOk) return static_cast<int32_t>(total);
+    ctx.errInfo.trailCount = trailCount;
+    ctx.errInfo.status = firstStatus;
+    return in.log(AsnSource::numbers, status);
 }
 
 template <bool Tracing>

@@ -29,7 +29,7 @@ struct AsnOctetReader {
 // --- the rule ---
 
 template <bool Tracing>
-[[nodiscard]] AsnStatus pd_ObjectId(AsnReader<Tracing> in, AsnObjId& value) {
+[[nodiscard, gnu::flatten]] AsnStatus pd_ObjectId(AsnReader<Tracing> in, AsnObjId& value) {
     uint32_t length = 0;
     AsnStatus status = pd_Length(in, &length);
     if (status < 0) return in.log(AsnSource::objid, status);

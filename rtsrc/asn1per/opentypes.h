@@ -36,8 +36,8 @@ enum class AsnContents {
 /// pd_OpenType, and what a generated decoder does instead: it enters an open type in place. If data
 /// is missing, nothing is allocated: the contents are then skipped up to the failure.
 template <AsnContents contents, bool Tracing>
-[[nodiscard]] AsnStatus asnOpenType(AsnReader<Tracing> in, const uint8_t** data,
-                                    uint32_t* numocts) {
+[[nodiscard]] inline AsnStatus asnOpenType(AsnReader<Tracing> in, const uint8_t** data,
+                                           uint32_t* numocts) {
     AsnContext& ctx = in.ctx;
     AsnLookAhead found{};
     const int32_t total = pd_GetComponentLength(in, 8, &found);
@@ -52,7 +52,7 @@ template <AsnContents contents, bool Tracing>
         copy = static_cast<uint8_t*>(asnMemAllocRaw(ctx.memHeap, size));
         if (copy == nullptr) return in.log(AsnSource::opentypes, kAsnNoMemory);
     }
-    const AsnStatus status = pd_OctetString(in, numocts, copy, size);
+    const AsnStatus status = asnStringAfter<kAsnOctets>(in, found, numocts, copy, size, size);
     if (status != kAsnOk) return in.log(AsnSource::opentypes, status);
     *data = inPlace && size != 0 ? first.data + first.byteIndex : copy;
     return kAsnOk;
@@ -66,7 +66,7 @@ template <bool Tracing>
 
 /// Reads an open type and moves the cursor to its first octet; `outer` receives the place after it.
 template <bool Tracing>
-[[nodiscard]] AsnStatus asnEnterOpenType(AsnReader<Tracing> in, AsnCursor& outer) {
+[[nodiscard, gnu::flatten]] AsnStatus asnEnterOpenType(AsnReader<Tracing> in, AsnCursor& outer) {
     const uint8_t* data = nullptr;
     uint32_t numocts = 0;
     const AsnStatus status = asnOpenType<AsnContents::inPlace>(in, &data, &numocts);
@@ -82,7 +82,7 @@ void asnLeaveOpenType(AsnReader<Tracing> in, const AsnCursor& outer) {
 }
 
 template <bool Tracing>
-[[nodiscard]] AsnStatus asnSkipOpenType(AsnReader<Tracing> in) {
+[[nodiscard, gnu::flatten]] AsnStatus asnSkipOpenType(AsnReader<Tracing> in) {
     const uint8_t* data = nullptr;
     uint32_t numocts = 0;
     return asnOpenType<AsnContents::skipped>(in, &data, &numocts);

@@ -1,15 +1,5 @@
 #include "strings.h"
 
-AsnStatus asnNeedsAlign(const AsnSizeConstraint* size, uint32_t length, uint32_t alignAbove,
-                        bool* align) {
-    *align = true;
-    if (size == nullptr || length > alignAbove) return kAsnOk;
-    while (size != nullptr && (length < size->lower || length > size->upper)) size = size->next;
-    if (size == nullptr) return kAsnConstraint;
-    *align = size->extended != 0 || size->lower != size->upper;
-    return kAsnOk;
-}
-
 AsnStatus pd_BitString(AsnContext& ctx, uint32_t* numbits, uint8_t* buffer, uint32_t size) {
     return asnRead(ctx, [=](auto in) { return pd_BitString(in, numbits, buffer, size); });
 }

@@ -93,58 +93,119 @@ struct AsnStringKind {
 inline constexpr AsnStringKind kAsnBits{"BitString", 1, 16};
 inline constexpr AsnStringKind kAsnOctets{"OctetString", 8, 2};
 
-/// Whether contents of this length start at an octet boundary in the ALIGNED variant (X.691 15.9 to
-/// 15.11, 16.6 to 16.8): all but short strings of a fixed size of the root. Returns 0, or -23 if no
-/// record covers the length.
-[[nodiscard]] AsnStatus asnNeedsAlign(const AsnSizeConstraint* size, uint32_t length,
-                                      uint32_t alignAbove, bool* align);
-
-/// pd_BitString and pd_OctetString.
-template <const AsnStringKind& kind, bool Tracing>
-[[nodiscard]] AsnStatus asnString(AsnReader<Tracing> in, uint32_t* count, uint8_t* buffer,
-                                  uint32_t capacity) {
-    const AsnSizeConstraint* const size = in.ctx.sizeConstraint;  // pd_Length clears it
-    uint32_t used = 0;                                            // octets of the buffer
-    *count = 0;
-    for (;;) {
-        uint32_t length = 0;
-        const AsnStatus form = pd_Length(in, &length);
-        if (form < 0) return in.log(AsnSource::strings, form);
-        if (length != 0) {
-            *count += length;
-            in.newField(kind.label);
-            bool align = false;
-            AsnStatus status = kAsnOk;
-            if (in.ctx.aligned != 0) status = asnNeedsAlign(size, length, kind.alignAbove, &align);
-            if (align && status == kAsnOk) status = pd_byteAlign(in);
-            if (status == kAsnOk)
-                status = pd_octets(in, buffer != nullptr ? buffer + used : nullptr, capacity - used,
-                                   length * kind.itemBits);
-            if (status != kAsnOk) return in.log(AsnSource::strings, status);
-        }
-        in.setFieldCount();
-        if (form != kAsnFragment) return kAsnOk;
-        used += length / (8 / kind.itemBits);
+/// Moves to where contents of this length start in the ALIGNED variant (X.691 15.9 to 15.11, 16.6
+/// to 16.8): to an octet boundary, except for short strings of a fixed size of the root. Returns 0,
+/// -2, or -23 if no record covers the length; not logged.
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus asnAlignContents(AsnReader<Tracing> in,
+                                                const AsnSizeConstraint* size, uint32_t length,
+                                                uint32_t alignAbove) {
+    if (size != nullptr && length <= alignAbove) {
+        while (size != nullptr && (length < size->lower || length > size->upper)) size = size->next;
+        if (size == nullptr) return kAsnConstraint;
+        if (size->extended == 0 && size->lower == size->upper) return kAsnOk;
     }
+    return pd_byteAlign(in);
+}
+
+/// Reads the contents of one fragment, of `length` items; a failure is logged for pd_BitString or
+/// pd_OctetString.
+///   size  the constraint of the string: the alignment depends on it
+template <const AsnStringKind& kind, bool Tracing>
+[[nodiscard, gnu::always_inline]] inline AsnStatus asnFragment(AsnReader<Tracing> in,
+                                                               const AsnSizeConstraint* size,
+                                                               uint32_t length, uint8_t* buffer,
+                                                               uint32_t capacity) {
+    if (length != 0) {
+        in.newField(kind.label);
+        AsnStatus status = kAsnOk;
+        if (in.ctx.aligned != 0) status = asnAlignContents(in, size, length, kind.alignAbove);
+        if (status == kAsnOk) status = pd_octets(in, buffer, capacity, length * kind.itemBits);
+        if (status != kAsnOk) return in.log(AsnSource::strings, status);
+    }
+    in.setFieldCount();
+    return kAsnOk;
+}
+
+/// The fragments after a first one of `count` items.
+template <const AsnStringKind& kind, bool Tracing>
+[[nodiscard, gnu::noinline]] AsnStatus asnMoreFragments(AsnReader<Tracing> in,
+                                                        const AsnSizeConstraint* size,
+                                                        uint32_t* count, uint8_t* buffer,
+                                                        uint32_t capacity) {
+    AsnStatus form = kAsnFragment;
+    while (form == kAsnFragment) {
+        const uint32_t used = *count / (8 / kind.itemBits);  // octets of the buffer
+        uint32_t length = 0;
+        form = asnLength(in, nullptr, &length);
+        if (form < 0) return in.log(AsnSource::strings, form);
+        *count += length;
+        const AsnStatus status = asnFragment<kind>(
+            in, size, length, buffer != nullptr ? buffer + used : nullptr, capacity - used);
+        if (status != kAsnOk) return status;
+    }
+    return kAsnOk;
+}
+
+/// pd_BitString and pd_OctetString: one fragment after the other.
+///   size  the constraint of the string, no longer pending
+template <const AsnStringKind& kind, bool Tracing>
+[[nodiscard, gnu::always_inline]] inline AsnStatus asnString(AsnReader<Tracing> in,
+                                                             const AsnSizeConstraint* size,
+                                                             uint32_t* count, uint8_t* buffer,
+                                                             uint32_t capacity) {
+    uint32_t length = 0;
+    *count = 0;
+    AsnStatus form = asnLength(in, size, &length);
+    if (form < 0) return in.log(AsnSource::strings, form);
+    *count = length;
+    const AsnStatus status = asnFragment<kind>(in, size, length, buffer, capacity);
+    if (status != kAsnOk || form != kAsnFragment) return status;
+    return asnMoreFragments<kind>(in, size, count, buffer, capacity);
+}
+
+/// The same after a look-ahead. The plain reader does not read the length of a single fragment once
+/// more, because it has nothing to report.
+template <const AsnStringKind& kind, bool Tracing>
+[[nodiscard]] inline AsnStatus asnStringAfter(AsnReader<Tracing> in, const AsnLookAhead& found,
+                                              uint32_t* count, uint8_t* buffer, uint32_t total,
+                                              uint32_t capacity) {
+    const AsnSizeConstraint* const size = asnTakeSize(in.ctx);
+    if (Tracing || found.fragmented) return asnString<kind>(in, size, count, buffer, capacity);
+    asnRestoreCursor(in.ctx, found.contents);
+    *count = total;
+    return asnFragment<kind>(in, size, total, buffer, capacity);
 }
 
 template <bool Tracing>
 [[nodiscard]] inline AsnStatus pd_BitString(AsnReader<Tracing> in, uint32_t* numbits,
                                             uint8_t* buffer, uint32_t size) {
-    return asnString<kAsnBits>(in, numbits, buffer, size);
+    return asnString<kAsnBits>(in, asnTakeSize(in.ctx), numbits, buffer, size);
 }
 
 template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_OctetString(AsnReader<Tracing> in, uint32_t* numocts,
-                                              uint8_t* buffer, uint32_t size) {
-    return asnString<kAsnOctets>(in, numocts, buffer, size);
+[[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus pd_OctetString(AsnReader<Tracing> in,
+                                                                    uint32_t* numocts,
+                                                                    uint8_t* buffer,
+                                                                    uint32_t size) {
+    return asnString<kAsnOctets>(in, asnTakeSize(in.ctx), numocts, buffer, size);
+}
+
+/// The same under a constraint of its own, which the compiler knows as a rule.
+template <uint32_t capacity, bool Tracing>
+[[nodiscard, gnu::always_inline]] inline AsnStatus asnSizedOctets(AsnReader<Tracing> in,
+                                                                  const AsnSizeConstraint& size,
+                                                                  uint32_t* numocts,
+                                                                  uint8_t (&data)[capacity]) {
+    return asnString<kAsnOctets>(in, &size, numocts, data, capacity);
 }
 
 /// pd_DynBitString and pd_DynOctetString. If data is missing, nothing is allocated: the contents
 /// are then skipped up to the failure.
 template <const AsnStringKind& kind, bool Tracing>
 [[nodiscard]] AsnStatus asnDynString(AsnReader<Tracing> in, uint32_t* count, uint8_t** data) {
-    const int32_t total = pd_GetComponentLength(in, kind.itemBits);
+    AsnLookAhead found{};
+    const int32_t total = pd_GetComponentLength(in, kind.itemBits, &found);
     if (total < 0) return in.log(AsnSource::strings, total);
     const int64_t nbits = int64_t{total} * kind.itemBits;
     const auto size = static_cast<uint32_t>((nbits + 7) / 8);
@@ -153,7 +214,8 @@ template <const AsnStringKind& kind, bool Tracing>
         buffer = static_cast<uint8_t*>(asnMemAllocRaw(in.ctx.memHeap, size));
         if (buffer == nullptr) return in.log(AsnSource::strings, kAsnNoMemory);
     }
-    const AsnStatus status = asnString<kind>(in, count, buffer, size);
+    const AsnStatus status =
+        asnStringAfter<kind>(in, found, count, buffer, static_cast<uint32_t>(total), size);
     if (status != kAsnOk) return in.log(AsnSource::strings, status);
     *data = buffer;
     return kAsnOk;
@@ -165,7 +227,8 @@ template <bool Tracing>
 }
 
 template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_DynOctetString(AsnReader<Tracing> in, AsnDynOctStr& value) {
+[[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus pd_DynOctetString(AsnReader<Tracing> in,
+                                                                       AsnDynOctStr& value) {
     return asnDynString<kAsnOctets>(in, &value.numocts, &value.data);
 }
 
