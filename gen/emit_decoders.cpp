@@ -74,14 +74,14 @@ std::string preamble(const Type& type) {
 
 /// A component that others follow. `status` is "AsnStatus status" if it is not declared yet.
 std::string checkedComponent(const Member& member, const std::string& status) {
-    const std::string read = fill(R"(
+    std::string read = fill(R"(
 asnSetSize(in, $size);
 $status = $read;
 if (status != kAsnOk) return status;
 )",
-                                  {{"size", sizeToSet(*member.type)},
-                                   {"status", status},
-                                   {"read", readCall(*member.type, component(member))}});
+                            {{"size", sizeToSet(*member.type)},
+                             {"status", status},
+                             {"read", readCall(*member.type, component(member))}});
     if (member.flag.empty()) return read;
     return fill(R"(
 if (value.m.$flag != 0) {

@@ -28,31 +28,30 @@ struct InlineOctets {
 
 struct Type {
     Kind kind = Kind::null;
+    bool hasFunctions = false;  // Decode and Print of its own
+    bool extensible = false;
+    bool keepsUnknown = false;  // has extElem1
+    bool recursive = false;     // nests in itself: its decoder counts the levels
+    int line = 0;
     /// The structure, or for a type without functions of its own the C++ type that holds a value.
     std::string cppName;
-    bool hasFunctions = false;  // Decode and Print of its own
-    const Module* module = nullptr;
     std::string path;      // "RequestMessage.foo"
     std::string notation;  // "INTEGER (0..255)", for comments
-    int line = 0;
+    const Module* module = nullptr;
+
+    std::vector<Member> root;
+    std::vector<Member> additions;
+    Type* element = nullptr;  // of a list
+    Type* target = nullptr;   // of another name
 
     std::optional<Bounds> range;
     std::optional<Bounds> size;
     std::string sizeName;      // the constant "kH245Size1To4", or empty
     std::string alphabetName;  // the constant "kH245Alphabet1", or empty
     uint32_t capacity = 0;     // octets held in its structure
+    int trailLine = 0;         // of its one logging site; 0 if it has none
     LeastBits characterBits;   // of one character of a string
-
-    std::vector<Member> root;
-    std::vector<Member> additions;
-    bool extensible = false;
-    bool keepsUnknown = false;  // has extElem1
-    Type* element = nullptr;    // of a list
-    Type* target = nullptr;     // of another name
-
-    bool recursive = false;  // nests in itself: its decoder counts the levels
     LeastBits least;
-    int trailLine = 0;  // of its one logging site; 0 if it has none
     std::vector<InlineOctets> uncleared;
 };
 

@@ -112,10 +112,11 @@ void checkOtherNames(Model& model, Errors& errors) {
     for (const Module& module : model.modules)
         for (Type* type : module.named) {
             std::set<const Type*> names;
-            const Type* other = type;
-            while (other != nullptr && names.insert(other).second) other = other->target;
-            if (other != type) continue;
-            errors.add(module.source, type->line, type->path, "the type contains itself");
+            const Type* other = type->target;
+            while (other != nullptr && other != type && names.insert(other).second)
+                other = other->target;
+            if (other == nullptr || other != type) continue;
+            errors.add(module.source, other->line, other->path, "the type contains itself");
             type->target = nullptr;  // the others are found as if it were one of its own
         }
 }
