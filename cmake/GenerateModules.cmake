@@ -55,11 +55,14 @@ endfunction()
 
 tamsel_generate(TAMSEL_MODULE ${TAMSEL_MODULE_DIR} "${TAMSEL_ASN1_FILES}")
 set(TAMSEL_TYPE_TABLES ${TAMSEL_MODULE_TABLES})
+# A traced decode need not be fast. For the others, the compiler should keep the cursor in
+# registers: loads and stores of several members at once would wait for each other.
 foreach(file IN LISTS TAMSEL_MODULE_SOURCES)
-    if(file MATCHES "Trace\\.cpp$")  # a decode that is traced need not be fast
+    if(file MATCHES "Trace\\.cpp$")
         set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS -Os)
     elseif(file MATCHES "Decode\\.cpp$")
-        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
+        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
+            "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")
     endif()
 endforeach()
 add_custom_target(tamsel_modules DEPENDS ${TAMSEL_MODULE_DIR}.stamp)

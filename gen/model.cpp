@@ -42,7 +42,7 @@ class Builder {
         for (const Import& import : notation_.imports) {
             const auto from = builders.find(import.module);
             Type* const type = from != builders.end() ? from->second->find(import.symbol) : nullptr;
-            if (type == nullptr) {
+            if (type == nullptr || type->module != &from->second->module_) {
                 error(import.line, import.symbol, "not found in module " + import.module);
                 continue;
             }

@@ -1,12 +1,12 @@
 #include "bits.h"
 
-void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint32_t nbits) {
-    const uint32_t whole = nbits / 8;
-    const uint32_t rest = nbits % 8;
+void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint64_t nbits) {
+    const auto whole = static_cast<size_t>(nbits / 8);
+    const auto rest = static_cast<uint32_t>(nbits % 8);
     if (unread == 8) {
         std::memcpy(to, from, whole);
     } else {
-        for (uint32_t i = 0; i < whole; ++i)
+        for (size_t i = 0; i < whole; ++i)
             to[i] = static_cast<uint8_t>(from[i] << (8 - unread) | from[i + 1] >> unread);
     }
     if (rest == 0) return;

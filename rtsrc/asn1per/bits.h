@@ -64,11 +64,11 @@ template <bool Tracing>
 /// pd_bits if the current octet does not hold all the bits.
 template <bool Tracing>
 [[nodiscard, gnu::always_inline]] inline AsnStatus asnBitsAcross(AsnReader<Tracing> in,
-                                                                 uint32_t* value, uint32_t nbits) {
+                                                                 uint32_t* value, uint64_t nbits) {
     AsnContext& ctx = in.ctx;
     const auto unread = static_cast<uint32_t>(ctx.bitOffset);
-    uint32_t rest = nbits - unread;
-    if (ctx.byteIndex >= ctx.size || ctx.size - ctx.byteIndex - 1 < (uint64_t{rest} + 7) / 8)
+    uint64_t rest = nbits - unread;
+    if (ctx.byteIndex >= ctx.size || ctx.size - ctx.byteIndex - 1 < (rest + 7) / 8)
         return in.log(AsnSource::bits, kAsnEndOfData);
     const uint8_t* next = ctx.data + ctx.byteIndex;
     const uint32_t mask = (1U << unread) - 1;
@@ -84,7 +84,7 @@ template <bool Tracing>
 
 template <bool Tracing>
 [[nodiscard, gnu::noinline]] AsnStatus asnCallBitsAcross(AsnReader<Tracing> in, uint32_t* value,
-                                                         uint32_t nbits) {
+                                                         uint64_t nbits) {
     return asnBitsAcross(in, value, nbits);
 }
 
@@ -92,10 +92,10 @@ template <bool Tracing>
 /// at a boundary.
 template <bool wholeOctets = false, bool Tracing>
 [[nodiscard, gnu::always_inline]] inline AsnStatus pd_bits(AsnReader<Tracing> in, uint32_t* value,
-                                                           uint32_t nbits) {
+                                                           uint64_t nbits) {
     AsnContext& ctx = in.ctx;
     in.diag("pd_bits: nbits = %d, nbytes = %d\n", static_cast<int>(nbits),
-            static_cast<int>(((nbits - 1) >> 3) + 1));
+            static_cast<int>(((static_cast<uint32_t>(nbits) - 1) >> 3) + 1));
     if (nbits == 0) {
         *value = 0;
         return kAsnOk;
@@ -105,7 +105,7 @@ template <bool wholeOctets = false, bool Tracing>
         return wholeOctets ? asnBitsAcross(in, value, nbits) : asnCallBitsAcross(in, value, nbits);
     const uint32_t octet = ctx.data[ctx.byteIndex];
     const uint32_t mask = (1U << nbits) - 1;
-    const uint32_t rest = unread - nbits;
+    const auto rest = unread - static_cast<uint32_t>(nbits);
     if (rest == 0) in.diag("pd_bits: mask = %x, data[index] = %x\n", mask, octet);
     *value = octet >> rest & mask;
     if (rest == 0) ++ctx.byteIndex;
@@ -128,23 +128,24 @@ template <bool Tracing>
 }
 
 /// Copies `nbits` bits that start where `unread` bits of the octet at `from` are left.
-void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint32_t nbits);
+void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint64_t nbits);
 
 template <bool Tracing>
 [[nodiscard]] AsnStatus pd_octets(AsnReader<Tracing> in, uint8_t* buffer, uint32_t capacity,
-                                  uint32_t nbits) {
+                                  uint64_t nbits) {
     AsnContext& ctx = in.ctx;
-    const uint32_t octets = nbits / 8 + (nbits % 8 != 0 ? 1 : 0);
-    if (asnBitsLeft(ctx) < int64_t{nbits}) return in.log(AsnSource::bits, kAsnEndOfData);
+    const uint64_t octets = (nbits + 7) / 8;
+    if (asnBitsLeft(ctx) < static_cast<int64_t>(nbits))
+        return in.log(AsnSource::bits, kAsnEndOfData);
     if (octets > capacity) return in.log(AsnSource::bits, kAsnTooLong);
     const auto unread = static_cast<uint32_t>(ctx.bitOffset);
     if (buffer != nullptr && nbits != 0)
         asnCopyBits(buffer, ctx.data + ctx.byteIndex, unread, nbits);
-    if (unread == 8) return pd_moveBitCursor(in, nbits);
+    if (unread == 8) return pd_moveBitCursor(in, static_cast<int64_t>(nbits));
     if (nbits % 8 == 0)
-        ctx.byteIndex += octets;
+        ctx.byteIndex += static_cast<uint32_t>(octets);
     else
-        pd_SetBitOffset(ctx, asnBitPosition(ctx) + nbits);
+        pd_SetBitOffset(ctx, asnBitPosition(ctx) + static_cast<int64_t>(nbits));
     return kAsnOk;
 }
 

@@ -35,4 +35,3 @@ AsnStatus pd_Length(AsnContext& ctx, uint32_t* count) {
 int32_t pd_GetComponentLength(AsnContext& ctx, uint32_t itemBits) {
     return asnRead(ctx, [=](auto in) { return pd_GetComponentLength(in, itemBits); });
 }
-

@@ -219,8 +219,7 @@ template <bool Tracing>
     return asnLength(in, asnTakeSize(in.ctx), count);
 }
 
-/// Adds up the lengths of the fragments that follow a first one of `total` items. Returns 0, -2, or
-/// -17 if there are 2^31 items or more, which takes a message of 256 MiB.
+/// Adds up the lengths of the fragments that follow a first one of `total` items.
 template <bool Tracing>
 [[nodiscard, gnu::noinline]] AsnStatus asnAddFragments(AsnReader<Tracing> in, uint32_t itemBits,
                                                        int64_t* total) {
@@ -234,7 +233,7 @@ template <bool Tracing>
         length = next;
         *total += length;
     }
-    return status == kAsnOk && *total > INT32_MAX ? kAsnTooLong : status;
+    return status;
 }
 
 /// What pd_GetComponentLength learns on its way.
@@ -261,6 +260,7 @@ template <bool Tracing>
     if (found != nullptr) *found = {asnSaveCursor(ctx), status == kAsnFragment};
     int64_t total = length;
     if (status == kAsnFragment) status = asnAddFragments(in, itemBits, &total);
+    if (total > INT32_MAX) status = kAsnEndOfData;  // more than any message holds
 
     asnRestoreCursor(ctx, start);
     ctx.sizeConstraint = size;
@@ -302,7 +302,7 @@ template <bool Tracing>
     if (status < 0) return in.log(AsnSource::numbers, status);
     in.newField("UnconsUnsigned");
     status = in.ctx.aligned != 0 ? pd_byteAlign(in) : kAsnOk;
-    if (status == kAsnOk) status = pd_bits(in, value, octets * 8);
+    if (status == kAsnOk) status = pd_bits(in, value, uint64_t{octets} * 8);
     if (status != kAsnOk) return in.log(AsnSource::numbers, status);
     in.setFieldCount();
     in.diag("pd_UnconsUnsigned: decoded value is %u\n", static_cast<unsigned>(*value));
@@ -323,12 +323,12 @@ template <bool Tracing>
 template <bool Tracing>
 [[nodiscard]] AsnStatus pd_SmallNonNegWholeNumber(AsnReader<Tracing> in, uint32_t* value) {
     uint8_t isLong = 0;
-    uint32_t nbits = 6;
+    uint64_t nbits = 6;
     AsnStatus status = pd_bit(in, &isLong);
     if (status == kAsnOk && isLong != 0) {
         uint32_t octets = 0;
         status = pd_Length(in, &octets);
-        nbits = octets * 8;
+        nbits = uint64_t{octets} * 8;
         if (status >= 0) status = pd_byteAlign(in);
     }
     if (status == kAsnOk) status = pd_bits(in, value, nbits);

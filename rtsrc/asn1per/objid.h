@@ -35,7 +35,7 @@ template <bool Tracing>
     if (status < 0) return in.log(AsnSource::objid, status);
     in.newField("ObjectID");
     uint8_t contents[300];
-    status = pd_octets(in, contents, sizeof contents, length * 8);
+    status = pd_octets(in, contents, sizeof contents, uint64_t{length} * 8);
     if (status != kAsnOk) return in.log(AsnSource::objid, status);
     in.setFieldCount();
     AsnOctetReader reader{contents, length, 0};

@@ -120,7 +120,8 @@ template <const AsnStringKind& kind, bool Tracing>
         in.newField(kind.label);
         AsnStatus status = kAsnOk;
         if (in.ctx.aligned != 0) status = asnAlignContents(in, size, length, kind.alignAbove);
-        if (status == kAsnOk) status = pd_octets(in, buffer, capacity, length * kind.itemBits);
+        if (status == kAsnOk)
+            status = pd_octets(in, buffer, capacity, uint64_t{length} * kind.itemBits);
         if (status != kAsnOk) return in.log(AsnSource::strings, status);
     }
     in.setFieldCount();
@@ -347,8 +348,10 @@ template <bool Tracing>
                                      const Asn16BitAlphabet* permitted) {
     Asn16BitCharSet set{0, nullptr, 0, 0xFFFF, 16, 16};
     if (permitted != nullptr) {
+        static constexpr uint16_t kNoCodes[1] = {};
+        const uint16_t* const table = permitted->count != 0 ? permitted->codes : kNoCodes;
         const uint32_t bits = asnCharacterBits(permitted->count);
-        set = {permitted->count, permitted->codes, 0, 0xFFFF, bits, std::bit_ceil(bits)};
+        set = {permitted->count, table, 0, 0xFFFF, bits, std::bit_ceil(bits)};
     }
     const AsnStatus status = pd_16BitConstrainedString(in, value, set);
     return status == kAsnOk ? status : in.log(AsnSource::strings, status);

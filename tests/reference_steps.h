@@ -1,0 +1,78 @@
+// Random steps of the run-time, compared with the reference reader.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "reference_reader.h"
+
+/// The choices that make up a case: from a seed, or from the octets of a fuzzer (then 0s).
+class Choices {
+  public:
+    explicit Choices(uint64_t seed) : state_(seed) {}
+    Choices(const uint8_t* octets, size_t count) : octets_(octets), count_(count) {}
+
+    uint64_t word();
+    uint32_t below(uint32_t limit) { return static_cast<uint32_t>(word() % limit); }
+    bool oneIn(uint32_t n) { return below(n) == 0; }
+    template <class T, size_t n>
+    T pick(const T (&list)[n]) {
+        return list[below(n)];
+    }
+
+  private:
+    uint64_t state_ = 0;
+    const uint8_t* octets_ = nullptr;
+    size_t count_ = 0;
+};
+
+/// Standard output goes to a temporary file.
+class CapturedOutput {
+  public:
+    CapturedOutput();
+    ~CapturedOutput();
+    CapturedOutput(const CapturedOutput&) = delete;
+    CapturedOutput& operator=(const CapturedOutput&) = delete;
+    std::string take();
+
+  private:
+    FILE* file_;
+    int saved_;
+};
+
+/// Runs cases in the run-time and in the reference reader and compares the steps: statuses, values,
+/// the cursor, the trail, the traced fields and the diagnostics. While it lives, standard output is
+/// captured.
+class ReferenceComparison {
+  public:
+    static constexpr unsigned kTraced = 1;
+    static constexpr unsigned kDiagnosed = 2;
+    struct Difference {
+        uint64_t count = 0;
+        std::string example;  // the first one
+    };
+
+    /// One case: up to four steps over the same octets, until one fails. `mode`: kTraced and
+    /// kDiagnosed, or 0.
+    void run(Choices choices, unsigned mode);
+
+    uint64_t steps() const { return steps_; }
+    /// By primitive and by what differs.
+    const std::map<std::string, Difference>& differences() const { return differences_; }
+    std::string summary() const;
+    /// How often each primitive returned each status.
+    const std::map<std::pair<std::string, int32_t>, uint64_t>& statuses() const {
+        return statuses_;
+    }
+
+  private:
+    friend struct ReferenceCase;
+    CapturedOutput output_;
+    uint64_t steps_ = 0;
+    std::map<int32_t, std::string> sites_;  // the function that logs at a line
+    std::map<std::string, Difference> differences_;
+    std::map<std::pair<std::string, int32_t>, uint64_t> statuses_;
+};
