@@ -88,15 +88,13 @@ struct AsnAdditions {
 /// one.
 template <bool Tracing>
 [[nodiscard]] AsnStatus asnEnterAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
-    const AsnCursor main = asnSaveCursor(in.ctx);
-    asnRestoreCursor(in.ctx, additions.bitmap);
+    AsnCursor bitmap = additions.bitmap;
     uint8_t present = 0;
     for (; additions.index < additions.count; ++additions.index) {
-        (void)pd_bit(in, &present);  // ignored by design
+        (void)asnBitAt(in, bitmap, &present);  // ignored by design
         if (present != 0) break;
     }
-    additions.bitmap = asnSaveCursor(in.ctx);
-    asnRestoreCursor(in.ctx, main);
+    additions.bitmap = bitmap;
     additions.done = present == 0;
     return additions.done ? kAsnOk : asnEnterOpenType(in, additions.outer);
 }
@@ -129,8 +127,8 @@ template <bool Tracing>
 /// Reads the index of one of `roots` root alternatives into the tag, which is index + 1. Returns 0,
 /// -2, or -11 for an index beyond the root.
 template <bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus asnRootAlternative(AsnReader<Tracing> in,
-                                                                      uint32_t* t, uint32_t roots) {
+[[nodiscard]] ASN_INLINE AsnStatus asnRootAlternative(AsnReader<Tracing> in, uint32_t* t,
+                                                      uint32_t roots) {
     uint32_t index = 0;
     const AsnStatus status = pd_ConsUnsigned(in, &index, 0, roots - 1);
     if (status != kAsnOk) return status;
