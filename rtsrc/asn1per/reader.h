@@ -40,7 +40,8 @@ struct AsnReader {
     /// Prints a diagnostic line if the switch is on.
     template <class... Values>
     void diag(const char* format, Values... values) const {
-        if constexpr (Tracing) asnDiag(format, values...);
+        if constexpr (Tracing && sizeof...(Values) != 0) asnDiag(format, values...);
+        if constexpr (Tracing && sizeof...(Values) == 0) asnDiag("%s", format);
     }
 
     // The current field of the trace: open it, move its start to the cursor, close it.
