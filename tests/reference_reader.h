@@ -234,8 +234,8 @@ struct Reader {
         const auto end = position() + static_cast<int64_t>(nbits);
         if (bitsLeft() < static_cast<int64_t>(nbits)) fail(kEndOfData);
         if (nbytes > capacity) fail(kTooLong);
-        Octets octets(nbytes);
-        for (uint64_t i = 0; i < nbits; ++i)
+        Octets octets(static_cast<size_t>(nbytes));
+        for (size_t i = 0; i < nbits; ++i)
             if (bitAt(position() + static_cast<int64_t>(i)) != 0)
                 octets[i / 8] = static_cast<uint8_t>(octets[i / 8] | 0x80 >> i % 8);
         if (bitOffset == 8)

@@ -3,12 +3,9 @@
 void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint64_t nbits) {
     const auto whole = static_cast<size_t>(nbits / 8);
     const auto rest = static_cast<uint32_t>(nbits % 8);
-    if (unread == 8) {
-        std::memcpy(to, from, whole);
-    } else {
-        for (size_t i = 0; i < whole; ++i)
-            to[i] = static_cast<uint8_t>(from[i] << (8 - unread) | from[i + 1] >> unread);
-    }
+    for (size_t i = 0; i < whole; ++i)
+        to[i] = static_cast<uint8_t>(from[i] << (8 - unread) |
+                                     (unread == 8 ? 0 : from[i + 1] >> unread));
     if (rest == 0) return;
     from += whole;
     uint32_t bits = uint32_t{*from} << (8 - unread);

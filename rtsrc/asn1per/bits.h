@@ -131,22 +131,29 @@ template <bool Tracing>
     return position >> 3 <= int64_t{ctx.size} ? kAsnOk : kAsnEndOfData;
 }
 
-/// Copies `nbits` bits that start where `unread` bits of the octet at `from` are left.
+/// Copies `nbits` bits that start where `unread` bits of the octet at `from` are left: those that
+/// do not form whole octets at a boundary.
 void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint64_t nbits);
 
 template <bool Tracing>
-[[nodiscard]] AsnStatus pd_octets(AsnReader<Tracing> in, uint8_t* buffer, uint32_t capacity,
-                                  uint64_t nbits) {
+[[nodiscard]] ASN_INLINE AsnStatus pd_octets(AsnReader<Tracing> in, uint8_t* buffer,
+                                             uint32_t capacity, uint64_t nbits) {
     AsnContext& ctx = in.ctx;
     const uint64_t octets = (nbits + 7) / 8;
     if (asnBitsLeft(ctx) < static_cast<int64_t>(nbits))
         return in.log(AsnSource::bits, kAsnEndOfData);
     if (octets > capacity) return in.log(AsnSource::bits, kAsnTooLong);
+    const bool wholeOctets = nbits % 8 == 0;
     const auto unread = static_cast<uint32_t>(ctx.bitOffset);
-    if (buffer != nullptr && nbits != 0)
-        asnCopyBits(buffer, ctx.data + ctx.byteIndex, unread, nbits);
-    if (unread == 8) return pd_moveBitCursor(in, static_cast<int64_t>(nbits));
-    if (nbits % 8 == 0)
+    if (buffer != nullptr && nbits != 0) {
+        const uint8_t* const from = ctx.data + ctx.byteIndex;
+        if (wholeOctets && unread == 8)
+            std::memcpy(buffer, from, static_cast<size_t>(octets));
+        else
+            asnCopyBits(buffer, from, unread, nbits);
+    }
+    if (Tracing && unread == 8) return pd_moveBitCursor(in, static_cast<int64_t>(nbits));
+    if (wholeOctets)
         ctx.byteIndex += static_cast<uint32_t>(octets);
     else
         pd_SetBitOffset(ctx, asnBitPosition(ctx) + static_cast<int64_t>(nbits));
@@ -161,6 +168,7 @@ template <bool Tracing>
         ctx.bitOffset = 8;
         in.setFieldOffset();
     }
+    if (ctx.bitOffset != 8) __builtin_unreachable();  // the compiler does not see this by itself
     return ctx.byteIndex < ctx.size ? kAsnOk : kAsnEndOfData;
 }
 

@@ -99,7 +99,6 @@ template <bool Tracing>
     }
     status = pd_byteAlign(in);
     if (status != kAsnOk) return in.log(AsnSource::numbers, status);
-    if (in.ctx.bitOffset != 8) __builtin_unreachable();  // so the compiler knows the position
     return pd_bits<true>(in, offset, nbits);
 }
 
