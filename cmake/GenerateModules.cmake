@@ -24,27 +24,45 @@ else()
     set(gen_depends tamsel-gen)
 endif()
 
-set(TAMSEL_MODULE_SOURCES)
-set(TAMSEL_TYPE_TABLES)
-set(headers)
-foreach(file IN LISTS TAMSEL_ASN1_FILES)
-    get_filename_component(stem ${file} NAME_WE)
-    list(APPEND headers ${TAMSEL_MODULE_DIR}/${stem}.h ${TAMSEL_MODULE_DIR}/${stem}Decode.h)
-    list(APPEND TAMSEL_MODULE_SOURCES
-        ${TAMSEL_MODULE_DIR}/${stem}Decode.cpp ${TAMSEL_MODULE_DIR}/${stem}Trace.cpp
-        ${TAMSEL_MODULE_DIR}/${stem}Print.cpp)
-    # A traced decode need not be fast. For the others, the compiler should keep the cursor in
-    # registers: loads and stores of several members at once would wait for each other.
-    set_source_files_properties(${TAMSEL_MODULE_DIR}/${stem}Trace.cpp PROPERTIES COMPILE_OPTIONS -Os)
-    set_source_files_properties(${TAMSEL_MODULE_DIR}/${stem}Decode.cpp PROPERTIES COMPILE_OPTIONS
-        "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")
-    list(APPEND TAMSEL_TYPE_TABLES ${TAMSEL_MODULE_DIR}/${stem}Types.cpp)
-endforeach()
+# Adds the command that writes the modules of `files` into `directory`. What it writes is listed in
+# `prefix`_SOURCES and `prefix`_TABLES. The generator leaves a file alone that would not change, so
+# that nothing made of it is built again; the stamp, which is among the sources, tells that it ran.
+function(tamsel_generate prefix directory files)
+    set(headers)
+    set(sources)
+    set(tables)
+    foreach(file IN LISTS files)
+        get_filename_component(stem ${file} NAME_WE)
+        list(APPEND headers ${directory}/${stem}.h ${directory}/${stem}Decode.h)
+        list(APPEND sources ${directory}/${stem}Decode.cpp ${directory}/${stem}Trace.cpp
+            ${directory}/${stem}Print.cpp)
+        list(APPEND tables ${directory}/${stem}Types.cpp)
+    endforeach()
+    set(written ${headers} ${sources} ${tables})
+    file(MAKE_DIRECTORY ${directory})
+    set_source_files_properties(${written} PROPERTIES GENERATED ON)
+    add_custom_command(
+        OUTPUT ${directory}.stamp
+        BYPRODUCTS ${written}
+        COMMAND ${TAMSEL_GEN} ${directory} ${files}
+        COMMAND ${CMAKE_COMMAND} -E touch ${directory}.stamp
+        DEPENDS ${files} ${gen_depends}
+        COMMENT "Generating modules into ${directory}"
+        VERBATIM)
+    set(${prefix}_SOURCES ${directory}.stamp ${sources} PARENT_SCOPE)
+    set(${prefix}_TABLES ${tables} PARENT_SCOPE)
+endfunction()
 
-add_custom_command(
-    OUTPUT ${headers} ${TAMSEL_MODULE_SOURCES} ${TAMSEL_TYPE_TABLES}
-    COMMAND ${TAMSEL_GEN} ${TAMSEL_MODULE_DIR} ${TAMSEL_ASN1_FILES}
-    DEPENDS ${TAMSEL_ASN1_FILES} ${gen_depends}
-    COMMENT "Generating the message modules"
-    VERBATIM)
-add_custom_target(tamsel_modules DEPENDS ${headers})
+tamsel_generate(TAMSEL_MODULE ${TAMSEL_MODULE_DIR} "${TAMSEL_ASN1_FILES}")
+set(TAMSEL_TYPE_TABLES ${TAMSEL_MODULE_TABLES})
+# A traced decode need not be fast. For the others, the compiler should keep the cursor in
+# registers: loads and stores of several members at once would wait for each other.
+foreach(file IN LISTS TAMSEL_MODULE_SOURCES)
+    if(file MATCHES "Trace\\.cpp$")
+        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS -Os)
+    elseif(file MATCHES "Decode\\.cpp$")
+        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
+            "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")
+    endif()
+endforeach()
+add_custom_target(tamsel_modules DEPENDS ${TAMSEL_MODULE_DIR}.stamp)

@@ -114,7 +114,6 @@ std::vector<Field> fieldsOf(const uint8_t* octets, size_t size, bool aligned) {
     for (const AsnBitFieldLink* link = ctx.fieldList.head; link != nullptr; link = link->next)
         fields.push_back({link->field->bitOffset, link->field->bitCount});
     asnFreeContext(ctx);
-    asnEverWatched = false;  // nobody watches any more: messages run as they do in a host
     return fields;
 }
 

@@ -1,29 +1,64 @@
-// Writes one resolved module as C++.
+// Writes one resolved module as C++. Each function fills templates; what it fills in is decided by
+// the model and the table of kinds.
 #pragma once
 
 #include <string>
 
 #include "model.h"
 
-std::string emitHeader(const Module& module);    // H245.h: structures and prototypes
-std::string emitDecoders(const Module& module);  // H245Decode.h
-std::string emitInstances(const Module& module, const std::string& reader);
-std::string emitPrinters(const Module& module);  // H245Print.cpp
-std::string emitTypes(const Module& module);     // H245Types.cpp: the table of all types
+std::string emitHeader(const Module& module);         // H245.h: structures and prototypes
+std::string emitDecoders(const Module& module);       // H245Decode.h: constants and decoders
+std::string emitPlainReading(const Module& module);   // H245Decode.cpp: the decoders instantiated
+std::string emitTracedReading(const Module& module);  // H245Trace.cpp: the same, traced
+std::string emitPrinters(const Module& module);       // H245Print.cpp
+std::string emitTypes(const Module& module);          // H245Types.cpp: the table of all types
+
+// --- of one type with functions of its own: for the table of kinds ---
+
+std::string aliasStructure(const Type& type);
+std::string octetsStructure(const Type& type);
+std::string bitsStructure(const Type& type);
+std::string sequenceStructure(const Type& type);
+std::string choiceStructure(const Type& type);
+std::string listStructure(const Type& type);
+
+std::string decodeSimple(const Type& type);
+std::string decodeOtherName(const Type& type);
+std::string decodeSequence(const Type& type);
+std::string decodeChoice(const Type& type);
+std::string decodeList(const Type& type);
+
+std::string dumpSimple(const Type& type);
+std::string dumpOtherName(const Type& type);
+std::string dumpSequence(const Type& type);
+std::string dumpChoice(const Type& type);
+std::string dumpList(const Type& type);
 
 // --- shared by the emitters ---
 
-/// Text under construction, line by line.
-class Lines {
-  public:
-    explicit Lines(const Module& module, const std::string& purpose);
-    void operator()(int indent, const std::string& line);
-    void blank() { text_ += '\n'; }
-    const std::string& text() const { return text_; }
-
-  private:
-    std::string text_;
+/// Where a value is: an expression, its address, and what selects a member of it.
+struct Where {
+    std::string value;
+    std::string address;
+    std::string record;
 };
+Where valueIn(const std::string& name);         // "value.a"
+Where valueBehind(const std::string& pointer);  // "value.u.a" of an alternative that is pointed to
+Where valueOf(const Member& alternative);       // in the union, or behind it
+
+std::string readCall(const Type& type, const Where& where);
+std::string printCall(const Type& type, const Where& where);
+/// The size constraint to register before a read call, or nothing.
+std::string sizeToSet(const Type& type);
+/// The same for the call of the kind, also if the type has a decoder: that makes it.
+std::string kindReadCall(const Type& type, const Where& where);
+std::string kindSizeToSet(const Type& type);
+/// "{8, 7}": an AsnElementBits.
+std::string bitsText(LeastBits bits);
 
 /// "// MultiplexElement ::= SEQUENCE (H245.asn:1400)"
-std::string typeComment(const Module& module, const Type& type);
+std::string typeComment(const Type& type);
+/// The first line of a generated file.
+std::string heading(const Module& module, const std::string& purpose);
+/// Text as a C++ literal.
+std::string literal(const std::string& text);

@@ -1,318 +1,399 @@
-// The decoders of a module.
+// The decoders of a module, as templates, and their instances.
 
 #include <algorithm>
+#include <utility>
 
 #include "emit.h"
+#include "layout.h"
+#include "template.h"
 
 namespace {
 
-class DecoderEmitter {
-  public:
-    explicit DecoderEmitter(const Module& module) : module_(module), out_(module, "decoders") {}
+/// Calls `text(member)` for each and joins what it returns.
+template <class Members, class Text>
+std::string joined(const Members& members, Text text) {
+    std::string all;
+    for (const auto& member : members) all += text(member);
+    return all;
+}
 
-    std::string emit() {
-        out_(0, "#pragma once");
-        out_.blank();
-        out_(0, "#include \"" + module_.stem + ".h\"");
-        out_.blank();
-        for (const Bounds& size : module_.sizes)
-            out_(0, "inline constexpr AsnSizeConstraint " + sizeName(size) + "{0, " +
-                        std::to_string(size.lower) + ", " + std::to_string(size.upper) +
-                        ", nullptr};");
-        for (const CharacterSet& set : module_.characterSets)
-            out_(0, "inline constexpr AsnCharSet k" + module_.stem + set.name.substr(1) +
-                        " = asnCharSet(kAsn" + set.alphabet + ", \"" + set.permitted + "\");");
-        for (const Type* type : module_.ordered) decoder(*type);
-        return out_.text();
-    }
+/// The constant that names the module in a trail.
+std::string moduleConstant(const Module& module) {
+    return "k" + module.prefix + "Module";
+}
 
-  private:
-    std::string sizeName(const Bounds& size) const {
-        return "k" + module_.stem + "Size" + std::to_string(size.lower) +
-               (size.upper != size.lower ? "To" + std::to_string(size.upper) : "");
-    }
+std::string nesting(const Type& type) {
+    if (!type.recursive) return "";
+    return R"(const AsnNesting nesting(in.ctx);
+if (nesting.tooDeep()) return kAsnTooDeep;
+)";
+}
 
-    /// What reads a value of the type into `to`; the size constraint is registered before.
-    std::string readCall(const Type& type, const std::string& to) const {
-        if (type.hasFunctions) return "Decode" + type.cppName + "(in, " + to + ")";
-        return builtinCall(type, to);
-    }
+/// A decoder; `body` is what it does.
+std::string decoder(const Type& type, const std::string& body) {
+    const std::string unused = body == "return kAsnOk;\n" ? "[[maybe_unused]] " : "";
+    return fill(R"(
+template <bool Tracing>
+AsnStatus Decode$Type($in, $value) {
+    $nesting
+    $body
+}
+)",
+                {{"Type", type.cppName},
+                 {"in", unused + "AsnReader<Tracing> in"},
+                 {"value", unused + type.cppName + "& value"},
+                 {"nesting", nesting(type)},
+                 {"body", body}});
+}
 
-    std::string builtinCall(const Type& type, const std::string& to) const {
-        if (!type.characterSet.empty())
-            return "pd_IA5String(in, &" + to + ", k" + module_.stem + type.characterSet.substr(1) +
-                   ")";
-        const auto text = [&](const std::string& name) {
-            return "pd_" + name + "(in, &" + to + ")";
-        };
-        switch (type.kind) {
-            case Kind::boolean:
-                return "pd_bit(in, &" + to + ")";
-            case Kind::integer:
-                return integerCall(type, to);
-            case Kind::octetString:
-                return "pd_DynOctetString(in, " + to + ")";
-            case Kind::bitString:
-                return "pd_DynBitString(in, " + to + ")";
-            case Kind::objectIdentifier:
-                return "pd_ObjectId(in, " + to + ")";
-            case Kind::openType:
-                return "pd_OpenType(in, &" + to + ".data, &" + to + ".numocts)";
-            case Kind::numericString:
-                return text("NumericString");
-            case Kind::printableString:
-                return text("PrintableString");
-            case Kind::visibleString:
-                return text("VisibleString");
-            case Kind::ia5String:
-                return text("IA5String");
-            case Kind::generalString:
-                return text("GeneralString");
-            case Kind::bmpString:
-                return "pd_BMPString(in, " + to + ", nullptr)";
+// --- SEQUENCE ---
+
+/// The root components that have something to read.
+std::vector<const Member*> valued(const std::vector<Member>& members) {
+    std::vector<const Member*> all;
+    for (const Member& member : members)
+        if (hasValue(*member.type)) all.push_back(&member);
+    return all;
+}
+
+Where component(const Member& member) {
+    return valueIn("value." + member.cppName);
+}
+
+/// The extension bit and the presence bits.
+std::string preamble(const Type& type) {
+    const auto flags = std::count_if(type.root.begin(), type.root.end(),
+                                     [](const Member& member) { return !member.flag.empty(); });
+    const std::string bits = "(in, value.m, " + std::to_string(flags) + ");\n";
+    if (!type.extensible) return flags != 0 ? "asnPresenceBits" + bits : "";
+    const std::string extended = "const bool extended = ";
+    if (flags == 0 && type.additions.empty()) return extended + "asnExtensionBit(in);\n";
+    if (flags < 32) return extended + "asnExtensionAndPresenceBits" + bits;
+    return extended + "asnExtensionBit(in);\nasnPresenceBits" + bits;
+}
+
+/// A component that others follow. `status` is "AsnStatus status" if it is not declared yet.
+std::string checkedComponent(const Member& member, const std::string& status) {
+    std::string read = fill(R"(
+asnSetSize(in, $size);
+$status = $read;
+if (status != kAsnOk) return status;
+)",
+                            {{"size", sizeToSet(*member.type)},
+                             {"status", status},
+                             {"read", readCall(*member.type, component(member))}});
+    if (member.flag.empty()) return read;
+    return fill(R"(
+if (value.m.$flag != 0) {
+    $read
+}
+)",
+                {{"flag", member.flag}, {"read", read}});
+}
+
+/// The last component of a SEQUENCE that is not extensible.
+std::string lastComponent(const Member& member) {
+    const std::string absent =
+        member.flag.empty() ? "" : "if (value.m." + member.flag + " == 0) return kAsnOk;";
+    return fill(R"(
+$absent
+asnSetSize(in, $size);
+return $read;
+)",
+                {{"absent", absent},
+                 {"size", sizeToSet(*member.type)},
+                 {"read", readCall(*member.type, component(member))}});
+}
+
+std::string addition(const Member& member, size_t index) {
+    const std::string read = readCall(*member.type, component(member));
+    return fill(R"(
+case $index:
+    value.m.$flag = 1;
+    asnSetSize(in, $size);
+    $read
+    break;
+)",
+                {{"index", std::to_string(index)},
+                 {"flag", member.flag},
+                 {"size", sizeToSet(*member.type)},
+                 {"read", read.empty() ? "" : "status = " + read + ";"}});
+}
+
+/// The function that reads the additions; most messages have none.
+std::string additions(const Type& type) {
+    size_t index = 0;
+    return fill(
+        R"(
+template <bool Tracing>
+AsnStatus ${Type}_additions(AsnReader<Tracing> in, $Type& value) {
+    AsnAdditions additions;
+    AsnStatus status = asnFirstAddition(in, additions);
+    while (status == kAsnOk && !additions.done) {
+        switch (additions.index) {
+            $cases
             default:
-                return "kAsnOk";  // NULL
+                break;  // an addition that is not known is skipped
         }
+        if (status == kAsnOk) status = asnNextAddition(in, additions);
     }
+    return status;
+}
 
-    std::string integerCall(const Type& type, const std::string& to) const {
-        if (!type.range) return "pd_UnconsInteger(in, &" + to + ")";
-        const bool isUnsigned = type.range->upper > INT32_MAX;
-        const std::string name = type.range->extensible ? "pd_ExtInteger"
-                                 : isUnsigned           ? "pd_ConsUnsigned"
-                                                        : "pd_ConsInteger";
-        const std::string suffix = isUnsigned ? "U" : "";
-        return name + "(in, &" + to + ", " + std::to_string(type.range->lower) + suffix + ", " +
-               std::to_string(type.range->upper) + suffix + ")";
-    }
+)",
+        {{"Type", type.cppName}, {"cases", joined(type.additions, [&](const Member& member) {
+                                      return addition(member, index++);
+                                  })}});
+}
 
-    /// Registers the size of a string or list, at the last moment: the next length consumes it.
-    void registerSize(int indent, const Type& type) {
-        if (type.size) out_(indent, "asnSetSize(in, " + sizeName(*type.size) + ");");
-    }
+/// What follows the root components.
+std::string sequenceEnd(const Type& type) {
+    if (!type.extensible) return "return kAsnOk;\n";
+    if (!type.keepsUnknown)
+        return "return extended ? " + type.cppName + "_additions(in, value) : kAsnOk;\n";
+    return R"(if (extended) return pd_OpenTypeExt(in, &value.extElem1.data, &value.extElem1.numocts);
+value.extElem1 = {};
+return kAsnOk;
+)";
+}
 
-    void registerInnerSize(int indent, const Type& type) {
-        if (!type.hasFunctions) registerSize(indent, type);
-    }
+// --- CHOICE ---
 
-    /// Reads and returns what failed. `status` is declared where it is first needed.
-    void checked(int indent, const std::string& call) {
-        out_(indent, (declared_ ? "status = " : "AsnStatus status = ") + call + ";");
-        out_(indent, "if (status != kAsnOk) return status;");
-        declared_ = true;
-    }
+std::string unknownAlternative(const Type& type) {
+    return fill(
+        R"(
+if (asnExtensionBit(in)) {
+    value.u.extElem1 = asnNewValue<AsnOpenType>(in);
+    if (value.u.extElem1 == nullptr) return kAsnNoMemory;
+    const AsnStatus status =
+        pd_ChoiceOpenTypeExt(in, &value.u.extElem1->data, &value.u.extElem1->numocts);
+    if (status == kAsnOk) return kAsnOk;
+    return asnLogError(in.ctx.errInfo, status, $module, $line);
+}
+)",
+        {{"module", moduleConstant(*type.module)}, {"line", std::to_string(type.trailLine)}});
+}
 
-    void decoder(const Type& type) {
-        switch (type.kind) {
-            case Kind::sequence:
-                return sequence(type);
-            case Kind::choice:
-                return choice(type);
-            case Kind::sequenceOf:
-                return list(type);
-            default:
-                return simple(type);
-        }
-    }
+/// Reads an alternative. It is the result, or goes to `status` inside of an open type.
+std::string alternative(const Type& type, const Member& member, bool inOpenType) {
+    const std::string pointer = heldInUnion(*member.type) ? "" : "value.u." + member.cppName;
+    return fill(R"(
+case $Type::$name:
+    $pointer = asnNewValue<$Value>(in);
+    if ($pointer == nullptr) return kAsnNoMemory;
+    asnSetSize(in, $size);
+    $result $read;
+    $break
+)",
+                {{"Type", type.cppName},
+                 {"name", member.cppName},
+                 {"pointer", pointer},
+                 {"Value", member.type->cppName},
+                 {"size", sizeToSet(*member.type)},
+                 {"result", inOpenType ? "status =" : "return"},
+                 {"read", readCall(*member.type, valueOf(member))},
+                 {"break", inOpenType ? "break;" : ""}});
+}
 
-    void begin(const Type& type) {
-        out_.blank();
-        out_(0, typeComment(module_, type));
-        out_(0, "template <bool Tracing>");
-        out_(0, "AsnStatus Decode" + type.cppName + "(AsnReader<Tracing> in, " + type.cppName +
-                    "& value) {");
-    }
+std::string rootAlternatives(const Type& type) {
+    const std::vector<const Member*> read = valued(type.root);
+    const std::string index =
+        "asnRootAlternative(in, &value.t, " + std::to_string(type.root.size()) + ");";
+    if (read.empty()) return "return " + index + "\n";
+    return fill(
+        R"(
+const AsnStatus status = $index
+if (status != kAsnOk) return status;
+switch (value.t) {
+    $cases
+    default:
+        $otherwise
+}
+)",
+        {{"index", index},
+         {"cases",
+          joined(read, [&](const Member* member) { return alternative(type, *member, false); })},
+         {"otherwise", read.size() < type.root.size()
+                           ? "return kAsnOk;  // NULL"
+                           : "return kAsnInvalidChoice;  // there is no other"}});
+}
 
-    void nesting(const Type& type) {
-        if (!type.recursive) return;
-        out_(1, "const AsnNesting nesting(in.ctx);");
-        out_(1, "if (nesting.tooDeep()) return kAsnTooDeep;");
-    }
+/// Reads the extension alternative that the tag names; nothing if all are NULL.
+std::string extensionValues(const Type& type) {
+    const std::vector<const Member*> read = valued(type.additions);
+    if (read.empty()) return "";
+    const bool hasNull = read.size() < type.additions.size();
+    return fill(
+        R"(
+if (status != kAsnOk) return status;
+switch (value.t) {
+    $cases
+    $null
+}
+)",
+        {{"cases",
+          joined(read, [&](const Member* member) { return alternative(type, *member, true); })},
+         {"null", hasNull ? "default:\n    break;  // NULL\n" : ""}});
+}
 
-    void simple(const Type& type) {
-        begin(type);
-        const uint64_t capacity = inlineCapacity(type);
-        const bool sized =
-            type.target == nullptr && capacity != 0 && type.kind == Kind::octetString;
-        if (!sized) registerSize(1, type);
-        if (type.target != nullptr)
-            out_(1, "return " + readCall(*type.target, "value") + ";");
-        else if (sized)
-            out_(1, "return asnSizedOctets(in, " + sizeName(*type.size) +
-                        ", &value.numocts, value.data);");
-        else if (capacity != 0)
-            out_(1, "return pd_BitString(in, &value.numbits, value.data, sizeof value.data);");
-        else
-            out_(1, "return " + builtinCall(type, "value") + ";");
-        out_(0, "}");
-    }
+std::string extensionAlternatives(const Type& type) {
+    const std::string values = extensionValues(type);
+    return fill(R"(
+if (asnExtensionBit(in)) {
+    AsnCursor outer;
+    $status = asnEnterAlternative(in, &value.t, $roots, $known, outer);
+    $values
+    if (status == kAsnOk) asnLeaveOpenType(in, outer);
+    return status;
+}
+)",
+                {{"status", values.empty() ? "const AsnStatus status" : "AsnStatus status"},
+                 {"roots", std::to_string(type.root.size())},
+                 {"known", std::to_string(type.additions.size())},
+                 {"values", values}});
+}
 
-    void sequence(const Type& type) {
-        if (!type.additions.empty()) additions(type);
-        begin(type);
-        nesting(type);
-        const auto optional = std::count_if(type.root.begin(), type.root.end(),
-                                            [](const Member& member) { return member.optional; });
-        const bool hasFlags = optional != 0 || !type.additions.empty();
-        if (type.extensible) out_(1, "const bool extended = asnExtensionBit(in);");
-        if (hasFlags) out_(1, "asnPresenceBits(in, value.m, " + std::to_string(optional) + ");");
-        declared_ = false;
-        for (const Member& member : type.root) component(member);
-        if (type.additions.empty()) {
-            if (type.extensible) {
-                out_(1,
-                     "if (extended) return pd_OpenTypeExt(in, &value.extElem1.data, "
-                     "&value.extElem1.numocts);");
-                out_(1, "value.extElem1 = {};");
-            }
-            out_(1, "return kAsnOk;");
-        } else {
-            out_(1, "return extended ? " + type.cppName + "_additions(in, value) : kAsnOk;");
-        }
-        out_(0, "}");
-    }
+// --- the files ---
 
-    void component(const Member& member) {
-        if (!hasMember(*member.type)) return;
-        if (member.optional && !declared_) out_(1, "AsnStatus status = kAsnOk;");
-        if (member.optional) declared_ = true;
-        if (member.optional) out_(1, "if (value.m." + member.cppName + "Present != 0) {");
-        const int indent = member.optional ? 2 : 1;
-        registerInnerSize(indent, *member.type);
-        checked(indent, readCall(*member.type, "value." + member.cppName));
-        if (member.optional) out_(1, "}");
-    }
+std::string sizeConstant(const SizeConstant& size) {
+    return fill(R"(
+inline constexpr AsnSizeConstraint $name{0, $lower, $upper, nullptr};
+)",
+                {{"name", size.name},
+                 {"lower", std::to_string(size.lower)},
+                 {"upper", std::to_string(size.upper)}});
+}
 
-    void additions(const Type& type) {
-        out_.blank();
-        out_(0, "template <bool Tracing>");
-        out_(0, "AsnStatus " + type.cppName + "_additions(AsnReader<Tracing> in, " + type.cppName +
-                    "& value) {");
-        out_(1, "AsnAdditions additions;");
-        out_(1, "AsnStatus status = asnFirstAddition(in, additions);");
-        out_(1, "while (status == kAsnOk && !additions.done) {");
-        out_(2, "switch (additions.index) {");
-        for (size_t i = 0; i < type.additions.size(); ++i) {
-            const Member& member = type.additions[i];
-            out_(3, "case " + std::to_string(i) + ":");
-            out_(4, "value.m." + member.cppName + "Present = 1;");
-            if (hasMember(*member.type)) {
-                registerInnerSize(4, *member.type);
-                out_(4, "status = " + readCall(*member.type, "value." + member.cppName) + ";");
-            }
-            out_(4, "break;");
-        }
-        out_(3, "default:");
-        out_(4, "break;  // an addition that is not known is skipped");
-        out_(2, "}");
-        out_(2, "if (status == kAsnOk) status = asnNextAddition(in, additions);");
-        out_(1, "}");
-        out_(1, "return status;");
-        out_(0, "}");
-    }
+std::string alphabetConstant(const AlphabetConstant& alphabet) {
+    return fill(R"(
+inline constexpr AsnCharSet $name = asnCharSet($alphabet, $permitted);
+)",
+                {{"name", alphabet.name},
+                 {"alphabet", std::string(alphabet.alphabet)},
+                 {"permitted", literal(alphabet.permitted)}});
+}
 
-    void choice(const Type& type) {
-        begin(type);
-        nesting(type);
-        const std::string roots = std::to_string(type.root.size());
-        if (!type.additions.empty())
-            extensionAlternatives(type);
-        else if (type.extensible)
-            unknownAlternative(type);
-        out_(1, "const AsnStatus status = asnRootAlternative(in, &value.t, " + roots + ");");
-        out_(1, "if (status != kAsnOk) return status;");
-        out_(1, "switch (value.t) {");
-        uint32_t tag = 0;
-        for (const Member& member : type.root) alternative(1, ++tag, member, false);
-        out_(2, "default:");
-        out_(3, "return kAsnOk;");
-        out_(1, "}");
-        out_(0, "}");
-    }
+std::string instances(const Module& module, const std::string& purpose, const std::string& reader) {
+    return layOut(fill(R"(
+$heading
+#include "${stem}Decode.h"
 
-    void extensionAlternatives(const Type& type) {
-        out_(1, "if (asnExtensionBit(in)) {");
-        out_(2, "AsnCursor outer;");
-        out_(2, "AsnStatus status = asnEnterAlternative(in, &value.t, " +
-                    std::to_string(type.root.size()) + ", " +
-                    std::to_string(type.additions.size()) + ", outer);");
-        out_(2, "if (status != kAsnOk) return status;");
-        out_(2, "switch (value.t) {");
-        auto tag = static_cast<uint32_t>(type.root.size());
-        for (const Member& member : type.additions) alternative(2, ++tag, member, true);
-        out_(3, "default:");
-        out_(4, "break;");
-        out_(2, "}");
-        out_(2, "if (status == kAsnOk) asnLeaveOpenType(in, outer);");
-        out_(2, "return status;");
-        out_(1, "}");
-    }
-
-    void unknownAlternative(const Type& type) {
-        out_(1, "if (asnExtensionBit(in)) {");
-        out_(2, "value.u.extElem1 = asnNewValue<AsnOpenType>(in);");
-        out_(2, "if (value.u.extElem1 == nullptr) return kAsnNoMemory;");
-        out_(2,
-             "const AsnStatus status = pd_ChoiceOpenTypeExt(in, &value.u.extElem1->data, "
-             "&value.u.extElem1->numocts);");
-        out_(2, "if (status == kAsnOk) return kAsnOk;");
-        out_(2, "return asnLogError(in.ctx.errInfo, status, \"" + module_.stem + "\", " +
-                    std::to_string(type.trailLine) + ");");
-        out_(1, "}");
-    }
-
-    void alternative(int indent, uint32_t tag, const Member& member, bool inOpenType) {
-        if (!hasMember(*member.type)) return;
-        const std::string slot = "value.u." + member.cppName;
-        const bool isInline = heldInline(*member.type);
-        out_(indent + 1, "case " + std::to_string(tag) + ":");
-        if (!isInline) {
-            out_(indent + 2, slot + " = asnNewValue<" + member.type->cppName + ">(in);");
-            out_(indent + 2, "if (" + slot + " == nullptr) return kAsnNoMemory;");
-        }
-        if (!member.type->hasFunctions) registerSize(indent + 2, *member.type);
-        const std::string call = readCall(*member.type, (isInline ? "" : "*") + slot) + ";";
-        out_(indent + 2, (inOpenType ? "status = " : "return ") + call);
-        if (inOpenType) out_(indent + 2, "break;");
-    }
-
-    void list(const Type& type) {
-        begin(type);
-        const std::string& element = type.element->cppName;
-        nesting(type);
-        registerSize(1, type);
-        declared_ = false;
-        const std::string bits = std::to_string(type.element->minBits);
-        checked(1, "asnListLength(in, &value.n, {" + bits + ", " + bits + "})");
-        out_(1, "value.elem = asnNewElements<" + element + ">(in, value.n);");
-        out_(1, "if (value.elem == nullptr)");
-        out_(2, "return asnLogError(in.ctx.errInfo, kAsnNoMemory, \"" + module_.stem + "\", " +
-                    std::to_string(type.trailLine) + ");");
-        out_(1, "for (uint32_t i = 0; i < value.n; ++i) {");
-        registerInnerSize(2, *type.element);
-        checked(2, readCall(*type.element, "value.elem[i]"));
-        out_(1, "}");
-        out_(1, "return kAsnOk;");
-        out_(0, "}");
-    }
-
-    const Module& module_;
-    Lines out_;
-    bool declared_ = false;  // the function being written has its `status`
-};
+$decoders
+)",
+                       {{"heading", heading(module, purpose)},
+                        {"stem", module.stem},
+                        {"decoders", joined(module.ordered, [&](const Type* type) {
+                             return fill("template AsnStatus Decode$Type($reader, $Type&);\n",
+                                         {{"Type", type->cppName}, {"reader", reader}});
+                         })}}));
+}
 
 }  // namespace
 
-std::string emitDecoders(const Module& module) {
-    return DecoderEmitter(module).emit();
+std::string decodeSimple(const Type& type) {
+    return decoder(type, fill(R"(
+asnSetSize(in, $size);
+return $read;
+)",
+                              {{"size", kindSizeToSet(type)},
+                               {"read", kindReadCall(type, valueIn("value"))}}));
 }
 
-std::string emitInstances(const Module& module, const std::string& reader) {
-    Lines out(module, "decoders for one reader");
-    out(0, "#include \"" + module.stem + "Decode.h\"");
-    out.blank();
-    for (const Type* type : module.ordered)
-        out(0, "template AsnStatus Decode" + type->cppName + "(" + reader + " in, " +
-                   type->cppName + "& value);");
-    return out.text();
+std::string decodeOtherName(const Type& type) {
+    return decoder(type, fill(R"(
+asnSetSize(in, $size);
+return $read;
+)",
+                              {{"size", sizeToSet(*type.target)},
+                               {"read", readCall(*type.target, valueIn("value"))}}));
+}
+
+std::string decodeSequence(const Type& type) {
+    std::vector<const Member*> checked = valued(type.root);
+    std::string end = sequenceEnd(type);
+    if (!type.extensible && !checked.empty()) {
+        end = lastComponent(*checked.back());
+        checked.pop_back();
+    }
+    const bool declaredFirst = !checked.empty() && !checked.front()->flag.empty();
+    std::string status = declaredFirst ? "status" : "AsnStatus status";
+    return (type.additions.empty() ? "" : additions(type)) +
+           decoder(type, fill(R"(
+$preamble
+$status
+$components
+$end
+)",
+                              {{"preamble", preamble(type)},
+                               {"status", declaredFirst ? "AsnStatus status = kAsnOk;" : ""},
+                               {"components", joined(checked,
+                                                     [&](const Member* member) {
+                                                         return checkedComponent(
+                                                             *member,
+                                                             std::exchange(status, "status"));
+                                                     })},
+                               {"end", end}}));
+}
+
+std::string decodeChoice(const Type& type) {
+    return decoder(type, (type.keepsUnknown ? unknownAlternative(type) : "") +
+                             (type.additions.empty() ? "" : extensionAlternatives(type)) +
+                             rootAlternatives(type));
+}
+
+std::string decodeList(const Type& type) {
+    return decoder(type,
+                   fill(R"(
+asnSetSize(in, $size);
+AsnStatus status = asnListLength(in, &value.n, $least);
+if (status != kAsnOk) return status;
+value.elem = asnNewElements<$Element>(in, value.n);
+if (value.elem == nullptr) return asnLogError(in.ctx.errInfo, kAsnNoMemory, $module, $line);
+for (uint32_t i = 0; i < value.n; ++i) {
+    asnSetSize(in, $elementSize);
+    status = $readElement;
+    if (status != kAsnOk) return status;
+}
+return kAsnOk;
+)",
+                        {{"size", type.sizeName},
+                         {"least", bitsText(type.element->least)},
+                         {"Element", type.element->cppName},
+                         {"module", moduleConstant(*type.module)},
+                         {"line", std::to_string(type.trailLine)},
+                         {"elementSize", sizeToSet(*type.element)},
+                         {"readElement", readCall(*type.element, valueIn("value.elem[i]"))}}));
+}
+
+std::string emitDecoders(const Module& module) {
+    return layOut(fill(
+        R"(
+$heading
+#pragma once
+
+#include "$stem.h"
+
+// A decoder that logs a failure names this module and a line: not one of this file, but a number
+// of its own, which grows by 10 from type to type, so that trails tell the types apart.
+inline constexpr const char* $constant = "$stem";
+$sizes
+$alphabets
+$decoders
+)",
+        {{"heading", heading(module, "decoders")},
+         {"constant", moduleConstant(module)},
+         {"stem", module.stem},
+         {"sizes", joined(module.sizes, sizeConstant)},
+         {"alphabets", joined(module.alphabets, alphabetConstant)},
+         {"decoders", joined(module.ordered, [](const Type* type) {
+              return "\n" + typeComment(*type) + "\n" + kindRow(type->kind).text.decode(*type);
+          })}}));
+}
+
+std::string emitPlainReading(const Module& module) {
+    return instances(module, "decoders for the silent reader", "AsnPlainReader");
+}
+
+std::string emitTracedReading(const Module& module) {
+    return instances(module, "decoders for the tracing reader", "AsnTracingReader");
 }

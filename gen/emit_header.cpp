@@ -1,143 +1,190 @@
-// The structures of a module, and the prototypes of its decoders and printers.
-
-#include <algorithm>
+// The header of a module: structures, and the prototypes of decoders and printers.
 
 #include "emit.h"
+#include "layout.h"
+#include "template.h"
 
 namespace {
 
-class HeaderEmitter {
-  public:
-    explicit HeaderEmitter(const Module& module)
-        : module_(module), out_(module, "value structures, decoders and printers") {}
+/// The member that holds a component, or a pointer to an alternative; none for NULL.
+std::string memberLine(const Member& member, bool pointer) {
+    if (!hasValue(*member.type)) return "";
+    const std::string type = member.type->cppName + (pointer ? "*" : "");
+    const std::string comment = member.type->hasFunctions ? "" : "  // " + member.type->notation;
+    return type + " " + member.cppName + ";" + comment + "\n";
+}
 
-    std::string emit() {
-        out_(0, "#pragma once");
-        out_.blank();
-        for (const std::string& stem : module_.includes) out_(0, "#include \"" + stem + ".h\"");
-        out_(0, "#include \"asn1per/asn1per.h\"");
-        for (const Type* type : module_.forward) {
-            out_.blank();
-            out_(0, "struct " + type->cppName + ";");
-        }
-        for (const Type* type : module_.ordered) {
-            out_.blank();
-            out_(0, typeComment(module_, *type));
-            structure(*type);
-            functions(*type);
-        }
-        return out_.text();
-    }
+std::string componentLines(const std::vector<Member>& members) {
+    std::string lines;
+    for (const Member& member : members) lines += memberLine(member, false);
+    return lines;
+}
 
-  private:
-    void structure(const Type& type) {
-        const uint64_t capacity = inlineCapacity(type);
-        if (type.kind == Kind::sequence) {
-            sequence(type);
-        } else if (type.kind == Kind::choice) {
-            choice(type);
-        } else if (type.kind == Kind::sequenceOf) {
-            out_(0, "struct " + type.cppName + " {");
-            out_(1, "uint32_t n;");
-            out_(1, type.element->cppName + "* elem;");
-            out_(0, "};");
-        } else if (capacity != 0) {
-            out_(0, "struct " + type.cppName + " {");
-            out_(1, type.kind == Kind::bitString ? "uint32_t numbits;" : "uint32_t numocts;");
-            out_(1, "uint8_t data[" + std::to_string(capacity) + "];");
-            out_(0, "};");
-        } else {
-            const std::string& value =
-                type.target != nullptr ? type.target->cppName : type.valueType;
-            out_(0, "using " + type.cppName + " = " + value + ";");
-        }
-        uncleared(type);
-    }
+std::string uncleared(const Type& type) {
+    std::string spans;
+    for (const InlineOctets& octets : type.uncleared)
+        spans += fill(R"(
+{offsetof($Type, $member), $size},
+)",
+                      {{"Type", type.cppName},
+                       {"member", octets.member},
+                       {"size", std::to_string(octets.size)}});
+    if (spans.empty() || !kindRow(type.kind).cppType.empty() || type.target != nullptr) return "";
+    return fill(R"(
+template <>
+inline constexpr std::array<AsnSpan, $count> asnUncleared<$Type>{{
+    $spans
+}};
+)",
+                {{"count", std::to_string(type.uncleared.size())},
+                 {"Type", type.cppName},
+                 {"spans", spans}});
+}
 
-    void member(int indent, const Member& member, const std::string& star) {
-        if (!hasMember(*member.type)) return;
-        const std::string& type = member.type->cppName;
-        const std::string text = type + star + " " + member.cppName + ";";
-        out_(indent, member.type->hasFunctions ? text : text + "  // " + member.type->notation);
-    }
+std::string declarations(const Type& type) {
+    return fill(R"(
 
-    void sequence(const Type& type) {
-        out_(0, "struct " + type.cppName + " {");
-        std::vector<const Member*> flags;
-        for (const Member& member : type.root)
-            if (member.optional) flags.push_back(&member);
-        for (const Member& member : type.additions) flags.push_back(&member);
-        if (!flags.empty()) {
-            out_(1, "struct {");
-            for (const Member* flag : flags) out_(2, "uint32_t " + flag->cppName + "Present : 1;");
-            out_(1, "} m;");
-        }
-        for (const Member& component : type.root) member(1, component, "");
-        if (!type.additions.empty()) out_(1, "// extension additions");
-        for (const Member& addition : type.additions) member(1, addition, "");
-        if (type.extensible && type.additions.empty()) out_(1, "AsnOpenType extElem1;");
-        out_(0, "};");
-    }
-
-    void choice(const Type& type) {
-        out_(0, "struct " + type.cppName + " {");
-        int tag = 0;
-        std::string tags;
-        std::vector<const Member*> valued;
-        for (const auto* members : {&type.root, &type.additions})
-            for (const Member& member : *members) {
-                tags = std::to_string(++tag) + " " + member.notationName;
-                if (tag == 1)
-                    out_(1, "uint32_t t;  // " + tags);
-                else
-                    out_(1, "             // " + tags);
-                if (hasMember(*member.type)) valued.push_back(&member);
-            }
-        const bool keepsUnknown = type.extensible && type.additions.empty();
-        if (!valued.empty() || keepsUnknown) {
-            out_(1, "union {");
-            for (const Member* alternative : valued)
-                member(2, *alternative, heldInline(*alternative->type) ? "" : "*");
-            if (keepsUnknown) out_(2, "AsnOpenType* extElem1;");
-            out_(1, "} u;");
-        }
-        out_(0, "};");
-    }
-
-    void uncleared(const Type& type) {
-        const bool isOwnRecord = type.target == nullptr && type.kind != Kind::objectIdentifier;
-        if (type.uncleared.empty() || !isOwnRecord) return;
-        out_(0, "template <>");
-        out_(0, "inline constexpr std::array<AsnSpan, " + std::to_string(type.uncleared.size()) +
-                    "> asnUncleared<" + type.cppName + ">{{");
-        for (const InlineOctets& span : type.uncleared)
-            out_(1, "{offsetof(" + type.cppName + ", " + span.member + "), " +
-                        std::to_string(span.size) + "},");
-        out_(0, "}};");
-    }
-
-    void functions(const Type& type) {
-        const std::string& name = type.cppName;
-        out_(0, "template <bool Tracing>");
-        out_(0, "[[nodiscard]] AsnStatus Decode" + name + "(AsnReader<Tracing> in, " + name +
-                    "& value);");
-        out_(0, "[[nodiscard]] inline AsnStatus Decode" + name + "(AsnContext& ctx, " + name +
-                    "& value) {");
-        out_(1, "return asnRead(ctx, [&](auto in) { return Decode" + name + "(in, value); });");
-        out_(0, "}");
-        out_(0, "void Print" + name + "(AsnDump& dump, const " + name + "& value);");
-        out_(0, "inline void Print" + name + "(const char* path, const " + name + "& value) {");
-        out_(1, "AsnDump dump(stdout, path);");
-        out_(1, "Print" + name + "(dump, value);");
-        out_(0, "}");
-    }
-
-    const Module& module_;
-    Lines out_;
-};
+$comment
+$structure
+$uncleared
+template <bool Tracing>
+[[nodiscard]] AsnStatus Decode$Type(AsnReader<Tracing> in, $Type& value);
+[[nodiscard]] inline AsnStatus Decode$Type(AsnContext& ctx, $Type& value) {
+    return asnRead(ctx, [&value](auto in) { return Decode$Type(in, value); });
+}
+void Print$Type(AsnDump& dump, const $Type& value);
+inline void Print$Type(const char* path, const $Type& value) {
+    AsnDump dump(stdout, path);
+    Print$Type(dump, value);
+}
+)",
+                {{"comment", typeComment(type)},
+                 {"structure", kindRow(type.kind).text.structure(type)},
+                 {"uncleared", uncleared(type)},
+                 {"Type", type.cppName}});
+}
 
 }  // namespace
 
+std::string aliasStructure(const Type& type) {
+    const std::string value(type.target != nullptr ? type.target->cppName
+                                                   : kindRow(type.kind).cppType);
+    return "using " + type.cppName + " = " + value + ";\n";
+}
+
+std::string octetsStructure(const Type& type) {
+    return fill(R"(
+struct $Type {
+    uint32_t numocts;
+    uint8_t data[$capacity];
+};
+)",
+                {{"Type", type.cppName}, {"capacity", std::to_string(type.capacity)}});
+}
+
+std::string bitsStructure(const Type& type) {
+    return fill(R"(
+struct $Type {
+    uint32_t numbits;
+    uint8_t data[$capacity];
+};
+)",
+                {{"Type", type.cppName}, {"capacity", std::to_string(type.capacity)}});
+}
+
+std::string sequenceStructure(const Type& type) {
+    std::string flags;
+    for (const Member* member : allMembers(type))
+        if (!member->flag.empty()) flags += "uint32_t " + member->flag + " : 1;\n";
+    const std::string word = flags.empty() ? ""
+                                           : fill(R"(
+struct {
+    $flags
+} m;
+)",
+                                                  {{"flags", flags}});
+    const std::string additions = componentLines(type.additions);
+    const std::string members =
+        fill(R"(
+$word
+$root
+$comment
+$additions
+$unknown
+)",
+             {{"word", word},
+              {"root", componentLines(type.root)},
+              {"comment", additions.empty() ? "" : "// extension additions"},
+              {"additions", additions},
+              {"unknown", type.keepsUnknown ? "AsnOpenType extElem1;" : ""}});
+    if (members.empty()) return "struct " + type.cppName + " {};\n";
+    return fill(R"(
+struct $Type {
+    $members
+};
+)",
+                {{"Type", type.cppName}, {"members", members}});
+}
+
+std::string choiceStructure(const Type& type) {
+    std::string enumerators;
+    std::string values;
+    for (const Member* member : allMembers(type)) {
+        enumerators += member->cppName + " = " + std::to_string(member->tag) + ",\n";
+        values += memberLine(*member, !heldInUnion(*member->type));
+    }
+    if (type.keepsUnknown) {
+        enumerators += "extElem1 = " + std::to_string(type.root.size() + 1) + ",\n";
+        values += "AsnOpenType* extElem1;\n";
+    }
+    const std::string alternatives = values.empty() ? ""
+                                                    : fill(R"(
+union {
+    $values
+} u;
+)",
+                                                           {{"values", values}});
+    return fill(R"(
+struct $Type {
+    enum Alternative : uint32_t {
+        $enumerators
+    };
+    uint32_t t;
+    $union
+};
+)",
+                {{"Type", type.cppName}, {"enumerators", enumerators}, {"union", alternatives}});
+}
+
+std::string listStructure(const Type& type) {
+    return fill(R"(
+struct $Type {
+    uint32_t n;
+    $Element* elem;
+};
+)",
+                {{"Type", type.cppName}, {"Element", type.element->cppName}});
+}
+
 std::string emitHeader(const Module& module) {
-    return HeaderEmitter(module).emit();
+    std::string includes;
+    for (const Module* import : module.imports) includes += "#include \"" + import->stem + ".h\"\n";
+    std::string forward;
+    for (const Type* type : module.forward) forward += "struct " + type->cppName + ";\n";
+    if (!forward.empty()) forward = "\n" + forward;
+    std::string types;
+    for (const Type* type : module.ordered) types += declarations(*type);
+    return layOut(fill(R"(
+$heading
+#pragma once
+
+$includes
+#include "asn1per/asn1per.h"
+$forward
+$types
+)",
+                       {{"heading", heading(module, "value structures, decoders and printers")},
+                        {"includes", includes},
+                        {"forward", forward},
+                        {"types", types}}));
 }

@@ -1,149 +1,125 @@
 // The printers of a module.
 
 #include "emit.h"
+#include "layout.h"
+#include "template.h"
 
 namespace {
 
-class PrinterEmitter {
-  public:
-    explicit PrinterEmitter(const Module& module) : module_(module), out_(module, "printers") {}
+std::string presence(const Member& member) {
+    if (member.flag.empty()) return "";
+    return fill(R"(
+asnPrintPresence(dump, "$dumpName", value.m.$flag);
+)",
+                {{"dumpName", member.dumpName}, {"flag", member.flag}});
+}
 
-    std::string emit() {
-        out_(0, "#include \"" + module_.stem + ".h\"");
-        for (const Type* type : module_.ordered) printer(*type);
-        return out_.text();
-    }
+std::string component(const Member& member) {
+    if (!hasValue(*member.type)) return "";
+    const std::string present = "if (value.m." + member.flag + " != 0) {";
+    return fill(R"(
+$begin
+    const AsnComponentStep step(dump, "$dumpName");
+    $print;
+}
+)",
+                {{"begin", member.flag.empty() ? "{" : present},
+                 {"dumpName", member.dumpName},
+                 {"print", printCall(*member.type, valueIn("value." + member.cppName))}});
+}
 
-  private:
-    static std::string printCall(const Type& type, const std::string& value) {
-        if (type.hasFunctions) return "Print" + type.cppName + "(dump, " + value + ");";
-        return builtinCall(type, value);
-    }
+std::string alternative(const Type& type, const Member& member) {
+    if (!hasValue(*member.type)) return "";
+    return fill(R"(
+case $Type::$name: {
+    const AsnAlternativeStep step(dump, "$dumpName");
+    $print;
+    break;
+}
+)",
+                {{"Type", type.cppName},
+                 {"name", member.cppName},
+                 {"dumpName", member.dumpName},
+                 {"print", printCall(*member.type, valueOf(member))}});
+}
 
-    static std::string builtinCall(const Type& type, const std::string& value) {
-        const auto octets = [&](const std::string& name, const std::string& count) {
-            const std::string record = value[0] == '*' ? value.substr(1) + "->" : value + ".";
-            return name + "(dump, " + record + count + ", " + record + "data, \".\");";
-        };
-        switch (type.kind) {
-            case Kind::boolean:
-                return "asnPrintBoolean(dump, " + value + ");";
-            case Kind::integer:
-                return (type.range && type.range->upper > INT32_MAX ? "asnPrintUnsigned(dump, "
-                                                                    : "asnPrintInteger(dump, ") +
-                       value + ");";
-            case Kind::octetString:
-                return octets("asnPrintOctStr", "numocts");
-            case Kind::bitString:
-                return octets("asnPrintBitStr", "numbits");
-            case Kind::openType:
-                return octets("asnPrintOpenType", "numocts");
-            case Kind::objectIdentifier:
-                return "asnPrintOID(dump, " + value + ");";
-            case Kind::bmpString:
-                return "asnPrintBMPStr(dump, " + value + ", \".\");";
-            default:
-                return "asnPrintCharStr(dump, " + value + ");";
-        }
-    }
+std::string unknownAlternative(const Type& type) {
+    if (!type.keepsUnknown) return "";
+    return fill(R"(
+case $Type::extElem1: {
+    const AsnAlternativeStep step(dump, "extElem1");
+    asnPrintOpenType(dump, value.u.extElem1->numocts, value.u.extElem1->data, ".");
+    break;
+}
+)",
+                {{"Type", type.cppName}});
+}
 
-    void printer(const Type& type) {
-        out_.blank();
-        out_(0, typeComment(module_, type));
-        out_(0,
-             "void Print" + type.cppName + "(AsnDump& dump, const " + type.cppName + "& value) {");
-        switch (type.kind) {
-            case Kind::sequence:
-                sequence(type);
-                break;
-            case Kind::choice:
-                choice(type);
-                break;
-            case Kind::sequenceOf:
-                list(type);
-                break;
-            case Kind::reference:
-                out_(1, printCall(*type.target, "value"));
-                break;
-            default:
-                out_(1, builtinCall(type, "value"));
-                break;
-        }
-        out_(0, "}");
-    }
+std::string printer(const Type& type) {
+    const std::string body = kindRow(type.kind).text.dump(type);
+    const std::string unused = body.empty() ? "[[maybe_unused]] " : "";
+    return fill(R"(
 
-    /// Presence lines first, all of them; then the components that are there.
-    void sequence(const Type& type) {
-        for (const auto* members : {&type.root, &type.additions})
-            for (const Member& member : *members)
-                if (member.optional)
-                    out_(1, "asnPrintPresence(dump, \"" + member.dumpName + "\", value.m." +
-                                member.cppName + "Present);");
-        for (const auto* members : {&type.root, &type.additions})
-            for (const Member& member : *members) component(member);
-        if (!type.extensible || !type.additions.empty()) return;
-        out_(1, "const AsnComponentStep step(dump, \"extElem1\");");
-        out_(1, "asnPrintOpenType(dump, value.extElem1.numocts, value.extElem1.data, \".\");");
-    }
-
-    void component(const Member& member) {
-        if (!hasMember(*member.type)) return;
-        out_(1, member.optional ? "if (value.m." + member.cppName + "Present != 0) {" : "{");
-        out_(2, "const AsnComponentStep step(dump, \"" + member.dumpName + "\");");
-        out_(2, printCall(*member.type, "value." + member.cppName));
-        out_(1, "}");
-    }
-
-    void choice(const Type& type) {
-        out_(1, "asnPrintTag(dump, value.t);");
-        const bool keepsUnknown = type.extensible && type.additions.empty();
-        bool open = false;
-        size_t tag = 0;
-        for (const auto* members : {&type.root, &type.additions})
-            for (const Member& member : *members) {
-                ++tag;
-                if (!hasMember(*member.type)) continue;
-                if (!open) out_(1, "switch (value.t) {");
-                open = true;
-                const std::string slot = "value.u." + member.cppName;
-                alternative(tag, member.dumpName,
-                            printCall(*member.type, heldInline(*member.type) ? slot : "*" + slot));
-            }
-        if (keepsUnknown) {
-            if (!open) out_(1, "switch (value.t) {");
-            open = true;
-            alternative(tag + 1, "extElem1",
-                        "asnPrintOpenType(dump, value.u.extElem1->numocts, "
-                        "value.u.extElem1->data, \".\");");
-        }
-        if (!open) return;
-        out_(2, "default:");
-        out_(3, "break;  // the tag line is all");
-        out_(1, "}");
-    }
-
-    void alternative(size_t tag, const std::string& name, const std::string& call) {
-        out_(2, "case " + std::to_string(tag) + ": {");
-        out_(3, "const AsnAlternativeStep step(dump, \"" + name + "\");");
-        out_(3, call);
-        out_(3, "break;");
-        out_(2, "}");
-    }
-
-    void list(const Type& type) {
-        out_(1, "asnPrintCount(dump, value.n);");
-        out_(1, "for (uint32_t i = 0; i < value.n; ++i) {");
-        out_(2, "const AsnElementStep step(dump, i);");
-        out_(2, printCall(*type.element, "value.elem[i]"));
-        out_(1, "}");
-    }
-
-    const Module& module_;
-    Lines out_;
-};
+$comment
+void Print$Type($dump, $value) {
+    $body
+}
+)",
+                {{"comment", typeComment(type)},
+                 {"Type", type.cppName},
+                 {"dump", unused + "AsnDump& dump"},
+                 {"value", unused + "const " + type.cppName + "& value"},
+                 {"body", body}});
+}
 
 }  // namespace
 
+/// Presence lines first, all of them; then the components that are present.
+std::string dumpSequence(const Type& type) {
+    std::string text;
+    for (const Member* member : allMembers(type)) text += presence(*member);
+    for (const Member* member : allMembers(type)) text += component(*member);
+    if (!type.keepsUnknown) return text;
+    return text + R"(const AsnComponentStep step(dump, "extElem1");
+asnPrintOpenType(dump, value.extElem1.numocts, value.extElem1.data, ".");
+)";
+}
+
+std::string dumpChoice(const Type& type) {
+    std::string cases;
+    for (const Member* member : allMembers(type)) cases += alternative(type, *member);
+    cases += unknownAlternative(type);
+    if (cases.empty()) return "asnPrintTag(dump, value.t);\n";
+    return fill(R"(
+asnPrintTag(dump, value.t);
+switch (value.t) {
+    $cases
+    default:
+        break;  // only the tag
+}
+)",
+                {{"cases", cases}});
+}
+
+std::string dumpList(const Type& type) {
+    return fill(R"(
+asnPrintCount(dump, value.n);
+for (uint32_t i = 0; i < value.n; ++i) {
+    const AsnElementStep step(dump, i);
+    $print;
+}
+)",
+                {{"print", printCall(*type.element, valueIn("value.elem[i]"))}});
+}
+
 std::string emitPrinters(const Module& module) {
-    return PrinterEmitter(module).emit();
+    std::string printers;
+    for (const Type* type : module.ordered) printers += printer(*type);
+    return layOut(fill(
+        R"(
+$heading
+#include "$stem.h"
+$printers
+)",
+        {{"heading", heading(module, "printers")}, {"stem", module.stem}, {"printers", printers}}));
 }

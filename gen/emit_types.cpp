@@ -1,25 +1,45 @@
 // The table of a module's types, for tests and fuzzers that walk all of them.
 
 #include "emit.h"
+#include "layout.h"
+#include "template.h"
+
+namespace {
+
+std::string row(const Type& type) {
+    const Type* const element = type.element;
+    return fill(R"(
+{"$Type",
+ sizeof($Type),
+ $least,
+ $elementSize,
+ $elementLeast,
+ asnDecodeAny<$Type, Decode$Type>,
+ asnPrintAny<$Type, Print$Type>},
+)",
+                {{"Type", type.cppName},
+                 {"least", bitsText(type.least)},
+                 {"elementSize", element != nullptr ? "sizeof(" + element->cppName + ")" : "0"},
+                 {"elementLeast", element != nullptr ? bitsText(element->least) : "{0, 0}"}});
+}
+
+}  // namespace
 
 std::string emitTypes(const Module& module) {
-    Lines out(module, "the table of its types");
-    out(0, "#include \"" + module.stem + ".h\"");
-    out(0, "#include \"asn1per/typetable.h\"");
-    out.blank();
-    out(0, "extern const AsnTypeInfo k" + module.stem + "Types[] = {");
-    for (const Type* type : module.ordered) {
-        const bool isList = type->kind == Kind::sequenceOf;
-        const std::string element = isList ? "sizeof(" + type->element->cppName + "), " +
-                                                 std::to_string(type->element->minBits)
-                                           : "0, 0";
-        out(1, "{\"" + type->cppName + "\", sizeof(" + type->cppName + "), " +
-                   std::to_string(type->minBits) + ", " + element + ", asnDecodeAny<" +
-                   type->cppName + ", Decode" + type->cppName + ">, asnPrintAny<" + type->cppName +
-                   ", Print" + type->cppName + ">},");
-    }
-    out(0, "};");
-    out(0, "extern const size_t k" + module.stem +
-               "TypeCount = " + std::to_string(module.ordered.size()) + ";");
-    return out.text();
+    std::string rows;
+    for (const Type* type : module.ordered) rows += row(*type);
+    return layOut(fill(R"(
+$heading
+#include "$stem.h"
+#include "asn1per/typetable.h"
+
+extern const AsnTypeInfo k${stem}Types[] = {
+    $rows
+};
+extern const size_t k${stem}TypeCount = $count;
+)",
+                       {{"heading", heading(module, "the table of its types")},
+                        {"stem", module.stem},
+                        {"rows", rows},
+                        {"count", std::to_string(module.ordered.size())}}));
 }

@@ -1,28 +1,34 @@
-// Everything that is not as the notation alone would have it, in one place.
+// Everything that deviates from the notation, in one place. A row for a module that is read must
+// match something there: a row that has no effect is refused.
 #pragma once
 
 #include <string_view>
 
-/// A component or alternative that dumps under another name than the notation gives it.
+/// A component or alternative that is dumped under another name than the notation gives it.
 struct NameException {
-    std::string_view type;  // structure name
-    std::string_view component;
+    std::string_view module;  // the stem of its file
+    std::string_view path;    // "TransparencyParameters.scale-x"
     std::string_view dumpName;
 };
 inline constexpr NameException kNameExceptions[] = {
-    {"H245TransparencyParameters", "scale-x", "scale_x"},
-    {"H225ConferenceGoal", "capability-negotiation", "capability_negotiation"},
-    {"H225SecurityServiceMode", "default", "default-"},
+    {"H245", "TransparencyParameters.scale-x", "scale_x"},
 };
 
-/// A module whose structures are not prefixed with its file's name, or whose last trail line is
-/// fixed.
-struct ModuleException {
-    std::string_view file;
+/// A module whose structures are not prefixed with the stem of its file.
+struct PrefixException {
+    std::string_view module;
     std::string_view prefix;
-    int lastTrailLine;  // 0: as it comes
 };
-inline constexpr ModuleException kModuleExceptions[] = {
-    {"H245", "H245", 22926},
-    {"H323", "H225", 0},
+inline constexpr PrefixException kPrefixExceptions[] = {
+    {"H323", "H225"},
+};
+
+/// A type whose decoder logs under a fixed line.
+struct TrailException {
+    std::string_view module;
+    std::string_view type;
+    int line;
+};
+inline constexpr TrailException kTrailExceptions[] = {
+    {"H245", "MultimediaSystemControlMessage", 22926},
 };

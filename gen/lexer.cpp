@@ -12,6 +12,9 @@ bool isDigit(char c) {
 bool isLetter(char c) {
     return std::isalpha(static_cast<unsigned char>(c)) != 0;
 }
+bool isWordPart(char c) {
+    return isLetter(c) || isDigit(c) || c == '-';
+}
 
 class Scanner {
   public:
@@ -31,11 +34,7 @@ class Scanner {
             while (at_ + length < text_.size() && isDigit(text_[at_ + length])) ++length;
             token.value = take(length);
         } else if (c == '"') {
-            token.tokenClass = Token::text;
-            const size_t close = std::min(text_.find('"', at_ + 1), text_.size());
-            token.value = text_.substr(at_ + 1, close - at_ - 1);
-            line_ += static_cast<int>(std::count(token.value.begin(), token.value.end(), '\n'));
-            at_ = std::min(close + 1, text_.size());
+            token.tokenClass = takeText(token.value) ? Token::text : Token::unclosedText;
         } else {
             token.tokenClass = Token::sign;
             token.value = take(signLength());
@@ -50,15 +49,26 @@ class Scanner {
         return taken;
     }
 
+    /// A text, up to its quote on the same line. Returns false if there is none.
+    bool takeText(std::string& value) {
+        for (++at_; at_ < text_.size() && text_[at_] != '\n'; ++at_) {
+            if (text_[at_] == '"' && text_.substr(at_, 2) != "\"\"") {
+                ++at_;
+                return true;
+            }
+            if (text_[at_] == '"') ++at_;
+            value += text_[at_];
+        }
+        return false;
+    }
+
+    /// Letters, digits and hyphens; a hyphen is neither last nor doubled.
     size_t wordLength() const {
         size_t length = 1;
-        while (at_ + length < text_.size()) {
-            const char c = text_[at_ + length];
-            const bool comment = text_.substr(at_ + length, 2) == "--";
-            if ((!isLetter(c) && !isDigit(c) && c != '-') || comment) break;
-            ++length;
-        }
-        return length;
+        while (at_ + length < text_.size() && isWordPart(text_[at_ + length])) ++length;
+        const size_t comment = text_.substr(at_, length).find("--");
+        length = std::min(length, comment);
+        return text_[at_ + length - 1] == '-' ? length - 1 : length;
     }
 
     size_t signLength() const {

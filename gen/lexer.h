@@ -5,11 +5,11 @@
 #include <vector>
 
 struct Token {
-    enum Class { word, number, text, sign, end } tokenClass = end;
-    std::string value;  // of a text: without its quotes
+    enum Class { word, number, text, sign, unclosedText, end } tokenClass = end;
+    std::string value;  // of a text: without its quotes, a doubled quote as one
     int line = 0;
 };
 
-/// Splits a module into tokens, comments left out. The last one is `Token::end`. What is no token
-/// becomes a sign of one character, for the parser to refuse.
+/// Splits a module into tokens, comments left out. The last one is `Token::end`. A character that
+/// begins no token becomes a sign, which the parser refuses.
 std::vector<Token> tokenize(const std::string& text);

@@ -12,7 +12,8 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: tamsel-gen DIRECTORY MODULE.asn...\n"
-    "Writes MODULE.h, MODULEDecode.cpp, MODULEPrint.cpp and MODULETypes.cpp into DIRECTORY.\n";
+    "Writes MODULE.h, MODULEDecode.h, MODULEDecode.cpp, MODULETrace.cpp, MODULEPrint.cpp and\n"
+    "MODULETypes.cpp into DIRECTORY. A file that would not change is left alone.\n";
 
 std::string readFile(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
@@ -20,7 +21,9 @@ std::string readFile(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
+/// Writes a file, unless it holds the text already: what depends on it is not built again.
 void writeFile(const std::filesystem::path& path, const std::string& text) {
+    if (std::filesystem::exists(path) && readFile(path) == text) return;
     std::ofstream out(path, std::ios::binary);
     out << text;
     if (!out.flush()) throw std::runtime_error("cannot write " + path.string());
@@ -38,14 +41,16 @@ int generate(const std::filesystem::path& directory, const std::vector<std::stri
         return 1;
     }
     for (const Module& module : model.modules) {
-        writeFile(directory / (module.stem + ".h"), emitHeader(module));
-        writeFile(directory / (module.stem + "Decode.h"), emitDecoders(module));
-        writeFile(directory / (module.stem + "Decode.cpp"),
-                  emitInstances(module, "AsnPlainReader"));
-        writeFile(directory / (module.stem + "Trace.cpp"),
-                  emitInstances(module, "AsnTracingReader"));
-        writeFile(directory / (module.stem + "Print.cpp"), emitPrinters(module));
-        writeFile(directory / (module.stem + "Types.cpp"), emitTypes(module));
+        const std::filesystem::path begin = directory / module.stem;
+        const auto write = [&](const char* ending, const std::string& text) {
+            writeFile(begin.string() + ending, text);
+        };
+        write(".h", emitHeader(module));
+        write("Decode.h", emitDecoders(module));
+        write("Decode.cpp", emitPlainReading(module));
+        write("Trace.cpp", emitTracedReading(module));
+        write("Print.cpp", emitPrinters(module));
+        write("Types.cpp", emitTypes(module));
     }
     return 0;
 }

@@ -1,5 +1,5 @@
-// Modules resolved: every name, tag, constraint and exception decided, so that an emitter only
-// writes.
+// Modules resolved: every name, tag, constraint and exception is decided here, so that an emitter
+// only writes.
 #pragma once
 
 #include <deque>
@@ -8,15 +8,16 @@
 
 #include "notation.h"
 
-struct Type;
+struct Module;
 
 /// A component of a SEQUENCE or an alternative of a CHOICE.
 struct Member {
-    std::string notationName;  // "h323-uu-pdu"
-    std::string cppName;       // "h323_uu_pdu"
-    std::string dumpName;      // as the dump has it
-    const Type* type = nullptr;
-    bool optional = false;  // has a presence bit: OPTIONAL, or an addition
+    std::string path;      // "RasMessage.gatekeeperRequest"
+    std::string cppName;   // "h323_uu_pdu"
+    std::string dumpName;  // "h323-uu-pdu"
+    std::string flag;      // "h323_uu_pduPresent"; empty if it has no presence bit
+    Type* type = nullptr;
+    uint32_t tag = 0;  // of an alternative
 };
 
 /// Octets of a record that need no clearing.
@@ -26,61 +27,74 @@ struct InlineOctets {
 };
 
 struct Type {
-    Kind kind = Kind::null;  // `reference`: another name for `target`
+    Kind kind = Kind::null;
+    bool hasFunctions = false;  // Decode and Print of its own
+    bool extensible = false;
+    bool keepsUnknown = false;  // has extElem1
+    bool recursive = false;     // nests in itself: its decoder counts the levels
+    int line = 0;
     /// The structure, or for a type without functions of its own the C++ type that holds a value.
     std::string cppName;
-    bool hasFunctions = false;  // Decode and Print of its own
-    std::string valueType;      // the C++ type of a value without a structure, else empty
-    std::string path;           // "RequestMessage.foo"
-    std::string notation;       // "INTEGER (0..255)", for comments
-    int line = 0;
+    std::string path;      // "RequestMessage.foo"
+    std::string notation;  // "INTEGER (0..255)", for comments
+    const Module* module = nullptr;
+
+    std::vector<Member> root;
+    std::vector<Member> additions;
+    Type* element = nullptr;  // of a list
+    Type* target = nullptr;   // of another name
 
     std::optional<Bounds> range;
     std::optional<Bounds> size;
-    std::string characterSet;  // the constant of a string with FROM, else empty
-    std::vector<Member> root;
-    std::vector<Member> additions;
-    bool extensible = false;
-    const Type* element = nullptr;
-    const Type* target = nullptr;
-
-    bool recursive = false;  // nests in itself: its decoder counts the levels
-    uint32_t minBits = 0;    // the least that a value takes, in either variant
-    int trailLine = 0;       // of its one logging site, 0 where it has none
+    std::string sizeName;      // the constant "kH245Size1To4", or empty
+    std::string alphabetName;  // the constant "kH245Alphabet1", or empty
+    uint32_t capacity = 0;     // octets held in its structure
+    int trailLine = 0;         // of its one logging site; 0 if it has none
+    LeastBits characterBits;   // of one character of a string
+    LeastBits least;
     std::vector<InlineOctets> uncleared;
 };
 
-/// Whether a choice alternative of the type lives in the union itself; all else is pointed to.
-bool heldInline(const Type& type);
-/// Whether it has a member in its record at all.
-bool hasMember(const Type& type);
-/// The type behind its other names.
+/// The type that another name stands for, or the type itself.
 const Type& actual(const Type& type);
-/// Octets that an OCTET or BIT STRING with SIZE holds inline.
-uint64_t inlineCapacity(const Type& type);
+/// Whether it has a member in its record: all but NULL has.
+bool hasValue(const Type& type);
+/// Whether the union of a CHOICE holds its value; other values are pointed to.
+bool heldInUnion(const Type& type);
+/// Root and additions, in the order of declaration.
+std::vector<const Member*> allMembers(const Type& type);
+
+/// A size constraint in use.
+struct SizeConstant {
+    std::string name;  // "kH245Size1To4"
+    int64_t lower = 0;
+    int64_t upper = 0;
+};
 
 /// A permitted alphabet in use.
-struct CharacterSet {
-    std::string name;       // "kAlphabet1"
-    std::string alphabet;   // "IA5String"
-    std::string permitted;  // "0123456789#*,"
+struct AlphabetConstant {
+    std::string name;           // "kH245Alphabet1"
+    std::string_view alphabet;  // "kAsnIA5String"
+    std::string permitted;      // "0123456789#*,"
 };
 
 struct Module {
-    std::string stem;                   // "H323": names the files and the trail entries
-    std::string source;                 // "H323.asn"
-    std::string prefix;                 // "H225"
-    std::vector<std::string> includes;  // stems of the modules it imports from
-    std::vector<const Type*> ordered;   // types with functions, each before its users
-    std::vector<const Type*> forward;   // structures named before they are defined
-    std::vector<Bounds> sizes;          // the distinct size constraints in use
-    std::vector<CharacterSet> characterSets;
+    std::string source;                  // "H323.asn"
+    std::string name;                    // "H323-MESSAGES"
+    std::string stem;                    // "H323": names the files and the trail entries
+    std::string prefix;                  // "H225"
+    std::vector<const Module*> imports;  // those it imports from
+    std::vector<Type*> named;            // assigned, in the order of the file
+    std::vector<Type*> ordered;          // types with functions, each before its users
+    std::vector<Type*> forward;          // structures named before they are defined
+    std::vector<SizeConstant> sizes;
+    std::vector<AlphabetConstant> alphabets;
 };
 
 struct Model {
     std::deque<Type> types;  // addresses stay
-    std::vector<Module> modules;
+    std::deque<Module> modules;
 };
 
-/// Resolves modules in any order; the result has each behind those that it imports from.
+/// Resolves modules in any order.
 Model resolve(const std::vector<ModuleNotation>& notations, Errors& errors);

@@ -1,4 +1,4 @@
-// ASN.1 notation as read from a file: modules, assignments and types, nothing resolved yet.
+// ASN.1 notation as read from a file: modules, assignments and types. No name is resolved yet.
 #pragma once
 
 #include <cstdint>
@@ -7,31 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "kinds.h"
+
 /// The mistakes found in all modules. Each is a line "H245.asn:812: RequestMessage.foo: REAL is not
-/// supported"; reading goes on behind the assignment that holds it.
+/// supported"; reading goes on after the assignment that holds it.
 struct Errors {
     void add(const std::string& file, int line, const std::string& path, const std::string& text);
     std::vector<std::string> lines;
-};
-
-enum class Kind {
-    null,
-    boolean,
-    integer,
-    octetString,
-    bitString,
-    objectIdentifier,
-    openType,
-    numericString,
-    printableString,
-    visibleString,
-    ia5String,
-    generalString,
-    bmpString,
-    sequence,
-    choice,
-    sequenceOf,
-    reference,
 };
 
 struct Bounds {
@@ -43,7 +25,7 @@ struct Bounds {
 struct ComponentNotation;
 
 struct TypeNotation {
-    Kind kind = Kind::null;
+    Kind kind = Kind::null;  // the first of those with its notation
     int line = 0;
     std::string reference;                // Kind::reference: the name of the type
     std::optional<Bounds> range;          // of an INTEGER
@@ -64,7 +46,7 @@ struct ComponentNotation {
 
 struct Assignment {
     std::string name;
-    TypeNotation type;
+    TypeNotation type;  // NULL if it could not be read, so that uses of the name are no mistake
     int line = 0;
 };
 
@@ -79,7 +61,12 @@ struct ModuleNotation {
     std::string name;  // "MULTIMEDIA-SYSTEM-CONTROL"
     std::vector<Import> imports;
     std::vector<Assignment> assignments;
+    bool headerRead = false;  // if not, the rest of the module has been skipped
 };
 
 /// Reads one module from the text of a file.
 ModuleNotation parseModule(const std::string& file, const std::string& text, Errors& errors);
+
+/// The notation of a type on one line, without its components: "INTEGER (0..255)".
+std::string notationText(const TypeNotation& type);
+std::string boundsText(const Bounds& bounds);

@@ -1,15 +1,15 @@
 // Reads tokens into notation. A mistake ends the assignment that holds it.
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <map>
 
 #include "lexer.h"
 #include "notation.h"
 
 namespace {
 
-/// Thrown where an assignment cannot be read on; `line` is where.
+/// Thrown if an assignment cannot be read to its end.
 struct Mistake {
     int line;
     std::string path;
@@ -18,20 +18,26 @@ struct Mistake {
 
 constexpr int kMaxNesting = 100;
 
-const std::map<std::string, Kind> kStringKinds = {
-    {"NumericString", Kind::numericString}, {"PrintableString", Kind::printableString},
-    {"VisibleString", Kind::visibleString}, {"IA5String", Kind::ia5String},
-    {"GeneralString", Kind::generalString}, {"BMPString", Kind::bmpString},
-};
-
-/// Notation that X.680 has and this generator has not. As no type name may be one of these, each is
-/// told by its name.
-constexpr const char* kUnsupported[] = {
+/// Types of X.680 that this generator does not support. No type name may be one of these.
+constexpr std::string_view kUnsupported[] = {
     "REAL",          "ENUMERATED",      "SET",           "EMBEDDED",        "EXTERNAL",
     "UTF8String",    "UniversalString", "TeletexString", "T61String",       "VideotexString",
     "GraphicString", "ISO646String",    "UTCTime",       "GeneralizedTime", "ObjectDescriptor",
     "RELATIVE-OID",  "CHARACTER",       "ANY",           "INSTANCE",
 };
+
+bool isUpper(const Token& token) {
+    return token.tokenClass == Token::word &&
+           std::isupper(static_cast<unsigned char>(token.value[0])) != 0;
+}
+bool isLower(const Token& token) {
+    return token.tokenClass == Token::word && !isUpper(token);
+}
+
+bool isUnsupported(std::string_view word) {
+    return std::find(std::begin(kUnsupported), std::end(kUnsupported), word) !=
+           std::end(kUnsupported);
+}
 
 class Parser {
   public:
@@ -43,8 +49,10 @@ class Parser {
     ModuleNotation parse() {
         try {
             header();
+            module_.headerRead = true;
         } catch (const Mistake& mistake) {
             report(mistake);
+            return std::move(module_);
         }
         while (!at("END") && !atEnd()) assignment();
         if (atEnd()) errors_.add(module_.file, peek().line, module_.name, "END is missing");
@@ -73,6 +81,7 @@ class Parser {
         throw Mistake{peek().line, path_, text};
     }
     [[noreturn]] void failExpected(const std::string& what) const {
+        if (peek().tokenClass == Token::unclosedText) fail("a text is not closed on its line");
         fail(what + " expected, not " +
              (atEnd() ? "the end of the file" : "'" + peek().value + "'"));
     }
@@ -80,10 +89,7 @@ class Parser {
         if (!takeIf(value)) failExpected("'" + std::string(value) + "'");
     }
     std::string word(const char* what, bool upper) {
-        const Token& token = peek();
-        if (token.tokenClass != Token::word ||
-            (std::isupper(static_cast<unsigned char>(token.value[0])) != 0) != upper)
-            failExpected(what);
+        if (!(upper ? isUpper(peek()) : isLower(peek()))) failExpected(what);
         return take().value;
     }
     int64_t number() {
@@ -108,6 +114,7 @@ class Parser {
         expect("TAGS");
         expect("::=");
         expect("BEGIN");
+        if (at("EXPORTS")) fail("EXPORTS is not supported");
         if (takeIf("IMPORTS")) imports();
     }
 
@@ -125,74 +132,83 @@ class Parser {
         }
     }
 
-    /// One assignment, or the reason why there is none and a move to the next one.
+    /// One assignment. If it holds a mistake, that is reported, and its name stands for NULL.
     void assignment() {
         const size_t start = next_;
+        path_ = module_.name;
+        Assignment assignment;
+        assignment.line = peek().line;
         try {
-            Assignment assignment;
-            path_ = module_.name;
-            assignment.line = peek().line;
+            if (isLower(peek())) valueAssignment();
+            if (isReserved(peek().value)) failExpected("type name");
             assignment.name = path_ = word("type name", true);
             expect("::=");
             assignment.type = type(0);
-            module_.assignments.push_back(std::move(assignment));
         } catch (const Mistake& mistake) {
             report(mistake);
             next_ = std::max(next_, start + 1);
-            while (!atEnd() && !at("END") && peek(1).value != "::=") take();
+            while (!atEnd() && !at("END") && !startsAssignment()) take();
+            assignment.type = {};
         }
+        if (!assignment.name.empty()) module_.assignments.push_back(std::move(assignment));
+    }
+
+    [[noreturn]] void valueAssignment() {
+        const int line = peek().line;
+        path_ = take().value;
+        while (!atEnd() && !at("END") && !takeIf("::=")) take();
+        throw Mistake{line, path_, "value assignments are not supported"};
+    }
+
+    /// Whether the next tokens look like an assignment: that of a type, or one of a value on a
+    /// line of its own.
+    bool startsAssignment() const {
+        if (isUpper(peek())) return peek(1).value == "::=" && !isReserved(peek().value);
+        if (!isLower(peek()) || !isUpper(peek(1))) return false;
+        const Token& end = peek(2).value == "::=" ? peek(2) : peek(3);
+        return end.value == "::=" && end.line == peek().line;
+    }
+
+    /// Whether a word begins the notation of a type, so that it names none.
+    static bool isReserved(const std::string& word) {
+        if (isUnsupported(word)) return true;
+        for (size_t i = 0; i < kKindCount; ++i) {
+            const std::string_view notation = kindRow(static_cast<Kind>(i)).notation;
+            if (notation.substr(0, notation.find_first_of(" .")) == word) return true;
+        }
+        return false;
     }
 
     TypeNotation type(int depth) {
         if (depth > kMaxNesting) fail("types are nested too deep");
         TypeNotation type;
         type.line = peek().line;
-        if (peek().tokenClass != Token::word) failExpected("type");
-        const std::string first = peek().value;
-        for (const char* name : kUnsupported)
-            if (first == name) fail(first + " is not supported");
-        take();
-        if (first == "NULL") {
-            type.kind = Kind::null;
-        } else if (first == "BOOLEAN") {
-            type.kind = Kind::boolean;
-        } else if (first == "INTEGER") {
-            type.kind = Kind::integer;
-        } else if (first == "OCTET" || first == "BIT") {
-            expect("STRING");
-            type.kind = first == "BIT" ? Kind::bitString : Kind::octetString;
-        } else if (first == "OBJECT") {
-            expect("IDENTIFIER");
-            type.kind = Kind::objectIdentifier;
-        } else if (const auto found = kStringKinds.find(first); found != kStringKinds.end()) {
-            type.kind = found->second;
-        } else if (first == "CHOICE") {
-            type.kind = Kind::choice;
-            components(type, depth);
-        } else if (first == "SEQUENCE" && at("{")) {
-            type.kind = Kind::sequence;
-            components(type, depth);
-        } else if (first == "SEQUENCE") {
-            list(type, depth);
-        } else if (first == "TYPE-IDENTIFIER") {
-            expect(".");
-            expect("&");
-            expect("Type");
-            type.kind = Kind::openType;
-        } else if (std::isupper(static_cast<unsigned char>(first[0])) != 0) {
-            type.kind = Kind::reference;
-            type.reference = first;
-        } else {
-            --next_;
-            failExpected("type");
-        }
+        if (!isUpper(peek())) failExpected("type");
+        if (isUnsupported(peek().value)) fail(peek().value + " is not supported");
+        type.kind = kind();
+        if (type.kind == Kind::sequence && !at("{")) type.kind = Kind::sequenceOf;
+        if (type.kind == Kind::reference) type.reference = take().value;
+        if (type.kind == Kind::sequenceOf) list(type, depth);
+        if (kindRow(type.kind).takesMembers) components(type, depth);
         while (at("(")) constraint(type);
         if (at("{")) fail("parameters and named values are not supported");
         return type;
     }
 
+    /// Takes the words of a kind. A word that begins none is left: it refers to a type.
+    Kind kind() {
+        for (size_t i = 0; i < kKindCount; ++i) {
+            const KindRow& row = kindRow(static_cast<Kind>(i));
+            const std::vector<Token> words = tokenize(std::string(row.notation));
+            if (!at(words[0].value.c_str())) continue;
+            for (size_t word = 0; words[word].tokenClass != Token::end; ++word)
+                expect(words[word].value.c_str());
+            return row.kind;
+        }
+        return Kind::reference;
+    }
+
     void list(TypeNotation& type, int depth) {
-        type.kind = Kind::sequenceOf;
         if (takeIf("SIZE")) type.size = bounds();
         while (at("(")) constraint(type);
         expect("OF");
@@ -263,16 +279,19 @@ class Parser {
             if (type.size) fail("a second SIZE is not supported");
             type.size = bounds();
         } else if (takeIf("FROM")) {
+            if (type.alphabet) fail("a second FROM is not supported");
             expect("(");
-            if (peek().tokenClass != Token::text) failExpected("alphabet");
+            if (peek().tokenClass != Token::text) failExpected("text of permitted characters");
             type.alphabet = take().value;
+            if (at("..") || at("|")) fail("FROM takes one text");
             expect(")");
         } else if (peek().tokenClass == Token::number) {
-            if (type.kind != Kind::integer && type.kind != Kind::reference)
-                fail("only an INTEGER has a range");
+            if (type.range) fail("a second range is not supported");
             type.range = boundsWithin();
-        } else {
+        } else if (peek().tokenClass == Token::word) {
             fail("constraint '" + peek().value + "' is not supported");
+        } else {
+            failExpected("constraint");
         }
     }
 
@@ -288,6 +307,25 @@ class Parser {
 void Errors::add(const std::string& file, int line, const std::string& path,
                  const std::string& text) {
     lines.push_back(file + ":" + std::to_string(line) + ": " + path + ": " + text);
+}
+
+std::string boundsText(const Bounds& bounds) {
+    std::string text = std::to_string(bounds.lower);
+    if (bounds.upper != bounds.lower) text += ".." + std::to_string(bounds.upper);
+    return text + (bounds.extensible ? ", ..." : "");
+}
+
+std::string notationText(const TypeNotation& type) {
+    if (type.kind == Kind::sequenceOf) {
+        const std::string size = type.size ? " SIZE (" + boundsText(*type.size) + ")" : "";
+        return "SEQUENCE" + size + " OF " + notationText(*type.element);
+    }
+    std::string text(kindRow(type.kind).notation);
+    if (type.kind == Kind::reference) text = type.reference;
+    if (type.range) text += " (" + boundsText(*type.range) + ")";
+    if (type.size) text += " (SIZE (" + boundsText(*type.size) + "))";
+    if (type.alphabet) text += " (FROM (\"" + *type.alphabet + "\"))";
+    return text;
 }
 
 ModuleNotation parseModule(const std::string& file, const std::string& text, Errors& errors) {

@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstring>
+#include <memory>
 #include <iterator>
 #include <utility>
 
@@ -454,6 +455,7 @@ std::string kindOf(const Outcome& a, const Outcome& b) {
 struct ReferenceCase {
     ReferenceComparison& all;
     reference::Octets data;
+    std::unique_ptr<uint8_t[]> block;  // the same octets in a block of exactly their size
     std::string diagnostics;
     Reader in;
     AsnContext ctx;
@@ -473,7 +475,9 @@ struct ReferenceCase {
             --in.byteIndex;
             in.bitOffset = 0;
         }
-        (void)asnInitContext(ctx, data.data(), static_cast<uint32_t>(data.size()));
+        block = std::make_unique<uint8_t[]>(data.size());
+        std::copy(data.begin(), data.end(), block.get());
+        (void)asnInitContext(ctx, block.get(), static_cast<uint32_t>(data.size()));
         ctx.aligned = aligned ? 1 : 0;
         ctx.byteIndex = in.byteIndex;
         ctx.bitOffset = static_cast<int16_t>(in.bitOffset);

@@ -12,12 +12,15 @@ extern const AsnTypeInfo kH245Types[];
 extern const size_t kH245TypeCount;
 extern const AsnTypeInfo kH323Types[];
 extern const size_t kH323TypeCount;
+extern const AsnTypeInfo kZooTypes[];
+extern const size_t kZooTypeCount;
 
 inline std::vector<const AsnTypeInfo*> allTypes() {
     std::vector<const AsnTypeInfo*> types;
     for (size_t i = 0; i < kH235TypeCount; ++i) types.push_back(&kH235Types[i]);
     for (size_t i = 0; i < kH245TypeCount; ++i) types.push_back(&kH245Types[i]);
     for (size_t i = 0; i < kH323TypeCount; ++i) types.push_back(&kH323Types[i]);
+    for (size_t i = 0; i < kZooTypeCount; ++i) types.push_back(&kZooTypes[i]);
     return types;
 }
 

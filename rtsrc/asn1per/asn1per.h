@@ -1,10 +1,10 @@
-// The PER run-time, whole: what generated modules include, and the value model that they share.
+// The whole PER run-time: what generated modules include, and the value model that they share.
 //
 // A decoder fills a tree of plain structures:
 //
 //   BOOLEAN                    uint8_t, 0 or 1
 //   NULL                       nothing
-//   INTEGER                    int32_t, or uint32_t where the upper bound is above 2^31 - 1
+//   INTEGER                    int32_t, or uint32_t if the upper bound is above 2^31 - 1
 //   OCTET STRING (SIZE (l..u)) struct { uint32_t numocts; uint8_t data[u]; }
 //   BIT STRING (SIZE (l..u))   struct { uint32_t numbits; uint8_t data[(u + 7) / 8]; }
 //   without SIZE               AsnDynOctStr, AsnDynBitStr
@@ -12,24 +12,27 @@
 //   BMPString                  AsnBMPString
 //   OBJECT IDENTIFIER          AsnObjId
 //   open type                  AsnOpenType
-//   SEQUENCE                   struct: presence bits `m` of optional components, as they stand in
-//                              the number read, so the last one first, and of additions, where
-//                              there are any; the components; `extElem1`, the additions as octets,
-//                              where the type is extensible and knows none
-//   CHOICE                     struct: the tag `t`, 1 for the first alternative; the union `u`,
-//                              absent where no alternative has a value: integers and text inline,
-//                              all else by pointer; `extElem1`, an unknown alternative as octets,
-//                              where the type is extensible and knows none
+//   SEQUENCE                   struct: the presence bits `m`, if any component has one; the
+//                              components; `extElem1`, the additions as octets, if the type is
+//                              extensible and knows none
+//   CHOICE                     struct: the tag `t`, 1 for the first alternative; the union `u`, if
+//                              any alternative has a value: integers and text inline, all else by
+//                              pointer; `extElem1`, an unknown alternative as octets, if the type
+//                              is extensible and knows none
 //   SEQUENCE OF                struct { uint32_t n; element* elem; }
 //
-// Ownership: whatever a pointer in the tree leads to lives in the element heap of the context and
-// dies with it, in asnFreeContext; nobody frees anything else. The one thing borrowed is the octets
-// of an `extElem1`: they are the caller's own input (or, inside an open type, a copy in the heap),
-// so the tree must not outlive either.
+// Bit 0 of `m` belongs to the first OPTIONAL component of the root, in declaration order; then come
+// the other OPTIONAL components and one bit for each known addition.
 //
-// Values: records in the heap start zeroed, so an absent component is zero, and so is the tag of a
-// choice whose alternative is not known. Inline octets beyond the count are not cleared. A tree is
-// whole only if its decoder returned 0; after any other status throw it away.
+// Ownership: every pointer in the tree leads to memory of the context's element heap, which
+// asnFreeContext frees and nothing else does. The only exception is the `data` of an `extElem1`: it
+// points into the buffer that was read, which is the caller's input or, inside an open type that
+// was copied, the element heap. The tree must not outlive the context or the caller's input.
+//
+// Values: records in the element heap start zeroed, so an absent component is zero, and so is the
+// tag of a choice with an unknown alternative. Inline octets of 1024 or more are not cleared beyond
+// their count. A tree is complete only if its decoder returned 0; discard it after any other
+// status.
 #pragma once
 
 #include "constructs.h"

@@ -17,7 +17,7 @@ void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint64_t nbi
 }
 
 AsnStatus pd_IncrBitIdx(AsnContext& ctx) {
-    return asnRead(ctx, [](auto in) { return pd_IncrBitIdx(in); });
+    return asnRead(ctx, [](auto in) { return pd_IncrBitIdx(in, in.ctx); });
 }
 
 AsnStatus pd_bit(AsnContext& ctx, uint8_t* value) {

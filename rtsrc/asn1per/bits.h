@@ -41,24 +41,29 @@
 // --- the rules ---
 
 template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_IncrBitIdx(AsnReader<Tracing> in) {
-    AsnContext& ctx = in.ctx;
-    const uint32_t index = ctx.byteIndex + (ctx.bitOffset == 0 ? 1 : 0);
-    if (index >= ctx.size) return kAsnEndOfData;
-    ctx.byteIndex = index;
-    ctx.bitOffset = static_cast<int16_t>((ctx.bitOffset == 0 ? 8 : ctx.bitOffset) - 1);
-    in.diag("pd_IncrBitIdx: bitOffset = %d, byteIndex = %d\n", static_cast<int>(ctx.bitOffset),
-            static_cast<int>(ctx.byteIndex));
+[[nodiscard]] inline AsnStatus pd_IncrBitIdx(AsnReader<Tracing> in, AsnCursor& at) {
+    const uint32_t index = at.byteIndex + (at.bitOffset == 0 ? 1 : 0);
+    if (index >= at.size) return kAsnEndOfData;
+    at.byteIndex = index;
+    at.bitOffset = static_cast<int16_t>((at.bitOffset == 0 ? 8 : at.bitOffset) - 1);
+    in.diag("pd_IncrBitIdx: bitOffset = %d, byteIndex = %d\n", static_cast<int>(at.bitOffset),
+            static_cast<int>(at.byteIndex));
+    return kAsnOk;
+}
+
+/// pd_bit at a second cursor over the same octets.
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus asnBitAt(AsnReader<Tracing> in, AsnCursor& at, uint8_t* value) {
+    const AsnStatus status = pd_IncrBitIdx(in, at);
+    if (status != kAsnOk || value == nullptr) return status;
+    *value = at.data[at.byteIndex] >> at.bitOffset & 1;
+    in.diag("pd_bit: value = %d\n", static_cast<int>(*value));
     return kAsnOk;
 }
 
 template <bool Tracing>
 [[nodiscard]] inline AsnStatus pd_bit(AsnReader<Tracing> in, uint8_t* value) {
-    const AsnStatus status = pd_IncrBitIdx(in);
-    if (status != kAsnOk || value == nullptr) return status;
-    *value = in.ctx.data[in.ctx.byteIndex] >> in.ctx.bitOffset & 1;
-    in.diag("pd_bit: value = %d\n", static_cast<int>(*value));
-    return kAsnOk;
+    return asnBitAt(in, in.ctx, value);
 }
 
 /// pd_bits if the current octet does not hold all the bits.

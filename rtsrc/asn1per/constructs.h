@@ -50,13 +50,20 @@ inline bool asnExtensionBit(AsnReader<Tracing> in) {
     return extended != 0;
 }
 
-/// Reads the presence bits of `count` optional root components, 0 to 32, into the word `m`: bit 0
+#if !defined(__clang__)  // which cannot evaluate this, but allocates bit-fields like GCC
+struct AsnFlagOrder {
+    uint32_t first : 1;
+    uint32_t others : 31;
+};
+static_assert(std::bit_cast<AsnFlagOrder>(uint32_t{1}).first == 1,
+              "a number is copied onto bit-fields, which must start at its lowest bit");
+#endif
+
+/// Reads the presence bits of `count` optional root components, 1 to 32, into the word `m`: bit 0
 /// is the first component in declaration order. The bits of additions are cleared.
 template <class Flags, bool Tracing>
 inline void asnPresenceBits(AsnReader<Tracing> in, Flags& m, uint32_t count) {
-    static_assert(sizeof m == sizeof(uint32_t) && std::endian::native == std::endian::little,
-                  "bit-fields are allocated from the lowest bit on little-endian systems");
-    m = std::bit_cast<Flags>(count != 0 ? asnFlags(in, count) : 0);
+    m = std::bit_cast<Flags>(asnFlags(in, count));
 }
 
 /// The same after an extension bit, which is returned; at most 31 components.
@@ -81,15 +88,13 @@ struct AsnAdditions {
 /// one.
 template <bool Tracing>
 [[nodiscard]] AsnStatus asnEnterAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
-    const AsnCursor main = asnSaveCursor(in.ctx);
-    asnRestoreCursor(in.ctx, additions.bitmap);
+    AsnCursor bitmap = additions.bitmap;
     uint8_t present = 0;
     for (; additions.index < additions.count; ++additions.index) {
-        (void)pd_bit(in, &present);  // ignored by design
+        (void)asnBitAt(in, bitmap, &present);  // ignored by design
         if (present != 0) break;
     }
-    additions.bitmap = asnSaveCursor(in.ctx);
-    asnRestoreCursor(in.ctx, main);
+    additions.bitmap = bitmap;
     additions.done = present == 0;
     return additions.done ? kAsnOk : asnEnterOpenType(in, additions.outer);
 }

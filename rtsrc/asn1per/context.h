@@ -39,14 +39,29 @@ struct AsnNameStack {
 constexpr uint16_t ctxAllocated = 0x8000;   // asnFreeContext frees the context object itself
 constexpr uint16_t ctxFieldTrace = 0x2000;  // the bit-field trace is on
 
-/// One decoding run. The cursor is at bit byteIndex * 8 + 8 - bitOffset. (n, 0) and (n + 1, 8) are
-/// the same position, but spans of unknown extensions are counted in octet indexes: every primitive
-/// accepts both forms and leaves the one that it documents.
-struct AsnContext {
-    const uint8_t* data;   // the octets that are read: the caller's, or those of an open type
-    uint32_t byteIndex;    // the current octet
-    uint32_t size;         // octets in `data`
-    int16_t bitOffset;     // bits of the current octet not yet read: 8 .. 0
+/// Where a context reads: at bit byteIndex * 8 + 8 - bitOffset. (n, 0) and (n + 1, 8) are the same
+/// position, but spans of unknown extensions are counted in octet indexes: every primitive accepts
+/// both forms and leaves the one that it documents.
+struct AsnCursor {
+    const uint8_t* data;  // the octets that are read: the caller's, or those of an open type
+    uint32_t byteIndex;   // the current octet
+    uint32_t size;        // octets in `data`
+    int16_t bitOffset;    // bits of the current octet not yet read: 8 .. 0
+
+    AsnCursor() = default;
+    AsnCursor(const AsnCursor& from) { *this = from; }
+    /// Member by member: a copy in larger pieces would wait until the last step has been stored.
+    AsnCursor& operator=(const AsnCursor& from) {
+        data = from.data;
+        byteIndex = from.byteIndex;
+        size = from.size;
+        bitOffset = from.bitOffset;
+        return *this;
+    }
+};
+
+/// One decoding run.
+struct AsnContext : AsnCursor {
     uint8_t dynamic;       // 1: `data` is `ownBuffer`
     uint8_t aligned;       // 1: ALIGNED variant of PER, 0: UNALIGNED
     AsnErrorInfo errInfo;  // the trail of a failure
@@ -96,30 +111,21 @@ void asnFreeContext(AsnContext& ctx);
 /// Sets (non-zero) or clears ctxFieldTrace.
 void asnSetFieldTrace(AsnContext& ctx, uint8_t on);
 
-/// Where a context reads: saved before an open type is entered and restored after it.
-struct AsnCursor {
-    const uint8_t* data;
-    uint32_t byteIndex;
-    uint32_t size;
-    int16_t bitOffset;
-};
+/// The cursor of a context, saved before an open type is entered and restored after it.
 inline AsnCursor asnSaveCursor(const AsnContext& ctx) {
-    return {ctx.data, ctx.byteIndex, ctx.size, ctx.bitOffset};
+    return ctx;
 }
 inline void asnRestoreCursor(AsnContext& ctx, const AsnCursor& cursor) {
-    ctx.data = cursor.data;
-    ctx.byteIndex = cursor.byteIndex;
-    ctx.size = cursor.size;
-    ctx.bitOffset = cursor.bitOffset;
+    static_cast<AsnCursor&>(ctx) = cursor;
 }
 
 /// Absolute bit position of the cursor, and the bits from there to the end of the data (negative if
 /// the cursor was moved beyond it).
-inline int64_t asnBitPosition(const AsnContext& ctx) {
-    return int64_t{ctx.byteIndex} * 8 + 8 - ctx.bitOffset;
+inline int64_t asnBitPosition(const AsnCursor& at) {
+    return int64_t{at.byteIndex} * 8 + 8 - at.bitOffset;
 }
-inline int64_t asnBitsLeft(const AsnContext& ctx) {
-    return int64_t{ctx.size} * 8 - asnBitPosition(ctx);
+inline int64_t asnBitsLeft(const AsnCursor& at) {
+    return int64_t{at.size} * 8 - asnBitPosition(at);
 }
 
 /// The absolute bit position. Meaningful below 2^31 bits.

@@ -3,9 +3,7 @@
 
 #include "strings.h"
 
-/// Octets that are not decoded further; 0 and null if there are none. From pd_OpenType they are a
-/// copy in the element heap. In an `extElem1` they are octets of the buffer that was read, which
-/// must outlive the record.
+/// Octets that are not decoded further; 0 and null if there are none. asn1per.h says whose they are.
 struct AsnOpenType {
     uint32_t numocts;
     const uint8_t* data;

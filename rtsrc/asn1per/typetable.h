@@ -5,11 +5,11 @@
 #include "asn1per.h"
 
 struct AsnTypeInfo {
-    const char* name;      // of the structure
-    size_t size;           // octets of a value
-    uint32_t minBits;      // the least that its encoding takes, in either variant
+    const char* name;  // of the structure
+    size_t size;       // octets of a value
+    AsnElementBits least;  // what its encoding takes at least, padding not counted
     size_t elementSize;    // of a list: octets of an element, else 0
-    uint32_t elementBits;  // of a list: the least that an element takes
+    AsnElementBits elementLeast;
     AsnStatus (*decode)(AsnContext& ctx, void* value);
     void (*print)(AsnDump& dump, const void* value);
 };
