@@ -68,8 +68,8 @@ template <bool Tracing>
 
 /// pd_bits if the current octet does not hold all the bits.
 template <bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus asnBitsAcross(AsnReader<Tracing> in,
-                                                                 uint32_t* value, uint64_t nbits) {
+[[nodiscard]] ASN_INLINE AsnStatus asnBitsAcross(AsnReader<Tracing> in, uint32_t* value,
+                                                 uint64_t nbits) {
     AsnContext& ctx = in.ctx;
     const auto unread = static_cast<uint32_t>(ctx.bitOffset);
     uint64_t rest = nbits - unread;
@@ -96,8 +96,7 @@ template <bool Tracing>
 /// The common case is inline. `wholeOctets`: so is the other one, because the bits are whole octets
 /// at a boundary.
 template <bool wholeOctets = false, bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus pd_bits(AsnReader<Tracing> in, uint32_t* value,
-                                                           uint64_t nbits) {
+[[nodiscard]] ASN_INLINE AsnStatus pd_bits(AsnReader<Tracing> in, uint32_t* value, uint64_t nbits) {
     AsnContext& ctx = in.ctx;
     in.diag("pd_bits: nbits = %d, nbytes = %d\n", static_cast<int>(nbits),
             static_cast<int>(((static_cast<uint32_t>(nbits) - 1) >> 3) + 1));

@@ -127,8 +127,8 @@ template <bool Tracing>
 /// Reads the index of one of `roots` root alternatives into the tag, which is index + 1. Returns 0,
 /// -2, or -11 for an index beyond the root.
 template <bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus asnRootAlternative(AsnReader<Tracing> in,
-                                                                      uint32_t* t, uint32_t roots) {
+[[nodiscard]] ASN_INLINE AsnStatus asnRootAlternative(AsnReader<Tracing> in, uint32_t* t,
+                                                      uint32_t roots) {
     uint32_t index = 0;
     const AsnStatus status = pd_ConsUnsigned(in, &index, 0, roots - 1);
     if (status != kAsnOk) return status;

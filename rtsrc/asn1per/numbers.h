@@ -87,9 +87,8 @@ template <bool Tracing>
 }
 
 template <bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ConsWholeNumber(AsnReader<Tracing> in,
-                                                                      uint32_t* offset,
-                                                                      uint32_t rangeSize) {
+[[nodiscard]] ASN_INLINE AsnStatus pd_ConsWholeNumber(AsnReader<Tracing> in, uint32_t* offset,
+                                                      uint32_t rangeSize) {
     if (in.ctx.aligned == 0 || rangeSize < 256)
         return pd_bits(in, offset, asnBitCount(rangeSize - 1));
     uint32_t nbits = rangeSize == 256 ? 8 : 16;
@@ -105,9 +104,8 @@ template <bool Tracing>
 }
 
 template <bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ConsInteger(AsnReader<Tracing> in,
-                                                                  int32_t* value, int32_t lower,
-                                                                  int32_t upper) {
+[[nodiscard]] ASN_INLINE AsnStatus pd_ConsInteger(AsnReader<Tracing> in, int32_t* value,
+                                                  int32_t lower, int32_t upper) {
     in.newField("ConsInteger");
     if (lower > upper) return kAsnRange;
     uint32_t offset = 0;
@@ -123,9 +121,8 @@ template <bool Tracing>
 }
 
 template <bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus pd_ConsUnsigned(AsnReader<Tracing> in,
-                                                                   uint32_t* value, uint32_t lower,
-                                                                   uint32_t upper) {
+[[nodiscard]] ASN_INLINE AsnStatus pd_ConsUnsigned(AsnReader<Tracing> in, uint32_t* value,
+                                                   uint32_t lower, uint32_t upper) {
     in.newField("ConsUnsigned");
     uint32_t offset = 0;
     if (lower != upper) {
@@ -187,9 +184,8 @@ template <bool Tracing>
 
 /// pd_Length under a constraint that is no longer pending.
 template <bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus asnLength(AsnReader<Tracing> in,
-                                                             const AsnSizeConstraint* size,
-                                                             uint32_t* count) {
+[[nodiscard]] ASN_INLINE AsnStatus asnLength(AsnReader<Tracing> in, const AsnSizeConstraint* size,
+                                             uint32_t* count) {
     AsnStatus status = kAsnOk;
     if (size != nullptr && (size->next != nullptr || size->extended != 0)) {
         status = asnPickSize(in, &size);

@@ -3,7 +3,8 @@
 
 #include "strings.h"
 
-/// Octets that are not decoded further; 0 and null if there are none. asn1per.h says whose they are.
+/// Octets that are not decoded further; 0 and null if there are none. asn1per.h says whose they
+/// are.
 struct AsnOpenType {
     uint32_t numocts;
     const uint8_t* data;

@@ -7,6 +7,14 @@
 #include "context.h"
 #include "trace.h"
 
+/// What generated decoders read most: inline in code that is optimised for speed, ordinary
+/// functions in code for a debugger and in the tracing decoders, which are compiled for size.
+#if defined(__OPTIMIZE__) && !defined(__OPTIMIZE_SIZE__)
+#define ASN_INLINE __attribute__((always_inline)) inline
+#else
+#define ASN_INLINE inline
+#endif
+
 /// Trail line numbers: all run-time sources log under one module name, so each has a thousand
 /// numbers of its own, and a logging site adds its line.
 enum class AsnSource : int32_t {
@@ -32,7 +40,8 @@ struct AsnReader {
     /// Prints a diagnostic line if the switch is on.
     template <class... Values>
     void diag(const char* format, Values... values) const {
-        if constexpr (Tracing) asnDiag(format, values...);
+        if constexpr (Tracing && sizeof...(Values) != 0) asnDiag(format, values...);
+        if constexpr (Tracing && sizeof...(Values) == 0) asnDiag("%s", format);
     }
 
     // The current field of the trace: open it, move its start to the cursor, close it.

@@ -112,10 +112,9 @@ template <bool Tracing>
 /// pd_OctetString.
 ///   size  the constraint of the string: the alignment depends on it
 template <const AsnStringKind& kind, bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus asnFragment(AsnReader<Tracing> in,
-                                                               const AsnSizeConstraint* size,
-                                                               uint32_t length, uint8_t* buffer,
-                                                               uint32_t capacity) {
+[[nodiscard]] ASN_INLINE AsnStatus asnFragment(AsnReader<Tracing> in, const AsnSizeConstraint* size,
+                                               uint32_t length, uint8_t* buffer,
+                                               uint32_t capacity) {
     if (length != 0) {
         in.newField(kind.label);
         AsnStatus status = kAsnOk;
@@ -151,10 +150,8 @@ template <const AsnStringKind& kind, bool Tracing>
 /// pd_BitString and pd_OctetString: one fragment after the other.
 ///   size  the constraint of the string, no longer pending
 template <const AsnStringKind& kind, bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus asnString(AsnReader<Tracing> in,
-                                                             const AsnSizeConstraint* size,
-                                                             uint32_t* count, uint8_t* buffer,
-                                                             uint32_t capacity) {
+[[nodiscard]] ASN_INLINE AsnStatus asnString(AsnReader<Tracing> in, const AsnSizeConstraint* size,
+                                             uint32_t* count, uint8_t* buffer, uint32_t capacity) {
     uint32_t length = 0;
     *count = 0;
     AsnStatus form = asnLength(in, size, &length);
@@ -194,10 +191,9 @@ template <bool Tracing>
 
 /// The same under a constraint of its own, which the compiler knows as a rule.
 template <uint32_t capacity, bool Tracing>
-[[nodiscard, gnu::always_inline]] inline AsnStatus asnSizedOctets(AsnReader<Tracing> in,
-                                                                  const AsnSizeConstraint& size,
-                                                                  uint32_t* numocts,
-                                                                  uint8_t (&data)[capacity]) {
+[[nodiscard]] ASN_INLINE AsnStatus asnSizedOctets(AsnReader<Tracing> in,
+                                                  const AsnSizeConstraint& size, uint32_t* numocts,
+                                                  uint8_t (&data)[capacity]) {
     return asnString<kAsnOctets>(in, &size, numocts, data, capacity);
 }
 

@@ -5,8 +5,8 @@
 #include "asn1per.h"
 
 struct AsnTypeInfo {
-    const char* name;  // of the structure
-    size_t size;       // octets of a value
+    const char* name;      // of the structure
+    size_t size;           // octets of a value
     AsnElementBits least;  // what its encoding takes at least, padding not counted
     size_t elementSize;    // of a list: octets of an element, else 0
     AsnElementBits elementLeast;
