@@ -14,9 +14,12 @@ void __wrap_free(void* block);
 }
 
 static bool refused(size_t size) {
-    ++allocation.requests;
-    allocation.octets += static_cast<int64_t>(size);
-    if (allocation.failAt != 0 && allocation.requests >= allocation.failAt) return true;
+    if (size >= allocation.from) {
+        ++allocation.requests;
+        allocation.octets += static_cast<int64_t>(size);
+        const int64_t beyond = allocation.requests - allocation.failAt;
+        if (allocation.failAt != 0 && (allocation.once ? beyond == 0 : beyond >= 0)) return true;
+    }
     ++allocation.unreleased;
     return false;
 }

@@ -2,10 +2,13 @@
 // through counters.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 struct Allocation {
-    int64_t failAt = 0;      // the n-th request fails, and all later ones; 0: none
+    int64_t failAt = 0;      // the n-th request fails; 0: none
+    bool once = false;       // later requests do not fail
+    size_t from = 0;         // smaller requests are neither counted nor refused
     int64_t requests = 0;    // since the last reset
     int64_t octets = 0;      // requested since then
     int64_t unreleased = 0;  // blocks not yet freed

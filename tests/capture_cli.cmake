@@ -129,3 +129,17 @@ expect_part("--call" "${stderr}" "not 1 to 32 hex digits")
 run(2 --family h323 call.pcap)
 run(2)
 run(2 -o ${CAPTURES}/call.pcap/folder call.pcap)
+
+# A writer that fails: of standard output, of one file, of the index.
+list(GET names 1 name)
+foreach(file ${name} index.tsv)
+    file(MAKE_DIRECTORY ${OUT}/full-${file})
+    file(CREATE_LINK /dev/full ${OUT}/full-${file}/${file} SYMBOLIC)
+    run(2 -o ${OUT}/full-${file} call.pcap)
+    expect_part("full" "${stderr}" "${file}: ")
+endforeach()
+foreach(option --list --family=ras)
+    execute_process(COMMAND ${CAPTURE} ${option} call.pcap WORKING_DIRECTORY ${CAPTURES}
+        OUTPUT_FILE /dev/full RESULT_VARIABLE result ERROR_VARIABLE err)
+    expect("full" "${result}${err}" "2tamsel-capture: standard output: writing failed\n")
+endforeach()

@@ -1,7 +1,15 @@
 // The parts of tamsel-capture that read what others sent: TPKT, Q.931, dumps.
 
 #include <gtest/gtest.h>
+#include <pcap/pcap.h>
 
+#include <algorithm>
+#include <span>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include "call_follower.h"
 #include "dump_reader.h"
 #include "hex_text.h"
 #include "made_messages.h"
@@ -66,6 +74,19 @@ TEST(Tpkt, HoweverItIsCut) {
             EXPECT_EQ(readTpkts(row.stream, part), row.told);
         }
     }
+}
+
+TEST(Tpkt, HoldsNoMoreThanOne) {
+    size_t lost = 0;
+    const TpktReader::Receiver receiver{.message = [](auto) {},
+                                        .lost = [&](size_t octets) { lost += octets; }};
+    TpktReader reader;
+    const Octets noise(100000, 0xFF);
+    reader.read(noise, receiver);
+    EXPECT_EQ(lost, noise.size());
+    reader.read(parseHex("0300ffff"), receiver);  // ends within the noise
+    reader.read(noise, receiver);
+    EXPECT_EQ(lost, 2 * noise.size() - 65531);
 }
 
 TEST(Q931, WhatStandsAroundAMessage) {
@@ -165,6 +186,136 @@ TEST(DumpReader, TextThatLooksLikeADump) {
                                          "X.rasAddress.u@ipAddress.port = 99999999999'\n");
     EXPECT_EQ(facts.name, "admissionRequest");
     EXPECT_EQ(facts.callIdentifier, "");
+}
+
+struct CountingSink : MessageSink {
+    void message(const CapturedMessage& /*message*/) override { ++messages; }
+    void remark(const CaptureRemark& /*remark*/) override {}
+    int messages = 0;
+};
+
+Endpoint host(uint32_t number, unsigned port) {
+    const uint8_t address[] = {10, static_cast<uint8_t>(number >> 16),
+                               static_cast<uint8_t>(number >> 8), static_cast<uint8_t>(number)};
+    return makeEndpoint(address, port);
+}
+
+TEST(CallFollower, KnowsTheAddressesAnnouncedLast) {
+    MessageDumper dumper;
+    CountingSink sink;
+    CallFollower follower(dumper, sink, "");
+    uint32_t announced = 0;
+    // A registrationConfirm with so many call signalling addresses, each with another host number.
+    const auto announce = [&](uint32_t count) {
+        Octets octets = parseHex("1000 0000 0600 0891 4a00 02");
+        octets.insert(octets.end(),
+                      {static_cast<uint8_t>(0x80 | count >> 8), static_cast<uint8_t>(count)});
+        for (; count > 0; --count, ++announced)
+            octets.insert(octets.end(), {0, 10, static_cast<uint8_t>(announced >> 16),
+                                         static_cast<uint8_t>(announced >> 8),
+                                         static_cast<uint8_t>(announced), 0x27, 0x10});
+        octets.insert(octets.end(), {0, 0, 0x41});
+        follower.datagram(0, {host(1, 1719), host(2, 1719)}, octets);
+    };
+    const auto isKnown = [&](uint32_t number) {
+        return follower.wantsStream({host(1, 5000), host(number, 10000)});
+    };
+    EXPECT_FALSE(isKnown(0));
+    while (announced < 65536) announce(8192);
+    EXPECT_EQ(sink.messages, 8);
+    EXPECT_TRUE(isKnown(0));
+    announce(1);
+    EXPECT_FALSE(isKnown(0));
+    EXPECT_TRUE(isKnown(1));
+    EXPECT_TRUE(isKnown(65536));
+}
+
+TEST(CallFollower, KnowsTheDialoguesThatCameLast) {
+    MessageDumper dumper;
+    CountingSink sink;
+    CallFollower follower(dumper, sink, "004091fb");
+    // An infoRequest that names its call, or one that the dialogue alone tells of.
+    const auto request = [&](uint32_t number, bool named) {
+        Octets octets = parseHex(named ? "56001053000101110000 4091fb7289f911802a050403020100"
+                                       : "540010530001");
+        octets[2] = static_cast<uint8_t>(number >> 8);
+        octets[3] = static_cast<uint8_t>(number);
+        const int before = sink.messages;
+        follower.datagram(0, {host(1, 1719), host(2, 1719 + (number >> 16))}, octets);
+        return sink.messages > before;
+    };
+    EXPECT_FALSE(request(0, false));
+    for (uint32_t number = 0; number < 65536; ++number) request(number, true);
+    EXPECT_EQ(sink.messages, 65536);
+    EXPECT_TRUE(request(0, false));
+    EXPECT_TRUE(request(65536, true));
+    EXPECT_FALSE(request(0, false));
+    EXPECT_TRUE(request(1, false));
+}
+
+/// What comes out of a network that is fed with IPv4 packets.
+struct Wire : NetworkListener {
+    bool wantsStream(const Flow& /*flow*/) override { return true; }
+    void datagram(Time /*time*/, const Flow& /*flow*/, std::span<const uint8_t> octets) override {
+        heard += formatHex(octets) + " ";
+    }
+    void streamOctets(Time /*time*/, const Flow& /*flow*/,
+                      std::span<const uint8_t> octets) override {
+        heard += formatHex(octets) + " ";
+    }
+    void streamGap(Time /*time*/, const Flow& /*flow*/, size_t /*octets*/) override {}
+    void streamEnd(Time /*time*/, const Flow& /*flow*/) override { heard += "end "; }
+
+    /// flags: 2000 for more fragments, and where the payload belongs, in units of 8 octets.
+    void packet(Time time, unsigned id, unsigned flags, uint8_t protocol, const char* payload) {
+        Octets octets = parseHex("4500 0000 0000 0000 4000 0000 0a000001 0a000002");
+        const Octets rest = parseHex(payload);
+        octets[3] = static_cast<uint8_t>(20 + rest.size());
+        octets[4] = static_cast<uint8_t>(id >> 8);
+        octets[5] = static_cast<uint8_t>(id);
+        octets[6] = static_cast<uint8_t>(flags >> 8);
+        octets[7] = static_cast<uint8_t>(flags);
+        octets[9] = protocol;
+        octets.insert(octets.end(), rest.begin(), rest.end());
+        network.frame(DLT_RAW, {.time = time, .octets = octets, .length = octets.size()});
+    }
+    void first(Time time, unsigned id) { packet(time, id, 0x2000, 17, "06b7 06b7 000a 0000"); }
+    void second(Time time, unsigned id) { packet(time, id, 0x0001, 17, "aabb"); }
+
+    std::string heard;
+    Network network{*this};
+};
+
+TEST(Network, FragmentsWaitFor30Seconds) {
+    Wire wire;
+    wire.first(0, 1);
+    wire.second(30000000, 1);
+    EXPECT_EQ(wire.heard, "aabb ");
+    wire.first(0, 2);
+    wire.second(30000001, 2);
+    EXPECT_EQ(wire.heard, "aabb ");
+    EXPECT_EQ(wire.network.losses().openFragments, 1U);
+}
+
+TEST(Network, FragmentsOf4096Packets) {
+    Wire wire;
+    for (unsigned id = 0; id <= 4096; ++id) wire.first(id, id);
+    EXPECT_EQ(wire.network.losses().openFragments, 1U);
+    wire.second(5000, 1);
+    EXPECT_EQ(wire.heard, "aabb ");
+    wire.second(5000, 0);
+    EXPECT_EQ(wire.heard, "aabb ") << "the oldest was given up";
+}
+
+TEST(Network, StreamsAreSilentForADay) {
+    constexpr Time kDay = Time{24} * 3600 * 1000000;
+    Wire wire;
+    wire.packet(1, 1, 0, 6, "1388 06b8 00000001 00000000 5002 2000 0000 0000");
+    wire.packet(1, 2, 0, 6, "1388 06b8 00000002 00000000 5008 2000 0000 0000 aabb");
+    wire.packet(kDay, 3, 0, 6, "1389 06b8 00000001 00000000 5002 2000 0000 0000");
+    EXPECT_EQ(wire.heard, "aabb ");
+    wire.packet(2 * kDay, 4, 0, 6, "138a 06b8 00000001 00000000 5002 2000 0000 0000");
+    EXPECT_EQ(wire.heard.substr(0, 13), "aabb end end ");
 }
 
 struct FailingSink : MessageSink {

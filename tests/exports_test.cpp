@@ -2,15 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cwchar>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #if !defined(_WIN32)
-#include <dirent.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
 
+#include "allocation.h"
 #include "messages.h"
 
 namespace {
@@ -181,21 +185,24 @@ TEST(Exports, StandardOutputMayBeWide) {
     EXPECT_EQ(readFile(file.path()), sample().expected);
 }
 
-TEST(Exports, TenThousandCallsLeaveNothingOpen) {
+TEST(Exports, CallsLeaveNothingBehind) {
     const auto descriptors = [] {
-        int count = 0;
-        DIR* const folder = opendir("/proc/self/fd");
-        while (readdir(folder) != nullptr) ++count;
-        closedir(folder);
-        return count;
+        const std::filesystem::directory_iterator open("/proc/self/fd");
+        return std::distance(begin(open), end(open));
     };
     const TemporaryFile file;
     printedBy([&] {
         if (runExport(sample(), sample().octets, file.path()) != 1) _exit(1);
-        const int before = descriptors();
-        for (int i = 0; i < 10000; ++i)
+        const auto before = descriptors();
+        const int64_t blocks = allocation.unreleased;
+        for (int i = 0; i < 50; ++i) {
             if (runExport(sample(), sample().octets, file.path()) != 1) _exit(2);
-        if (descriptors() != before) _exit(3);
+            if (runExport(sample(), {0xFF}, file.path()) != 0) _exit(3);
+        }
+        if (descriptors() != before) _exit(4);
+        if (allocation.unreleased != blocks) _exit(5);
+        if (runExport(sample(), sample().octets, "/") != 0) _exit(6);
+        if (descriptors() != before - 1) _exit(7);  // standard output was closed
     });
     EXPECT_EQ(readFile(file.path()), sample().expected);
 }

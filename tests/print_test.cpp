@@ -1,5 +1,6 @@
 // The text of every construct, the trace and the diagnostics.
 
+#include <algorithm>
 #include <functional>
 
 #include "H235.h"

@@ -1,0 +1,233 @@
+// Out of memory: every allocation fails once, for every type, message and primitive.
+//
+// A block of the element heap holds many values, so most requests to the heap are none to the
+// general allocator. These tests leave `room` octets in the heap's only block, for every room, so
+// that each request in turn is the first one that needs memory.
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <tuple>
+
+#include "allocation.h"
+#include "messages.h"
+#include "types.h"
+
+namespace {
+
+using Decode = std::function<AsnStatus(AsnContext& ctx)>;
+using Fields = std::vector<std::tuple<std::string, int32_t, int32_t>>;
+
+struct Attempt {
+    uint32_t room;   // octets of the block
+    int64_t failAt;  // this allocation fails; 0: none
+    size_t from;     // of those that are as large as this
+    bool refused = false;
+    AsnStatus status = kAsnOk;
+    Fields fields = {};
+};
+
+/// While the trace is on, only one allocation fails; otherwise all later ones do, too.
+void attempt(Attempt& a, const Decode& decode, const Octets& octets, bool aligned, bool traced) {
+    allocation = {};
+    {
+        Decoding decoding(octets, aligned);
+        asnSetFieldTrace(decoding.ctx, traced ? 1 : 0);
+        auto* const block =
+            static_cast<AsnMemBlock*>(std::malloc(sizeof(AsnMemBlock) + kAsnBlockPayload));
+        *block = {nullptr, kAsnBlockPayload - a.room};
+        decoding.ctx.memHeap.newest = decoding.ctx.memHeap.filled = block;
+        decoding.ctx.memHeap.filledPayload = kAsnBlockPayload;
+
+        allocation.requests = 0;
+        allocation.once = traced;
+        allocation.from = a.from;
+        allocation.failAt = a.failAt;
+        a.status = decode(decoding.ctx);
+        a.refused = a.failAt != 0 && allocation.requests >= a.failAt;
+        allocation.failAt = 0;
+        if (a.status == kAsnNoMemory) EXPECT_EQ(decoding.ctx.errInfo.status, a.status);
+        for (auto* link = decoding.ctx.fieldList.head; link != nullptr; link = link->next)
+            a.fields.emplace_back(link->field->name, link->field->bitOffset, link->field->bitCount);
+    }
+    EXPECT_EQ(allocation.unreleased, 0);
+}
+
+/// Whether the fields are some of `all`, in order. If the decode failed, the last one may still
+/// change: only its name counts.
+bool areSome(const Fields& fields, const Fields& all, bool failed) {
+    auto next = all.begin();
+    for (size_t i = 0; i < fields.size(); ++i, ++next) {
+        const bool open = failed && i + 1 == fields.size();
+        next = std::find_if(next, all.end(), [&](const auto& field) {
+            return open ? std::get<0>(field) == std::get<0>(fields[i]) : field == fields[i];
+        });
+        if (next == all.end()) return false;
+    }
+    return true;
+}
+
+Decode decoderOf(const AsnTypeInfo& type) {
+    return [&type](AsnContext& ctx) { return type.decode(ctx, newValue(type).get()); };
+}
+
+/// Fails each allocation of the decode in turn, which gives status -12.
+void failEach(const Decode& decode, const Octets& octets, bool aligned) {
+    Attempt whole{0, 0, 0};
+    attempt(whole, decode, octets, aligned, false);
+    for (int64_t failAt = 1;; ++failAt)  // first without values of more than one block
+        for (uint32_t room = 0; room <= (failAt < 3 ? kAsnBlockPayload : 0); room += 8) {
+            Attempt a{room, failAt, 0};
+            attempt(a, decode, octets, aligned, false);
+            ASSERT_EQ(a.status, a.refused ? kAsnNoMemory : whole.status);
+            if (!a.refused && room == 0) return;
+            if (!a.refused) break;
+        }
+}
+
+/// The same while the trace is on: a value is missing, or the trace lacks one field.
+void failEachTraced(const Decode& decode, const Octets& octets, bool aligned) {
+    Attempt whole{0, 0, 0};
+    attempt(whole, decode, octets, aligned, true);
+    bool refused = true;
+    const auto check = [&](Attempt a) {
+        attempt(a, decode, octets, aligned, true);
+        refused = a.refused && !::testing::Test::HasFailure();
+        ASSERT_TRUE(areSome(a.fields, whole.fields, a.status != kAsnOk));
+        if (a.refused && a.status == kAsnNoMemory) return;
+        ASSERT_EQ(a.status, whole.status);
+        ASSERT_EQ(a.fields.size(), whole.fields.size() - (a.refused ? 1 : 0));
+    };
+    for (uint32_t room = 0; refused && room < kAsnBlockPayload; room += 8)
+        check({room, 1, kAsnBlockPayload});
+    refused = true;
+    for (int64_t failAt = 1; refused; ++failAt) check({kAsnBlockPayload, failAt, 0});
+}
+
+TEST(Memory, EveryAllocationOfEveryTypeMayFail) {
+    std::mt19937 random(12);
+    for (const AsnTypeInfo* type : allTypes())
+        for (uint32_t first = 0; first < 256; ++first) {
+            SCOPED_TRACE(type->name);
+            Octets octets = randomOctets(random, 22 + random() % 20);
+            octets[0] = static_cast<uint8_t>(first);  // each alternative of a CHOICE
+            if (first >= 128) octets[1] = 20;         // in an open type
+            for (const bool aligned : {true, false}) {
+                failEach(decoderOf(*type), octets, aligned);
+                if (first % 64 == 0) failEachTraced(decoderOf(*type), octets, aligned);
+            }
+            if (HasFailure()) return;
+        }
+}
+
+TEST(Memory, EveryAllocationOfEveryMessageMayFail) {
+    for (const Message& message : allMessages()) {
+        SCOPED_TRACE(message.name);
+        const char* const root = message.dump == H323RASASNDecode ? "H225RasMessage"
+                                 : message.dump == H323H245ASNDecode
+                                     ? "H245MultimediaSystemControlMessage"
+                                     : "H225H323_UserInformation";
+        for (const AsnTypeInfo* type : allTypes()) {
+            if (std::strcmp(type->name, root) != 0) continue;
+            failEach(decoderOf(*type), message.octets, message.aligned);
+            failEachTraced(decoderOf(*type), message.octets, message.aligned);
+        }
+        if (HasFailure()) return;
+    }
+}
+
+TEST(Memory, EveryAllocationOfEveryPrimitiveMayFail) {
+    const Octets text(40, 3);  // a length of 3, and characters that every alphabet has
+    const Decode decodes[] = {
+        [](AsnContext& ctx) {
+            const char* characters = nullptr;
+            return pd_IA5String(ctx, &characters, nullptr);
+        },
+        [](AsnContext& ctx) {
+            AsnBMPString value{};
+            return pd_BMPString(ctx, value, nullptr);
+        },
+        [](AsnContext& ctx) {
+            AsnDynBitStr value{};
+            return pd_DynBitString(ctx, value);
+        },
+        [](AsnContext& ctx) {
+            AsnDynOctStr value{};
+            return pd_DynOctetString(ctx, value);
+        },
+        [](AsnContext& ctx) {
+            const uint8_t* data = nullptr;
+            uint32_t numocts = 0;
+            return pd_OpenType(ctx, &data, &numocts);
+        },
+        [](AsnContext& ctx) {  // entered in place only if it is aligned and whole
+            AsnCursor outer{};
+            const AsnStatus status = asnEnterOpenType(AsnPlainReader{ctx}, outer);
+            if (status == kAsnOk) asnLeaveOpenType(AsnPlainReader{ctx}, outer);
+            return status;
+        },
+    };
+    Octets fragments(16384 + 4, 3);
+    fragments[0] = 0xC1;
+    for (const Decode& decode : decodes)
+        for (const Octets& octets : {text, fragments})
+            for (const bool aligned : {true, false}) {
+                SCOPED_TRACE(&decode - decodes);
+                failEach(decode, octets, aligned);
+                failEachTraced(decode, octets, aligned);
+            }
+}
+
+TEST(Memory, ContextsReportsAndPrinters) {
+    allocation = {.failAt = 1};
+    EXPECT_EQ(asnNewContext(nullptr, 0, 1), nullptr);
+    allocation = {.failAt = 2};
+    EXPECT_EQ(asnNewContext(nullptr, 0, 1), nullptr);
+    EXPECT_EQ(allocation.unreleased, 0);
+
+    const uint8_t octet = 0;
+    AsnContext ctx;
+    ASSERT_EQ(asnInitContext(ctx, &octet, 1), kAsnOk);
+    allocation = {.failAt = 1};
+    EXPECT_EQ(asnBindBuffer(ctx, nullptr, 0), kAsnNoMemory);
+    EXPECT_EQ(ctx.data, &octet) << "the octets stay bound";
+    allocation = {};
+    const std::string parameter(300, 'x');
+    EXPECT_EQ(asnAddErrorText(ctx.errInfo, parameter.c_str()), 1);
+    allocation.failAt = 2;
+    EXPECT_EQ(asnAddErrorInt(ctx.errInfo, 1), 0);
+    EXPECT_EQ(ctx.errInfo.parmCount, 1);
+    ctx.errInfo.status = -3;
+    std::vector<std::string> report;
+    const auto collect = [](const char* line, void* to) {
+        static_cast<std::vector<std::string>*>(to)->emplace_back(line);
+    };
+    asnLogErrorCb(ctx.errInfo, collect, &report);
+    ASSERT_EQ(report.size(), 2U);
+    EXPECT_EQ(report[1], ("Unexpected tag encountered: expected = " + parameter).substr(0, 199))
+        << "without memory, a long message is truncated";
+    asnFreeContext(ctx);
+    EXPECT_EQ(allocation.unreleased, 0);
+    allocation = {};
+}
+
+TEST(Memory, AnExportWithoutMemoryMakesNoFile) {
+    const TemporaryFile file;
+    for (const Message& message : allMessages()) {
+        if (message.octets.size() < 1000 && message.name != "h245-openLogicalChannelAck") continue;
+        for (int64_t failAt = 1;; ++failAt) {
+            allocation = {.failAt = failAt};
+            const int done = runExport(message, message.octets, file.path());
+            const bool refused = allocation.requests >= failAt;
+            EXPECT_EQ(allocation.unreleased, 0);
+            allocation = {};
+            ASSERT_EQ(done, refused ? 0 : 1) << message.name;
+            ASSERT_EQ(file.exists(), !refused) << message.name;
+            if (!refused) break;
+        }
+        std::filesystem::remove(file.path());
+    }
+}
+
+}  // namespace
