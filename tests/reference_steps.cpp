@@ -4,8 +4,8 @@
 
 #include <bit>
 #include <cstring>
-#include <memory>
 #include <iterator>
+#include <memory>
 #include <utility>
 
 #include "asn1per/asn1per.h"

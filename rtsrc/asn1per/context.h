@@ -51,7 +51,7 @@ struct AsnCursor {
     AsnCursor() = default;
     AsnCursor(const AsnCursor& from) { *this = from; }
     /// Member by member: a copy in larger pieces would wait until the last step has been stored.
-    AsnCursor& operator=(const AsnCursor& from) {
+    AsnCursor& operator=(const AsnCursor& from) {  // NOLINT(bugprone-unhandled-self-assignment)
         data = from.data;
         byteIndex = from.byteIndex;
         size = from.size;

@@ -19,7 +19,7 @@ AsnStatus asnDecObjIdContents(AsnOctetReader& reader, AsnObjId& value, uint32_t 
         uint32_t octet = 0x80;
         while (octet >= 0x80) {
             if (index >= reader.size) return kAsnEndOfData;
-            octet = reader.data[index++];
+            octet = reader.data[index++];  // NOLINT(clang-analyzer-core.uninitialized.Assign)
             arc = arc << 7 | (octet & 0x7F);
         }
         if (count == 0) {
