@@ -22,7 +22,7 @@ namespace {
 
 #if defined(FUZZ_RAS)
 using Root = H225RasMessage;
-constexpr auto decodeRoot = DecodeH225RasMessage;
+constexpr AsnStatus (*decodeRoot)(AsnContext&, Root&) = DecodeH225RasMessage;
 constexpr auto dumpMessage = H323RASASNDecode;
 void printRoot(AsnDump& dump, const Root& root) {
     PrintH225RasMessage(dump, root);
@@ -30,7 +30,7 @@ void printRoot(AsnDump& dump, const Root& root) {
 constexpr const char* kRootName = "RasMessage";
 #elif defined(FUZZ_UI)
 using Root = H225H323_UserInformation;
-constexpr auto decodeRoot = DecodeH225H323_UserInformation;
+constexpr AsnStatus (*decodeRoot)(AsnContext&, Root&) = DecodeH225H323_UserInformation;
 constexpr auto dumpMessage = H323UserInfoASNDecode;
 void printRoot(AsnDump& dump, const Root& root) {
     PrintH225H323_UserInformation(dump, root);
@@ -38,7 +38,7 @@ void printRoot(AsnDump& dump, const Root& root) {
 constexpr const char* kRootName = "H323-UserInformation";
 #else
 using Root = H245MultimediaSystemControlMessage;
-constexpr auto decodeRoot = DecodeH245MultimediaSystemControlMessage;
+constexpr AsnStatus (*decodeRoot)(AsnContext&, Root&) = DecodeH245MultimediaSystemControlMessage;
 constexpr auto dumpMessage = H323H245ASNDecode;
 void printRoot(AsnDump& dump, const Root& root) {
     PrintH245MultimediaSystemControlMessage(dump, root);
