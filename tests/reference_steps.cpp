@@ -528,13 +528,14 @@ struct ReferenceCase {
             outcome.fields.push_back(
                 {link->field->name, link->field->bitOffset, link->field->bitCount});
         if (in.diagnostics == nullptr) return outcome;
-        outcome.diagnostics = all.output_.take();
         // The address of a field is its own.
-        std::string& lines = outcome.diagnostics;
-        for (size_t at = 0; (at = lines.find("pField 0x", at)) != std::string::npos;) {
-            at += std::strlen("pField 0x");
-            lines.erase(at, lines.find('\n', at) - at);
+        const std::string lines = all.output_.take();
+        size_t kept = 0;
+        for (size_t at = 0; (at = lines.find("pField 0x", kept)) != std::string::npos;) {
+            outcome.diagnostics.append(lines, kept, at + std::strlen("pField 0x") - kept);
+            kept = lines.find('\n', at);
         }
+        outcome.diagnostics.append(lines, kept);
         return outcome;
     }
 
