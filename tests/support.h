@@ -122,7 +122,8 @@ class Decoding {
 /// What a printer adds to a dump.
 template <class Print>
 std::string dumped(Print print, const char* root = "P") {
-    FILE* const file = std::tmpfile();
+    static FILE* const file = std::tmpfile();  // the same for all: a new one takes longer
+    std::rewind(file);
     {
         AsnDump dump(file, root);
         print(dump);
@@ -130,6 +131,5 @@ std::string dumped(Print print, const char* root = "P") {
     std::string text(static_cast<size_t>(std::ftell(file)), '\0');
     std::rewind(file);
     text.resize(std::fread(text.data(), 1, text.size(), file));
-    std::fclose(file);
     return text;
 }
