@@ -92,8 +92,8 @@ std::string outcome(const AsnTypeInfo& type, const Octets& octets, bool aligned,
     return text.str();
 }
 
-TEST(Limits, NoDecodeChangesForBeingWatched) {
-    // Primitives run with another reader while the trace is on.
+TEST(Limits, ATraceChangesNoDecode) {
+    // The tracing reader is another instance of the same templates.
     std::mt19937 random(691);
     std::vector<Octets> inputs;
     for (int i = 0; i < 60; ++i) inputs.push_back(randomOctets(random, random() % 60));
