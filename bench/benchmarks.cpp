@@ -1,21 +1,21 @@
 // How fast the library is, and its parts. All figures that are compared come from one run.
 
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string>
 
-#include "H245.h"
-#include "H323.h"
 #include "Tamsel.h"
+#include "TamselCore.h"
 #include "made_messages.h"
-#include "standard_output.h"
 
 namespace {
 
@@ -28,36 +28,14 @@ std::string readFile(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-/// A family's entry points, each behind one signature.
+/// A family, and the export that dumps its messages.
 struct Family {
-    const char* name;
-    const char* root;
-    AsnStatus (*decode)(AsnContext&, void*);
-    void (*print)(AsnDump&, const void*);
+    const TamselFamily& core;
     int (*dump)(const unsigned char*, unsigned short, int, const char*);
 };
-
-template <class T, AsnStatus (*Decode)(AsnContext&, T&)>
-AsnStatus decodeAs(AsnContext& ctx, void* value) {
-    *static_cast<T*>(value) = {};
-    return Decode(ctx, *static_cast<T*>(value));
-}
-template <class T, void (*Print)(AsnDump&, const T&)>
-void printAs(AsnDump& dump, const void* value) {
-    Print(dump, *static_cast<const T*>(value));
-}
-
-const Family kRas{"ras", "RasMessage", decodeAs<H225RasMessage, DecodeH225RasMessage>,
-                  printAs<H225RasMessage, PrintH225RasMessage>, H323RASASNDecode};
-const Family kUi{"ui", "H323-UserInformation",
-                 decodeAs<H225H323_UserInformation, DecodeH225H323_UserInformation>,
-                 printAs<H225H323_UserInformation, PrintH225H323_UserInformation>,
-                 H323UserInfoASNDecode};
-const Family kH245{
-    "h245", "MultimediaSystemControlMessage",
-    decodeAs<H245MultimediaSystemControlMessage, DecodeH245MultimediaSystemControlMessage>,
-    printAs<H245MultimediaSystemControlMessage, PrintH245MultimediaSystemControlMessage>,
-    H323H245ASNDecode};
+const Family kRas{kTamsel1998.ras, H323RASASNDecode};
+const Family kUi{kTamsel1998.ui, H323UserInfoASNDecode};
+const Family kH245{kTamsel1998.h245, H323H245ASNDecode};
 
 struct Message {
     const Family* family;
@@ -71,7 +49,7 @@ struct Message {
 Message make(const Family& family, Octets octets, bool aligned) {
     Message message{&family, std::move(octets), aligned, ""};
     if (family.dump(message.octets.data(), message.length(), aligned ? 1 : 0, kDumpFile) != 1)
-        std::fprintf(stderr, "bench: a %s message does not decode\n", family.name);
+        std::fprintf(stderr, "bench: a %s message does not decode\n", family.core.name);
     message.dump = readFile(kDumpFile);
     return message;
 }
@@ -84,7 +62,7 @@ std::vector<Message> captured(const Family* only) {
         if (entry.path().extension() != ".hex" || name.find("aligned") != std::string::npos)
             continue;
         for (const Family* family : {&kRas, &kUi, &kH245}) {
-            if (name.rfind(std::string(family->name) + "-", 0) != 0) continue;
+            if (name.rfind(std::string(family->core.name) + "-", 0) != 0) continue;
             if (only != nullptr && only != family) continue;
             const std::string text = readFile(entry.path());
             Octets octets;
@@ -115,41 +93,27 @@ void count(benchmark::State& state, const std::vector<Message>& messages) {
     state.counters["ns/line"] = {rounds * lines / 1e9, time};
 }
 
-/// A message decoded, as the exports do it: context and first block in the caller's frame.
-class Decoded {
-  public:
-    explicit Decoded(const Message& message) {
-        if (asnInitContext(ctx_, message.octets.data(), message.length()) != kAsnOk) std::abort();
-        ctx_.aligned = message.aligned ? 1 : 0;
-        asnMemLend(ctx_.memHeap, first_);
-        if (message.family->decode(ctx_, value_) != kAsnOk) std::abort();
-    }
-    ~Decoded() { asnFreeContext(ctx_); }
-    Decoded(const Decoded&) = delete;
-    Decoded& operator=(const Decoded&) = delete;
+void decode(TamselDecoder& decoder, const Message& message) {
+    if (decoder.decode(message.family->core, message.octets, message.aligned) != kAsnOk)
+        std::abort();
+}
 
-    const void* value() const { return value_; }
+/// Text that nobody reads.
+void discard(void* /*target*/, const char* text, size_t size) {
+    benchmark::DoNotOptimize(text);
+    benchmark::DoNotOptimize(size);
+}
 
-  private:
-    AsnContext ctx_;
-    AsnMemFirstBlock first_;
-    alignas(16) unsigned char value_[2048];
-};
-static_assert(sizeof(H225RasMessage) <= 2048 && sizeof(H225H323_UserInformation) <= 2048 &&
-              sizeof(H245MultimediaSystemControlMessage) <= 2048);
-
-/// `best ns/line` is that of the fastest of many short batches, which others' work spares more
-/// often than a whole run.
+/// `best ns/line` is that of the fastest of many short batches, which other load on the machine
+/// disturbs less often than a whole run.
 void decodeOnly(benchmark::State& state, const std::vector<Message>& messages) {
     constexpr int kBatch = 16;
     std::chrono::duration<double, std::nano> best{1e18};
+    const auto decoder = std::make_unique<TamselDecoder>();
     while (state.KeepRunningBatch(kBatch)) {
         const auto start = Clock::now();
         for (int round = 0; round < kBatch; ++round)
-            for (const Message& message : messages) {
-                const Decoded decoded(message);
-                benchmark::DoNotOptimize(decoded.value());
-            }
+            for (const Message& message : messages) decode(*decoder, message);
         best = std::min<decltype(best)>(best, Clock::now() - start);
     }
     count(state, messages);
@@ -158,16 +122,25 @@ void decodeOnly(benchmark::State& state, const std::vector<Message>& messages) {
     state.counters["best ns/line"] = best.count() / (kBatch * lines);
 }
 
-void printOnly(benchmark::State& state, const std::vector<Message>& messages, FILE* stream) {
-    std::vector<std::unique_ptr<Decoded>> decoded;
-    for (const Message& message : messages) decoded.push_back(std::make_unique<Decoded>(message));
+void printOnly(benchmark::State& state, const std::vector<Message>& messages) {
+    std::vector<std::unique_ptr<TamselDecoder>> decoders;
+    for (const Message& message : messages)
+        decode(*decoders.emplace_back(std::make_unique<TamselDecoder>()), message);
     for (auto _ : state)
-        for (size_t i = 0; i < messages.size(); ++i) {
-            std::rewind(stream);
-            AsnDump dump(stream, messages[i].family->root);
-            messages[i].family->print(dump, decoded[i]->value());
+        for (const auto& decoder : decoders) decoder->print({discard, nullptr});
+    count(state, messages);
+}
+
+/// What a program does with each message: decode it, and have its dump in memory.
+void decodeAndDump(benchmark::State& state, const std::vector<Message>& messages) {
+    const auto decoder = std::make_unique<TamselDecoder>();
+    for (auto _ : state)
+        for (const Message& message : messages) {
+            decode(*decoder, message);
+            std::string_view text;
+            if (decoder->dump(&text) != kAsnOk) std::abort();
+            benchmark::DoNotOptimize(text);
         }
-    std::fclose(stream);
     count(state, messages);
 }
 
@@ -176,12 +149,11 @@ void runExport(const Message& message) {
                          kDumpFile);
 }
 
-/// The least that a dump onto a file can cost: standard output there and back, and one write.
+/// The least that a dump into a file can cost: open, one write, close.
 void runFloor(const Message& message) {
-    StandardOutput output;
-    if (!output.redirect(kDumpFile)) std::abort();
-    std::fwrite(message.dump.data(), 1, message.dump.size(), stdout);
-    output.restore();
+    const int file = open(kDumpFile, O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    if (write(file, message.dump.data(), message.dump.size()) < 0) std::abort();
+    close(file);
 }
 
 /// Export and floor in turns, so that both meet the same machine; `ratio` is what counts.
@@ -206,15 +178,9 @@ void registerSet(const std::string& name, const std::vector<Message>& messages) 
     const auto add = [&](const std::string& what, auto run) {
         return benchmark::RegisterBenchmark((what + "/" + name).c_str(), run);
     };
-    const auto memory = [](size_t size) {
-        static std::vector<char> buffer(size);
-        return fmemopen(buffer.data(), buffer.size(), "w");
-    };
     add("decode", [=](benchmark::State& state) { decodeOnly(state, messages); });
-    add("print-memory",
-        [=](benchmark::State& state) { printOnly(state, messages, memory(1 << 23)); });
-    add("print-null",
-        [=](benchmark::State& state) { printOnly(state, messages, std::fopen("/dev/null", "w")); });
+    add("print", [=](benchmark::State& state) { printOnly(state, messages); });
+    add("decode-dump", [=](benchmark::State& state) { decodeAndDump(state, messages); });
     add("export", [=](benchmark::State& state) {
         exportOverFloor(state, messages);
     })->UseManualTime();
@@ -226,7 +192,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     registerSet("captured", captured(nullptr));
     for (const Family* family : {&kRas, &kUi, &kH245})
-        registerSet(std::string("captured-") + family->name, captured(family));
+        registerSet(std::string("captured-") + family->core.name, captured(family));
     for (const bool aligned : {true, false}) {
         const std::string variant = aligned ? "aligned/" : "unaligned/";
         for (const uint32_t size : {1, 64, 1024, 8192, 65000})

@@ -3,7 +3,7 @@
 if(WIN32)
     configure_file(${PROJECT_SOURCE_DIR}/src/version.rc.in version.rc @ONLY)
     enable_language(RC)
-    add_library(tamsel_dll SHARED $<TARGET_OBJECTS:tamsel_core>
+    add_library(tamsel_dll SHARED $<TARGET_OBJECTS:tamsel_exports>
         ${PROJECT_SOURCE_DIR}/src/dllmain_win32.cpp
         ${PROJECT_SOURCE_DIR}/src/exports.def
         ${CMAKE_CURRENT_BINARY_DIR}/version.rc)
@@ -11,6 +11,7 @@ if(WIN32)
     # twice. So it gets another name, and dlltool makes the one that users link.
     set_target_properties(tamsel_dll PROPERTIES
         LINKER_LANGUAGE CXX PREFIX "" OUTPUT_NAME Tamsel ARCHIVE_OUTPUT_NAME tamsel-by-ld)
+    target_link_libraries(tamsel_dll PRIVATE tamsel_core)
     target_link_options(tamsel_dll PRIVATE $<$<CONFIG:Release>:-s> -Wl,--image-base,0x6A500000)
     set(import_library ${CMAKE_CURRENT_BINARY_DIR}/libTamsel.a)
     find_program(TAMSEL_DLLTOOL ${CMAKE_SYSTEM_PROCESSOR}-dlltool i686-w64-mingw32-dlltool REQUIRED)
@@ -22,7 +23,8 @@ if(WIN32)
     target_link_libraries(Tamsel INTERFACE ${import_library})
     add_dependencies(Tamsel tamsel_dll tamsel_import_library)
 else()
-    add_library(Tamsel SHARED $<TARGET_OBJECTS:tamsel_core>)
+    add_library(Tamsel SHARED $<TARGET_OBJECTS:tamsel_exports>)
+    target_link_libraries(Tamsel PRIVATE $<BUILD_INTERFACE:tamsel_core>)
     set_target_properties(Tamsel PROPERTIES
         LINKER_LANGUAGE CXX
         VERSION ${PROJECT_VERSION}

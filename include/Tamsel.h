@@ -18,20 +18,24 @@ extern "C" {
  * file, which is created or replaced: one line per value, each with its full path from the root.
  *
  *   data        the octets of one PDU: read, not changed, not kept
- *   length      how many; octets behind a complete message are ignored
+ *   length      how many; octets after a complete message are ignored
  *   aligned     0: UNALIGNED variant of PER (ITU-T X.691), any other value: ALIGNED, as H.323 sends
  *   outputPath  the text file; its directory must exist
  *
- * Returns 1 when the message decoded and the file was written, else 0:
+ * Returns 1 if the message decoded and the file was written, else 0:
  *   - data or outputPath is null, or length is 0;
- *   - the message does not decode, or memory is exhausted: the file is not touched;
- *   - the file cannot be opened: standard output was closed in the attempt, and stays closed.
- * A failure while the text is written, as on a full disk, is not detected.
+ *   - the message does not decode, or memory is exhausted: an existing file is left unchanged;
+ *   - the file cannot be opened.
+ * A failure while the text is written, as on a full disk, is not detected. The file is complete and
+ * closed when the call returns. Nothing is kept between calls.
  *
- * The dump goes through the process's standard output, which is redirected to the file and back. On
- * Windows it is reopened on the console ("CON") afterwards; elsewhere it is put back on what it was
- * on, or on the null device if it was closed. So no two calls may run at once in one process, and
- * no other thread should print meanwhile. Nothing else is kept between calls.
+ * On Linux the text is written directly to the file. Standard output is not touched, and any number
+ * of threads may call at the same time.
+ *
+ * On Windows the text goes through the process's standard output, which is reopened onto the file
+ * and afterwards onto the console ("CON"), or onto "NUL" if the process has no console. If the file
+ * cannot be opened, standard output is closed and stays closed. So only one call may run at a time
+ * in a process, and no other thread should print during a call.
  *
  * A call takes about 100 KiB of the thread's stack, and no message makes it take more than 256. */
 
@@ -39,7 +43,7 @@ extern "C" {
 TAMSEL_API int TAMSEL_CALL H323RASASNDecode(const unsigned char* data, unsigned short length,
                                             int aligned, const char* outputPath);
 
-/* H.225.0 call signalling: H323-UserInformation, as a Q.931 user-user element carries it behind the
+/* H.225.0 call signalling: H323-UserInformation, as a Q.931 user-user element carries it after the
  * protocol discriminator. */
 TAMSEL_API int TAMSEL_CALL H323UserInfoASNDecode(const unsigned char* data, unsigned short length,
                                                  int aligned, const char* outputPath);

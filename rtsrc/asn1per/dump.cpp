@@ -17,7 +17,7 @@ constexpr auto kDigitPairs = [] {
 }();
 
 void writeOut(AsnDump& dump) {
-    (void)std::fwrite(dump.text, 1, dump.textLength, dump.stream);  // failures go unseen
+    dump.sink.write(dump.sink.target, dump.text, dump.textLength);
     dump.textLength = 0;
 }
 
@@ -28,12 +28,20 @@ char* append(char* at, std::string_view text) {
 
 }  // namespace
 
-AsnDump::AsnDump(FILE* stream_, const char* root_)
-    : stream(stream_), textLength(0), pathLength(0), spilled(nullptr), root(root_) {
+AsnDump::AsnDump(AsnDumpSink sink_, const char* root_)
+    : sink(sink_), textLength(0), pathLength(0), spilled(nullptr), root(root_) {
     if (root.size() > kPathSize / 4) return;
     pathLength = root.size();
     append(path, root);
     root = {};
+}
+
+AsnDump::AsnDump(FILE* stream, const char* root_)
+    : AsnDump(AsnDumpSink{[](void* target, const char* text_, size_t size) {
+                              (void)std::fwrite(text_, 1, size, static_cast<FILE*>(target));
+                          },
+                          stream},
+              root_) {
 }
 
 AsnDump::~AsnDump() {

@@ -1,9 +1,8 @@
-// One dump under way: the path of the value being printed, and the text not yet written.
+// A dump in progress: the path of the value being printed, and the text not yet passed on.
 //
-// A path is extended step by step and cut back, never formatted anew; lines gather in a buffer that
-// goes to the stream through the C library when it is full and when the dump ends, so that they
-// stand in order behind what the host has printed. Nothing is allocated, no path is too long, and a
-// failing stream is not detected.
+// A path is extended step by step and cut back, never formatted anew. Lines are collected in a
+// buffer, which goes to the sink when it is full and when the dump ends. Nothing is allocated, no
+// path is too long, and a sink reports no failure.
 #pragma once
 
 #include <cstdint>
@@ -12,18 +11,26 @@
 
 class AsnDumpStep;
 
+/// Receives the text of a dump, piece by piece. The text is valid during the call only.
+struct AsnDumpSink {
+    void (*write)(void* target, const char* text, size_t size);
+    void* target;
+};
+
 struct AsnDump {
     static constexpr size_t kTextSize = 16384;
     static constexpr size_t kPathSize = 4096;  // above the longest path of any legal message
     static constexpr size_t kBlock = 32;  // paths are copied in blocks; both buffers have slack
 
     /// `root` is the path to begin with; the text stays the caller's and must outlive the dump.
+    AsnDump(AsnDumpSink sink, const char* root);
+    /// The same to a stream. The C library keeps the order of this text and the host's own.
     AsnDump(FILE* stream, const char* root);
-    ~AsnDump();  // writes what is left
+    ~AsnDump();  // passes on what is left
     AsnDump(const AsnDump&) = delete;
     AsnDump& operator=(const AsnDump&) = delete;
 
-    FILE* stream;
+    AsnDumpSink sink;
     size_t textLength;
     size_t pathLength;
     const AsnDumpStep* spilled;  // the innermost step that did not fit into `path`, or null

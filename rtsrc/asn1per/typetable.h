@@ -1,5 +1,5 @@
-// What a generated table says of each type of its module: for tests and fuzzers, which walk all
-// types by it. The library itself does not use it.
+// Decoders and printers of any type under one signature, and the generated tables of all types of a
+// module. The library does not contain the tables: tests and fuzzers walk all types by them.
 #pragma once
 
 #include "asn1per.h"

@@ -1,0 +1,96 @@
+// The core: messages in memory, why they failed, and what is reused.
+
+#include "H245.h"
+#include "H323.h"
+#include "TamselCore.h"
+#include "allocation.h"
+#include "messages.h"
+
+namespace {
+
+const TamselFamily& familyOf(const Message& message) {
+    if (message.dump == H323RASASNDecode) return kTamsel1998.ras;
+    return message.dump == H323H245ASNDecode ? kTamsel1998.h245 : kTamsel1998.ui;
+}
+
+TEST(Core, DumpsEveryMessage) {
+    const std::vector<Message> messages = allMessages();
+    const auto decoder = std::make_unique<TamselDecoder>();
+    int64_t blocks = 0;
+    for (const int round : {1, 2}) {
+        allocation.requests = 0;
+        for (const Message& message : messages) {
+            Octets longer = message.octets;
+            longer.push_back(0xFF);  // not part of the message
+            const std::string name = message.name;
+            ASSERT_EQ(decoder->decode(familyOf(message), longer, message.aligned), kAsnOk) << name;
+            EXPECT_EQ(decoder->octets(), message.octets.size()) << name;
+            std::string_view text;
+            ASSERT_EQ(decoder->dump(&text), kAsnOk);
+            EXPECT_EQ(text, message.expected) << name;
+            std::string pieces;
+            decoder->print({[](void* target, const char* piece, size_t size) {
+                                static_cast<std::string*>(target)->append(piece, size);
+                            },
+                            &pieces});
+            EXPECT_EQ(pieces, message.expected) << name;
+        }
+        if (round == 1) blocks = allocation.requests;
+    }
+    EXPECT_LT(allocation.requests, blocks) << "memory for text is kept from message to message";
+}
+
+TEST(Core, TypedValues) {
+    TamselDecoder decoder;
+    // unregistrationConfirm, requestSeqNum 1
+    ASSERT_EQ(decoder.decode(kTamsel1998.ras, hex("1C 00 00"), true), kAsnOk);
+    const auto& message = decoder.value<H225RasMessage>();
+    ASSERT_EQ(message.t, unsigned{H225RasMessage::unregistrationConfirm});
+    EXPECT_EQ(message.u.unregistrationConfirm->requestSeqNum, 1);
+}
+
+TEST(Core, WhyAMessageFailed) {
+    const struct {
+        const char* why;
+        const TamselFamily& family;
+        const char* octets;
+        AsnStatus status;
+        int64_t bitPosition;
+        const char* text;
+    } kCases[] = {
+        {"no octets", kTamsel1998.ras, "", -2, 0, "Unexpected end of buffer on decode"},
+        {"ends within a number", kTamsel1998.ras, "1C 00", -2, 8,
+         "Unexpected end of buffer on decode"},
+        {"the position is that in the message, not in the open type", kTamsel1998.ras,
+         "80 04 00 00 00 FF", -2, 40, "Unexpected end of buffer on decode"},
+        {"not all statuses are logged", kTamsel1998.ras, "BC 01 00", -11, 16,
+         "Element with tag ? is an invalid option in choice"},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.why);
+        TamselDecoder decoder;
+        const Octets octets = hex(c.octets);
+        EXPECT_EQ(decoder.decode(c.family, octets, true), c.status);
+        EXPECT_EQ(decoder.status(), c.status);
+        EXPECT_EQ(decoder.bitPosition(), c.bitPosition);
+        char text[100];
+        EXPECT_STREQ(asnErrorText(decoder.errors(), text, sizeof text), c.text);
+        std::string_view dump = "not empty";
+        EXPECT_EQ(decoder.dump(&dump), kAsnOk);
+        EXPECT_EQ(dump, "");
+    }
+}
+
+TEST(Core, OutOfMemoryForTheText) {
+    TamselDecoder decoder;
+    ASSERT_EQ(decoder.decode(kTamsel1998.ras, hex("1C 00 00"), true), kAsnOk);
+    std::string_view text;
+    allocation.requests = 0;
+    allocation.failAt = 1;
+    EXPECT_EQ(decoder.dump(&text), kAsnNoMemory);
+    allocation.failAt = 0;
+    EXPECT_EQ(decoder.dump(&text), kAsnOk);
+    EXPECT_EQ(text.substr(0, 17), "RasMessage.t = 8\n");
+}
+
+}  // namespace
