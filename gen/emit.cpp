@@ -10,7 +10,8 @@ namespace {
 std::string fillCall(std::string_view call, const Type& type, const Where& where) {
     const Bounds range = type.range.value_or(Bounds());
     const std::string full = std::string(kindRow(type.kind).alphabetName) + "Set";
-    return fill(call, {{"value", where.value},
+    return fill(call, {{"in", where.reader},
+                       {"value", where.value},
                        {"address", where.address},
                        {"record", where.record},
                        {"lower", std::to_string(range.lower)},
@@ -22,16 +23,18 @@ std::string fillCall(std::string_view call, const Type& type, const Where& where
 }  // namespace
 
 Where valueIn(const std::string& name) {
-    return {name, "&" + name, name + "."};
+    return {.value = name, .address = "&" + name, .record = name + "."};
 }
 
 Where valueBehind(const std::string& pointer) {
-    return {"*" + pointer, pointer, pointer + "->"};
+    return {.value = "*" + pointer, .address = pointer, .record = pointer + "->"};
 }
 
 Where valueOf(const Member& alternative) {
     const std::string name = "value.u." + alternative.cppName;
-    return heldInUnion(*alternative.type) ? valueIn(name) : valueBehind(name);
+    Where where = heldInUnion(*alternative.type) ? valueIn(name) : valueBehind(name);
+    where.reader = "in.alternative(" + literal(alternative.dumpName) + ")";
+    return where;
 }
 
 std::string kindReadCall(const Type& type, const Where& where) {
@@ -40,7 +43,8 @@ std::string kindReadCall(const Type& type, const Where& where) {
 
 std::string readCall(const Type& type, const Where& where) {
     if (!hasValue(type)) return "";
-    if (type.hasFunctions) return "Decode" + type.cppName + "(in, " + where.value + ")";
+    if (type.hasFunctions)
+        return "Decode" + type.cppName + "(" + where.reader + ", " + where.value + ")";
     return kindReadCall(type, where);
 }
 

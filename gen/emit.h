@@ -36,11 +36,13 @@ std::string dumpList(const Type& type);
 
 // --- shared by the emitters ---
 
-/// Where a value is: an expression, its address, and what selects a member of it.
+/// Where a value is: an expression, its address, what selects a member of it, and the reader that
+/// knows its path.
 struct Where {
     std::string value;
     std::string address;
     std::string record;
+    std::string reader = "in";
 };
 Where valueIn(const std::string& name);         // "value.a"
 Where valueBehind(const std::string& pointer);  // "value.u.a" of an alternative that is pointed to

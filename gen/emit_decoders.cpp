@@ -57,7 +57,9 @@ std::vector<const Member*> valued(const std::vector<Member>& members) {
 }
 
 Where component(const Member& member) {
-    return valueIn("value." + member.cppName);
+    Where where = valueIn("value." + member.cppName);
+    where.reader = "in.component(" + literal(member.dumpName) + ")";
+    return where;
 }
 
 /// The extension bit and the presence bits.
@@ -151,7 +153,8 @@ std::string sequenceEnd(const Type& type) {
     if (!type.extensible) return "return kAsnOk;\n";
     if (!type.keepsUnknown)
         return "return extended ? " + type.cppName + "_additions(in, value) : kAsnOk;\n";
-    return R"(if (extended) return pd_OpenTypeExt(in, &value.extElem1.data, &value.extElem1.numocts);
+    return R"(if (extended)
+    return pd_OpenTypeExt(in.component("extElem1"), &value.extElem1.data, &value.extElem1.numocts);
 value.extElem1 = {};
 return kAsnOk;
 )";
@@ -165,8 +168,8 @@ std::string unknownAlternative(const Type& type) {
 if (asnExtensionBit(in)) {
     value.u.extElem1 = asnNewValue<AsnOpenType>(in);
     if (value.u.extElem1 == nullptr) return kAsnNoMemory;
-    const AsnStatus status =
-        pd_ChoiceOpenTypeExt(in, &value.u.extElem1->data, &value.u.extElem1->numocts);
+    const AsnStatus status = pd_ChoiceOpenTypeExt(
+        in.alternative("extElem1"), &value.u.extElem1->data, &value.u.extElem1->numocts);
     if (status == kAsnOk) return kAsnOk;
     return asnLogError(in.ctx.errInfo, status, $module, $line);
 }
@@ -342,8 +345,9 @@ std::string decodeChoice(const Type& type) {
 }
 
 std::string decodeList(const Type& type) {
-    return decoder(type,
-                   fill(R"(
+    Where element = valueIn("value.elem[i]");
+    element.reader = "in.element(i)";
+    return decoder(type, fill(R"(
 asnSetSize(in, $size);
 AsnStatus status = asnListLength(in, &value.n, $least);
 if (status != kAsnOk) return status;
@@ -356,13 +360,13 @@ for (uint32_t i = 0; i < value.n; ++i) {
 }
 return kAsnOk;
 )",
-                        {{"size", type.sizeName},
-                         {"least", bitsText(type.element->least)},
-                         {"Element", type.element->cppName},
-                         {"module", moduleConstant(*type.module)},
-                         {"line", std::to_string(type.trailLine)},
-                         {"elementSize", sizeToSet(*type.element)},
-                         {"readElement", readCall(*type.element, valueIn("value.elem[i]"))}}));
+                              {{"size", type.sizeName},
+                               {"least", bitsText(type.element->least)},
+                               {"Element", type.element->cppName},
+                               {"module", moduleConstant(*type.module)},
+                               {"line", std::to_string(type.trailLine)},
+                               {"elementSize", sizeToSet(*type.element)},
+                               {"readElement", readCall(*type.element, element)}}));
 }
 
 std::string emitDecoders(const Module& module) {

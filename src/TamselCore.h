@@ -61,6 +61,11 @@ class TamselDecoder {
     /// kAsnTooLong above kMaxOctets, or another status of error.h.
     AsnStatus decode(const TamselFamily& family, std::span<const uint8_t> message, bool aligned);
 
+    /// The same, and records the field of every primitive, up to the failure if there is one. It is
+    /// slower, and takes memory for the path of every field.
+    AsnStatus decodeTraced(const TamselFamily& family, std::span<const uint8_t> message,
+                           bool aligned);
+
     /// What `decode` returned. The functions below need a decoder that has decoded.
     AsnStatus status() const { return status_; }
 
@@ -74,13 +79,22 @@ class TamselDecoder {
     /// step was to read, or the position in the open type if that came in fragments.
     int64_t bitPosition() const;
 
+    /// The fields that decodeTraced recorded, in the order of reading. Names are the full path of
+    /// the value and what was read ("RasMessage ConsUnsigned"); positions are bits of the message.
+    /// What is in an open type that came in fragments is not recorded. The field in which a message
+    /// failed is the last one; it has 0 bits.
+    const AsnBitFieldList& fields() const { return ctx_.fieldList; }
+
+    /// Prints the fields as a table: names, bits, octets, characters.
+    void printFields(AsnDumpSink sink) const;
+
     /// The decoded structure, which a failure leaves incomplete: of the type that the family has.
     template <class Message>
     const Message& value() const {
         return *reinterpret_cast<const Message*>(value_);
     }
 
-    /// Prints the message, if it decoded.
+    /// Prints the message, if it decoded. The sink must not throw.
     void print(AsnDumpSink sink) const;
 
     /// The dump as text in memory of the decoder's; empty if the message did not decode.
@@ -89,13 +103,15 @@ class TamselDecoder {
 
   private:
     void release();
+    AsnStatus run(const TamselFamily& family, std::span<const uint8_t> message);
+    void start(const TamselFamily& family, std::span<const uint8_t> message, bool aligned);
 
     const TamselFamily* family_ = nullptr;  // null: nothing is decoded
     AsnStatus status_ = kAsnOk;
-    const uint8_t* message_ = nullptr;
-    size_t size_ = 0;
+    std::span<const uint8_t> message_;
     char* text_ = nullptr;  // from malloc, kept from message to message
     size_t textRoom_ = 0;
+    AsnFieldPaths paths_{};
     AsnContext ctx_;
     AsnMemFirstBlock first_;
     alignas(16) unsigned char value_[kTamselValueSize];

@@ -46,8 +46,8 @@ void TamselDecoder::release() {
     family_ = nullptr;
 }
 
-AsnStatus TamselDecoder::decode(const TamselFamily& family, std::span<const uint8_t> message,
-                                bool aligned) {
+void TamselDecoder::start(const TamselFamily& family, std::span<const uint8_t> message,
+                          bool aligned) {
     release();
     static const uint8_t kNone = 0;
     // Bound to one octet first: no octets at all would mean a buffer of the context's own.
@@ -55,27 +55,48 @@ AsnStatus TamselDecoder::decode(const TamselFamily& family, std::span<const uint
     asnMemLend(ctx_.memHeap, first_);
     ctx_.aligned = aligned ? 1 : 0;
     family_ = &family;
-    message_ = message.data();
-    size_ = message.size();
-    if (size_ > kMaxOctets) {
-        asnBindOctets(ctx_, &kNone, 0);
+    message_ = message.first(message.size() <= kMaxOctets ? message.size() : 0);
+    asnBindOctets(ctx_, message_.data(), static_cast<uint32_t>(message_.size()));
+    std::memset(value_, 0, family.valueSize);
+}
+
+AsnStatus TamselDecoder::run(const TamselFamily& family, std::span<const uint8_t> message) {
+    if (message.size() > kMaxOctets)
         status_ = kAsnTooLong;
-    } else {
-        asnBindOctets(ctx_, message_, static_cast<uint32_t>(size_));
-        std::memset(value_, 0, family.valueSize);
-        status_ = size_ != 0 ? family.decode(ctx_, value_) : kAsnEndOfData;
-    }
+    else
+        status_ = message.empty() ? kAsnEndOfData : family.decode(ctx_, value_);
     // Not every failure is logged; the text of the status comes from here nevertheless.
     if (ctx_.errInfo.status == kAsnOk) ctx_.errInfo.status = status_;
     return status_;
+}
+
+AsnStatus TamselDecoder::decode(const TamselFamily& family, std::span<const uint8_t> message,
+                                bool aligned) {
+    start(family, message, aligned);
+    return run(family, message);
+}
+
+AsnStatus TamselDecoder::decodeTraced(const TamselFamily& family, std::span<const uint8_t> message,
+                                      bool aligned) {
+    start(family, message, aligned);
+    paths_ = {family.root, message_.data(), static_cast<uint32_t>(message_.size())};
+    ctx_.fieldPaths = &paths_;
+    asnSetFieldTrace(ctx_, 1);
+    return run(family, message);
 }
 
 int64_t TamselDecoder::bitPosition() const {
     // Within an open type the cursor is relative to its octets, which are in the message, or in the
     // element heap if they came in fragments.
     const std::less_equal<> inOrder;
-    const bool isInMessage = inOrder(message_, ctx_.data) && inOrder(ctx_.data, message_ + size_);
-    return asnBitPosition(ctx_) + (isInMessage ? (ctx_.data - message_) * 8 : 0);
+    const uint8_t* const start = message_.data();
+    const bool isInMessage =
+        inOrder(start, ctx_.data) && inOrder(ctx_.data, start + message_.size());
+    return asnBitPosition(ctx_) + (isInMessage ? (ctx_.data - start) * 8 : 0);
+}
+
+void TamselDecoder::printFields(AsnDumpSink sink) const {
+    asnPrintFields(sink, ctx_.fieldList, message_, "");
 }
 
 void TamselDecoder::print(AsnDumpSink sink) const {

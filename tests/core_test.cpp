@@ -81,6 +81,63 @@ TEST(Core, WhyAMessageFailed) {
     }
 }
 
+TEST(Core, FieldsHaveThePathsOfTheDump) {
+    const auto decoder = std::make_unique<TamselDecoder>();
+    for (const Message& message : allMessages()) {
+        SCOPED_TRACE(message.name);
+        ASSERT_EQ(decoder->decodeTraced(familyOf(message), message.octets, message.aligned),
+                  kAsnOk);
+        std::string_view text;
+        ASSERT_EQ(decoder->dump(&text), kAsnOk);
+        EXPECT_EQ(text, message.expected);
+        const auto bits = static_cast<int32_t>(message.octets.size() * 8);
+        EXPECT_GT(decoder->fields().count, 0);
+        for (auto* link = decoder->fields().head; link != nullptr; link = link->next) {
+            const AsnBitField& field = *link->field;
+            const std::string name = field.name;
+            // An unknown alternative has no line of its own.
+            const size_t end = std::min(name.find(' '), name.find(".u@extElem1"));
+            EXPECT_NE(text.find(name.substr(0, end)), text.npos) << name;
+            EXPECT_TRUE(field.bitOffset >= 0 && field.bitCount >= 0 &&
+                        field.bitCount <= bits - field.bitOffset)
+                << name << " " << field.bitOffset << " " << field.bitCount;
+        }
+    }
+}
+
+TEST(Core, FieldsUpToTheFailure) {
+    TamselDecoder decoder;
+    // A gatekeeperRequest that ends in its first address.
+    const Octets octets = hex("00 01 23 06 00 08");
+    EXPECT_EQ(decoder.decodeTraced(kTamsel1998.ras, octets, true), kAsnEndOfData);
+    std::string table;
+    decoder.printFields({[](void* target, const char* text, size_t size) {
+                             static_cast<std::string*>(target)->append(text, size);
+                         },
+                         &table});
+    EXPECT_EQ(table, R"(RasMessage ConsUnsigned
+-00000xx xxxxxxxx -----------------    0001----    ..--
+
+RasMessage.u@gatekeeperRequest.requestSeqNum ConsInteger
+00100011 00000110 -----------------    2306----    #.--
+
+RasMessage.u@gatekeeperRequest.protocolIdentifier length
+00000000 --------------------------    00------    .---
+
+RasMessage.u@gatekeeperRequest.protocolIdentifier ObjectID
+x----------------------------------    --------    ----
+
+RasMessage.u@gatekeeperRequest.rasAddress ConsUnsigned
+-000-------------------------------    --------    ----
+
+RasMessage.u@gatekeeperRequest.rasAddress.u@ipAddress.ip length
+----xxxx --------------------------    08------    .---
+
+RasMessage.u@gatekeeperRequest.rasAddress.u@ipAddress.ip OctetString
+
+)");
+}
+
 TEST(Core, OutOfMemoryForTheText) {
     TamselDecoder decoder;
     ASSERT_EQ(decoder.decode(kTamsel1998.ras, hex("1C 00 00"), true), kAsnOk);

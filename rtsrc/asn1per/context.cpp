@@ -24,6 +24,7 @@ void clear(AsnContext& ctx) {
     ctx.nameStack.count = 0;
     ctx.ownBuffer = nullptr;
     ctx.depth = 0;
+    ctx.fieldPaths = nullptr;
 }
 
 }  // namespace

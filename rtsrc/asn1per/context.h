@@ -36,6 +36,14 @@ struct AsnNameStack {
     const char* names[32];  // the caller's texts
 };
 
+/// Asks for field names that are full paths, as in the dump, and for positions in the message. Open
+/// types that came in fragments are not part of the message: their fields are not recorded.
+struct AsnFieldPaths {
+    const char* root;     // the first step of every path
+    const uint8_t* data;  // the message
+    uint32_t size;
+};
+
 constexpr uint16_t ctxAllocated = 0x8000;   // asnFreeContext frees the context object itself
 constexpr uint16_t ctxFieldTrace = 0x2000;  // the bit-field trace is on
 
@@ -73,6 +81,7 @@ struct AsnContext : AsnCursor {
     AsnNameStack nameStack;
     uint8_t* ownBuffer;  // a buffer that asnBindBuffer allocated, or null; freed with the context
     uint32_t depth;      // values of recursive types that are being decoded
+    const AsnFieldPaths* fieldPaths;  // the caller's, or null: names are labels, positions relative
 };
 
 /// A context in memory of its own over the caller's octets, which must outlive it. Null `data` or

@@ -28,20 +28,19 @@ char* append(char* at, std::string_view text) {
 
 }  // namespace
 
-AsnDump::AsnDump(AsnDumpSink sink_, const char* root_)
-    : sink(sink_), textLength(0), pathLength(0), spilled(nullptr), root(root_) {
+AsnDumpSink asnStreamSink(FILE* stream) {
+    return {[](void* target, const char* text, size_t size) {
+                (void)std::fwrite(text, 1, size, static_cast<FILE*>(target));
+            },
+            stream};
+}
+
+AsnDump::AsnDump(AsnDumpSink to, const char* rootPath)
+    : sink(to), textLength(0), pathLength(0), spilled(nullptr), root(rootPath) {
     if (root.size() > kPathSize / 4) return;
     pathLength = root.size();
     append(path, root);
     root = {};
-}
-
-AsnDump::AsnDump(FILE* stream, const char* root_)
-    : AsnDump(AsnDumpSink{[](void* target, const char* text_, size_t size) {
-                              (void)std::fwrite(text_, 1, size, static_cast<FILE*>(target));
-                          },
-                          stream},
-              root_) {
 }
 
 AsnDump::~AsnDump() {

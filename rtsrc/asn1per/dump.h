@@ -17,15 +17,17 @@ struct AsnDumpSink {
     void* target;
 };
 
+/// Writes to a stream. The C library keeps the order of this text and the host's own.
+AsnDumpSink asnStreamSink(FILE* stream);
+
 struct AsnDump {
     static constexpr size_t kTextSize = 16384;
     static constexpr size_t kPathSize = 4096;  // above the longest path of any legal message
     static constexpr size_t kBlock = 32;  // paths are copied in blocks; both buffers have slack
 
-    /// `root` is the path to begin with; the text stays the caller's and must outlive the dump.
-    AsnDump(AsnDumpSink sink, const char* root);
-    /// The same to a stream. The C library keeps the order of this text and the host's own.
-    AsnDump(FILE* stream, const char* root);
+    /// `rootPath` is what every path begins with; it stays the caller's and must outlive the dump.
+    AsnDump(AsnDumpSink to, const char* rootPath);
+    AsnDump(FILE* stream, const char* rootPath) : AsnDump(asnStreamSink(stream), rootPath) {}
     ~AsnDump();  // passes on what is left
     AsnDump(const AsnDump&) = delete;
     AsnDump& operator=(const AsnDump&) = delete;

@@ -28,9 +28,20 @@ enum class AsnSource : int32_t {
 };
 constexpr const char* kAsnRuntime = "rtsrc/asn1per";
 
+/// What a tracing reader knows besides the context: the path of the value.
+template <bool Tracing>
+struct AsnReaderPath {};
+template <>
+struct AsnReaderPath<true> {
+    const AsnPathStep* path = nullptr;
+};
+template <bool Tracing>
+struct AsnReaderAt;
+
 template <bool Tracing>
 struct AsnReader {
     AsnContext& ctx;
+    [[no_unique_address]] AsnReaderPath<Tracing> at = {};
 
     /// Records a failure in the trail and returns it: one site for each statement that calls this.
     AsnStatus log(AsnSource source, AsnStatus status, int line = __builtin_LINE()) const {
@@ -46,7 +57,7 @@ struct AsnReader {
 
     // The current field of the trace: open it, move its start to the cursor, close it.
     void newField(const char* label) const {
-        if constexpr (Tracing) pu_newField(ctx, label);
+        if constexpr (Tracing) asnNewField(ctx, at.path, label);
     }
     void setFieldOffset() const {
         if constexpr (Tracing) pu_setFldBitOffset(ctx);
@@ -54,9 +65,35 @@ struct AsnReader {
     void setFieldCount() const {
         if constexpr (Tracing) pu_setFldBitCount(ctx);
     }
+
+    // The same reader for a part of the value: a component of a SEQUENCE, an alternative of a
+    // CHOICE, an element of a list. Only the tracing reader keeps the path.
+    auto component([[maybe_unused]] const char* name) const {
+        if constexpr (Tracing) return AsnReaderAt<true>(*this, ".", name, 0);
+        if constexpr (!Tracing) return *this;
+    }
+    auto alternative([[maybe_unused]] const char* name) const {
+        if constexpr (Tracing) return AsnReaderAt<true>(*this, ".u@", name, 0);
+        if constexpr (!Tracing) return *this;
+    }
+    auto element([[maybe_unused]] uint32_t index) const {
+        if constexpr (Tracing) return AsnReaderAt<true>(*this, ".elem[", nullptr, index);
+        if constexpr (!Tracing) return *this;
+    }
 };
 using AsnPlainReader = AsnReader<false>;
 using AsnTracingReader = AsnReader<true>;
+
+/// A tracing reader with a step of its own: it lives while the part is read.
+template <bool Tracing>
+struct AsnReaderAt : AsnReader<Tracing> {
+    AsnReaderAt(const AsnReader<Tracing>& outer, const char* prefix, const char* name,
+                uint32_t index)
+        : AsnReader<Tracing>{outer.ctx, {&step}}, step{outer.at.path, prefix, name, index} {}
+    AsnReaderAt(const AsnReaderAt&) = delete;
+    AsnReaderAt& operator=(const AsnReaderAt&) = delete;
+    AsnPathStep step;
+};
 
 /// Runs `decode(reader)` with the reader that the context asks for.
 template <class Decode>

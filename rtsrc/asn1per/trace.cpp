@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 
 namespace {
 
@@ -16,16 +17,65 @@ AsnBitField* currentField(const AsnContext& ctx) {
     return traceOn(ctx) && !fields.lost && fields.tail != nullptr ? fields.tail->field : nullptr;
 }
 
-/// "" + "." + each name of the stack + " " + label, in the element heap.
-const char* qualifiedName(AsnContext& ctx, const char* label) {
-    size_t length = label != nullptr ? 1 + std::strlen(label) : 0;
-    for (int32_t i = 0; i < ctx.nameStack.count; ++i)
-        length += 1 + std::strlen(ctx.nameStack.names[i]);
+/// Where the cursor is: in its own octets or, if paths are asked for, in the message. False if its
+/// octets are not part of the message.
+bool position(const AsnContext& ctx, int32_t* bitOffset) {
+    *bitOffset = pd_GetBitOffset(ctx);
+    if (ctx.fieldPaths == nullptr) return true;
+    const uint8_t* const start = ctx.fieldPaths->data;
+    const std::less_equal<> inOrder;
+    if (!inOrder(start, ctx.data) || !inOrder(ctx.data, start + ctx.fieldPaths->size)) return false;
+    *bitOffset += static_cast<int32_t>(ctx.data - start) * 8;
+    return true;
+}
+
+size_t append(char* to, const char* text) {
+    const size_t length = std::strlen(text);
+    if (to != nullptr) std::memcpy(to, text, length);
+    return length;
+}
+
+/// Writes the steps from the outermost to `step`; with null, only counts the characters.
+size_t appendPath(char* to, const AsnPathStep* step) {
+    if (step == nullptr) return 0;
+    char element[16];
+    const char* name = step->name;
+    if (name == nullptr) {
+        std::snprintf(element, sizeof element, "%u]", static_cast<unsigned>(step->index));
+        name = element;
+    }
+    size_t length = appendPath(to, step->outer);
+    for (const char* text : {step->prefix, name})
+        length += append(to != nullptr ? to + length : nullptr, text);
+    return length;
+}
+
+/// The path or, without paths, "." and each name of the stack; then " " and the label.
+size_t appendName(char* to, const AsnContext& ctx, const AsnPathStep* path, const char* label) {
+    size_t length = 0;
+    const auto add = [&](const char* text) {
+        length += append(to != nullptr ? to + length : nullptr, text);
+    };
+    if (ctx.fieldPaths != nullptr) {
+        add(ctx.fieldPaths->root);
+        length += appendPath(to != nullptr ? to + length : nullptr, path);
+    }
+    for (int32_t i = 0; i < ctx.nameStack.count; ++i) {
+        add(".");
+        add(ctx.nameStack.names[i]);
+    }
+    if (label != nullptr) {
+        add(" ");
+        add(label);
+    }
+    return length;
+}
+
+/// The name of a field, in the element heap.
+const char* qualifiedName(AsnContext& ctx, const AsnPathStep* path, const char* label) {
+    const size_t length = appendName(nullptr, ctx, path, label);
     auto* const name = static_cast<char*>(asnMemAlloc(ctx.memHeap, length + 1));
-    if (name == nullptr) return nullptr;
-    for (int32_t i = 0; i < ctx.nameStack.count; ++i)
-        std::strcat(std::strcat(name, "."), ctx.nameStack.names[i]);
-    if (label != nullptr) std::strcat(std::strcat(name, " "), label);
+    if (name != nullptr) appendName(name, ctx, path, label);
     return name;
 }
 
@@ -33,6 +83,7 @@ const char* qualifiedName(AsnContext& ctx, const char* label) {
 /// characters.
 class FieldLine {
   public:
+    explicit FieldLine(AsnDumpSink sink) : sink_(sink) {}
     void put(char bit, uint8_t octet, bool octetEnds) {
         bits_[column_++] = bit;
         if (!octetEnds) return;
@@ -53,9 +104,13 @@ class FieldLine {
 
   private:
     void print() {
-        std::printf("%-35.35s    %-8.8s    %-4.4s\n", bits_, hex_, characters_);
-        *this = {};
+        char text[64];
+        const int size = std::snprintf(text, sizeof text, "%-35.35s    %-8.8s    %-4.4s\n", bits_,
+                                       hex_, characters_);
+        sink_.write(sink_.target, text, static_cast<size_t>(size));
+        *this = FieldLine(sink_);
     }
+    AsnDumpSink sink_;
     char bits_[36] = {};
     char hex_[9] = {};
     char characters_[5] = {};
@@ -63,14 +118,16 @@ class FieldLine {
     size_t octets_ = 0;
 };
 
-/// The bits of one field as they stand in the message: "-" before it in its first octet, "x" for
-/// the padding behind it. The next field's start says how far that reaches; 0 stands for none.
-void printBits(const AsnContext& ctx, const AsnBitField& field, int64_t nextBitOffset) {
+/// The bits of one field as they are in the message: "-" before it in its first octet, "x" for the
+/// padding after it. The next field's start tells where that ends; 0 stands for none.
+void printBits(AsnDumpSink sink, std::span<const uint8_t> message, const AsnBitField& field,
+               int64_t nextBitOffset) {
     const int64_t end = int64_t{field.bitOffset} + field.bitCount;
     const int64_t stop = nextBitOffset > end ? nextBitOffset : end;
-    FieldLine line;
-    for (int64_t at = field.bitOffset / 8 * 8; at < stop && at < int64_t{ctx.size} * 8; ++at) {
-        const uint8_t octet = ctx.data[at / 8];
+    const int64_t bits = static_cast<int64_t>(message.size()) * 8;
+    FieldLine line(sink);
+    for (int64_t at = field.bitOffset / 8 * 8; at < stop && at < bits; ++at) {
+        const uint8_t octet = message[static_cast<size_t>(at / 8)];
         char bit = 'x';
         if (at < field.bitOffset)
             bit = '-';
@@ -84,15 +141,21 @@ void printBits(const AsnContext& ctx, const AsnBitField& field, int64_t nextBitO
 }  // namespace
 
 AsnBitField* pu_newField(AsnContext& ctx, const char* label) {
+    return asnNewField(ctx, nullptr, label);
+}
+
+AsnBitField* asnNewField(AsnContext& ctx, const AsnPathStep* path, const char* label) {
     if (!traceOn(ctx)) return nullptr;
     ctx.fieldList.lost = true;
-    const char* const name = qualifiedName(ctx, label);
+    int32_t bitOffset = 0;
+    if (!position(ctx, &bitOffset)) return nullptr;
+    const char* const name = qualifiedName(ctx, path, label);
     if (name == nullptr) return nullptr;
     auto* const field = static_cast<AsnBitField*>(asnMemAlloc(ctx.memHeap, sizeof(AsnBitField)));
     if (field == nullptr) return nullptr;
     auto* const link = static_cast<AsnBitFieldLink*>(std::malloc(sizeof(AsnBitFieldLink)));
     if (link == nullptr) return nullptr;
-    *field = {name, pd_GetBitOffset(ctx), 0};
+    *field = {name, bitOffset, 0};
     asnDiag("pu_newField: name '%s', bitOffset %d, pField 0x%x\n", name,
             static_cast<int>(field->bitOffset),
             static_cast<unsigned>(reinterpret_cast<uintptr_t>(field)));
@@ -106,15 +169,19 @@ AsnBitField* pu_newField(AsnContext& ctx, const char* label) {
 
 void pu_setFldBitOffset(AsnContext& ctx) {
     AsnBitField* const field = currentField(ctx);
-    if (field == nullptr) return;
-    field->bitOffset = pd_GetBitOffset(ctx);
+    int32_t bitOffset = 0;
+    if (field == nullptr || !position(ctx, &bitOffset)) return;
+    // The padding after a field moves it even if it is closed, except in the trace of a message.
+    if (ctx.fieldPaths != nullptr && field->bitCount != 0) return;
+    field->bitOffset = bitOffset;
     asnDiag("field '%s' bit offset set to %d\n", field->name, static_cast<int>(field->bitOffset));
 }
 
 void pu_setFldBitCount(AsnContext& ctx) {
     AsnBitField* const field = currentField(ctx);
-    if (field == nullptr) return;
-    field->bitCount = pd_GetBitOffset(ctx) - field->bitOffset;
+    int32_t end = 0;
+    if (field == nullptr || !position(ctx, &end)) return;
+    field->bitCount = end - field->bitOffset;
     asnDiag("field '%s' bit count set to %d\n", field->name, static_cast<int>(field->bitCount));
 }
 
@@ -131,15 +198,25 @@ const char* pu_popName(AsnContext& ctx) {
 }
 
 void pu_printBitFieldList(const AsnContext& ctx, const char* prefix) {
-    for (const AsnBitFieldLink* link = ctx.fieldList.head; link != nullptr; link = link->next) {
+    asnPrintFields(asnStreamSink(stdout), ctx.fieldList, {ctx.data, ctx.size}, prefix);
+}
+
+void asnPrintFields(AsnDumpSink sink, const AsnBitFieldList& fields,
+                    std::span<const uint8_t> message, const char* prefix) {
+    const auto print = [&](std::string_view text) {
+        sink.write(sink.target, text.data(), text.size());
+    };
+    for (const AsnBitFieldLink* link = fields.head; link != nullptr; link = link->next) {
         const AsnBitField& field = *link->field;
         const int32_t next = link->next != nullptr ? link->next->field->bitOffset : 0;
-        std::printf("%s%s\n", prefix, field.name);
+        print(prefix);
+        print(field.name);
+        print("\n");
         asnDiag("bit offset: %d\tbit count: %d\tnext bit offset: %d\n",
                 static_cast<int>(field.bitOffset), static_cast<int>(field.bitCount),
                 static_cast<int>(next));
-        printBits(ctx, field, next);
-        std::printf("\n");
+        printBits(sink, message, field, next);
+        print("\n");
     }
 }
 

@@ -2,12 +2,26 @@
 // Only the tracing reader calls it (reader.h). Every function tests ctxFieldTrace itself.
 #pragma once
 
+#include <span>
+
 #include "context.h"
+#include "dump.h"
+
+/// One step of the path of the value that is being read, from the innermost outwards.
+struct AsnPathStep {
+    const AsnPathStep* outer;  // null: the root
+    const char* prefix;        // ".", ".u@" or ".elem["
+    const char* name;          // null for an element
+    uint32_t index;            // of the element
+};
 
 /// Opens a field at the cursor, named after the name stack and the label, which may be null.
 /// Returns null if the trace is off or memory is exhausted: the trace never makes a decode fail,
 /// and closing a field that was not allocated changes no other.
 AsnBitField* pu_newField(AsnContext& ctx, const char* label);
+
+/// The same, named after its path and the label if the context asks for paths.
+AsnBitField* asnNewField(AsnContext& ctx, const AsnPathStep* path, const char* label);
 
 /// Moves the start of the current field to the cursor: padding is no part of a field.
 void pu_setFldBitOffset(AsnContext& ctx);
@@ -23,6 +37,10 @@ const char* pu_popName(AsnContext& ctx);
 /// Prints the table of fields (bits, octets, characters) to standard output, the prefix before the
 /// name of each field.
 void pu_printBitFieldList(const AsnContext& ctx, const char* prefix);
+
+/// The same for the fields of any message, to a sink.
+void asnPrintFields(AsnDumpSink sink, const AsnBitFieldList& fields,
+                    std::span<const uint8_t> message, const char* prefix);
 
 /// Prints the octets consumed so far to standard output.
 void pu_hexDump(const AsnContext& ctx);
