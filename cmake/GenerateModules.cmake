@@ -59,7 +59,8 @@ set(TAMSEL_TYPE_TABLES ${TAMSEL_MODULE_TABLES})
 # registers: loads and stores of several members at once would wait for each other.
 foreach(file IN LISTS TAMSEL_MODULE_SOURCES)
     if(file MATCHES "Trace\\.cpp$")
-        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS -Os)
+        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
+            $<$<NOT:$<CONFIG:Debug>>:-Os>)
     elseif(file MATCHES "Decode\\.cpp$")
         set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
             "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")

@@ -1,5 +1,7 @@
 // The context: element heap, own buffer, second cursors, errors and their reports.
 
+#include <cstring>
+
 #include "support.h"
 
 namespace {
@@ -36,6 +38,41 @@ TEST(Heap, UsesHolesBehindTheNewestBlock) {
     auto* const octets = static_cast<unsigned char*>(asnMemAlloc(heap, 8));
     for (int i = 0; i < 8; ++i) EXPECT_EQ(octets[i], 0);
     asnMemRelease(heap);
+}
+
+TEST(Heap, ALentBlockIsTheFirst) {
+    AsnMemHeap heap{};
+    AsnMemFirstBlock first;
+    asnMemLend(heap, first);
+    EXPECT_EQ(asnMemAlloc(heap, sizeof first.payload - 16), first.payload);
+    void* const oversized = asnMemAllocRaw(heap, kAsnBlockPayload + 1);
+    EXPECT_NE(heap.newest, &first.block);
+    EXPECT_EQ(oversized, heap.newest + 1);
+    EXPECT_EQ(asnMemAllocRaw(heap, 8), first.payload + sizeof first.payload - 16);
+    void* const outside = asnMemAllocRaw(heap, kAsnBlockPayload);
+    EXPECT_EQ(outside, heap.newest + 1);
+    EXPECT_EQ(asnMemAllocRaw(heap, 8), first.payload + sizeof first.payload - 8);
+    asnMemRelease(heap);  // the sanitizer tells if it is freed
+}
+
+TEST(Heap, BigRecordsCostNoWrites) {
+    // openLogicalChannelAck holds a key of up to 65535 octets inline: octets behind the count are
+    // not cleared, all else is.
+    AsnContext ctx;
+    const uint8_t octet = 0;
+    ASSERT_EQ(asnInitContext(ctx, &octet, 1), kAsnOk);
+    const AsnSpan spans[] = {{8, 4}, {16, 2}};
+    auto* const dirt = static_cast<unsigned char*>(asnMemAlloc(ctx.memHeap, 48));
+    std::memset(dirt, 0xAA, 48);
+    ctx.memHeap.newest->used = 0;
+    const auto* records = static_cast<unsigned char*>(asnAllocRecords(ctx, 2, 24, spans, 2));
+    for (size_t i = 0; i < 48; ++i) {
+        const size_t at = i % 24;
+        const bool uncleared = (at >= 8 && at < 12) || at == 16 || at == 17;
+        EXPECT_EQ(records[i], uncleared ? 0xAA : 0) << i;
+    }
+    EXPECT_EQ(asnAllocRecords(ctx, SIZE_MAX / 8, 24, nullptr, 0), nullptr);
+    asnFreeContext(ctx);
 }
 
 TEST(Context, OwnBufferSurvivesARedirection) {

@@ -7,9 +7,6 @@
 #include <functional>
 #include <string>
 
-#include "H235.h"
-#include "H245.h"
-#include "H323.h"
 #include "support.h"
 
 namespace {
@@ -60,7 +57,7 @@ const Read fixedBits = [](AsnContext& ctx, std::string* text) {
     return status;
 };
 const Read fixedOctets = [](AsnContext& ctx, std::string* text) {
-    uint8_t buffer[20];
+    uint8_t buffer[5];
     uint32_t count = 0;
     const AsnStatus status = pd_OctetString(ctx, &count, buffer, sizeof buffer);
     if (status == kAsnOk) *text = hexText(buffer, count);
@@ -115,14 +112,6 @@ Read octetsOf(AsnStatus (*read)(AsnContext&, const uint8_t**, uint32_t*)) {
     };
 }
 const Read openType = octetsOf(pd_OpenType);
-template <class T>
-Read type(AsnStatus (*decode)(AsnContext&, T&)) {
-    return [=](AsnContext& ctx, std::string*) {
-        const auto value = std::make_unique<T>();
-        return decode(ctx, *value);
-    };
-}
-
 constexpr AsnSizeConstraint k1To4{0, 1, 4, nullptr};
 constexpr AsnSizeConstraint k2{0, 2, 2, nullptr};
 constexpr AsnSizeConstraint k3{0, 3, 3, nullptr};
@@ -146,9 +135,9 @@ struct KnownCase {
     const AsnSizeConstraint* size;
     const char* octets;
     Variant variant;
-    int64_t at;  // the bit to begin at
-    const char* value;
-    int32_t end;  // bit position afterwards
+    int64_t at;           // the bit to begin at
+    const char* outcome;  // the value; or the status and the trail
+    int32_t end;          // bit position afterwards; -1: it fails
 };
 
 constexpr uint16_t kCodes[] = {0x41, 0x263A, 0x42};
@@ -158,55 +147,35 @@ constexpr const char* kSignals = "0123456789#*ABCD!";
 
 TEST(Primitives, KnownEncodings) {
     const KnownCase cases[] = {
-        {"one value takes nothing", unsignedInteger(0, 0), kNone, "", aligned, 0, "0", 0},
         {"0..255 aligns", unsignedInteger(0, 255), kNone, "00 2A", aligned, 3, "42", 16},
         {"0..255 unaligned", unsignedInteger(0, 255), kNone, "05 40", unaligned, 3, "42", 11},
         {"0..256 takes two octets", unsignedInteger(0, 256), kNone, "01 00", aligned, 0, "256", 16},
-        {"0..256 takes 9 bits", unsignedInteger(0, 256), kNone, "80 00", unaligned, 0, "256", 9},
         {"255 values are no octet", unsignedInteger(1, 255), kNone, "00 54", aligned, 7, "43", 15},
         {"65537 values take a count", unsignedInteger(0, 65536), kNone, "40 12 34", aligned, 0,
          "4660", 24},
-        {"3 octets after padding", unsignedInteger(0, 70000), kNone, "20 01 11 70", aligned, 2,
-         "70000", 32},
         {"all of 32 bits", unsignedInteger(0, UINT32_MAX), kNone, "C0 FF FF FF FF", aligned, 0,
          "4294967295", 40},
         {"beyond the range is no error", unsignedInteger(0, 4), kNone, "E0", aligned, 0, "7", 3},
         {"negative lower bound", integer(-5, 5), kNone, "A0", aligned, 0, "5", 4},
-        {"full signed range", integer(INT32_MIN, INT32_MAX), kNone, "00 00 00 01", unaligned, 0,
-         "-2147483647", 32},
-        {"extensible, in range", extInteger, kNone, "00 00 5F", aligned, 0, "96", 24},
         {"extensible, beyond", extInteger, kNone, "80 02 80 01", aligned, 0, "-32767", 32},
         {"128 needs a leading zero", uncons, kNone, "02 00 80", aligned, 0, "128", 24},
-        {"leading octets are lost", uncons, kNone, "05 01 00 00 00 02", aligned, 0, "2", 48},
-        {"unsigned", unconsUnsigned, kNone, "04 FF FF FF FF", aligned, 0, "4294967295", 40},
-        {"small", smallNumber, kNone, "0A", aligned, 0, "5", 7},
         {"small, long form aligns in both", smallNumber, kNone, "80 80 C8", unaligned, 0, "200",
          24},
-        {"7-bit form", length, kNone, "05", aligned, 0, "5", 8},
         {"14-bit form, anywhere", length, kNone, "10 20 00", unaligned, 3, "256", 19},
-        {"SIZE (1..4)", length, &k1To4, "40", aligned, 0, "2", 2},
-        {"SIZE (5)", length, &k5, "", aligned, 0, "5", 0},
         {"SIZE (1..256) aligns", length, &k1To256, "00 FF", aligned, 1, "256", 16},
         {"65536 is no bound", length, &k0To65536, "05", aligned, 0, "5", 8},
-        {"within the root", length, &kExtensible, "00", aligned, 0, "2", 1},
         {"in the extension", length, &kExtensible, "80 00 09", aligned, 0, "9", 24},
         {"the data may be missing", component, kNone, "03", aligned, 0, "3", 0},
-        {"no size", dynOctets, kNone, "02 AB CD", aligned, 0, "AB CD", 24},
         {"no size, mid-octet", dynOctets, kNone, "01 55 80 00", unaligned, 1, "AB 00", 25},
-        {"empty", dynOctets, kNone, "00", aligned, 0, "null", 8},
         {"fixed size of 2 does not align", fixedOctets, &k2, "0A BC D0", aligned, 4, "AB CD", 20},
         {"fixed size of 3 aligns", fixedOctets, &k3, "00 AB CD EF", aligned, 4, "AB CD EF", 32},
         {"short range aligns", fixedOctets, &k1To2, "80 AB CD", aligned, 0, "AB CD", 24},
         {"16 bits do not align", fixedBits, &k16, "0A BC D0", aligned, 4, "16: AB CD", 20},
         {"17 bits align", fixedBits, &k17, "00 AB CD FF", aligned, 4, "17: AB CD 80", 25},
-        {"bits of any size", dynBits, kNone, "0B FF FF", aligned, 0, "11: FF E0", 19},
         {"indexes of 4 bits", characters(pd_NumericString), kNone, "04 23 04", unaligned, 0, "12 3",
-         24},
-        {"codes of 8 bits", characters(pd_PrintableString), kNone, "02 41 42", aligned, 0, "AB",
          24},
         {"codes of 7 bits", characters(pd_PrintableString), kNone, "02 83 08", unaligned, 0, "AB",
          22},
-        {"codes are not looked up", characters(pd_IA5String), kNone, "01 7E", aligned, 0, "~", 16},
         {"13 permitted, in the order of the table", characters(pd_IA5String, kDialled), &k1To128,
          "06 01 2C", aligned, 0, "#*,9", 24},
         {"17 permitted: 5 bits", characters(pd_IA5String, kSignals), &k2, "80 00", unaligned, 0,
@@ -218,14 +187,10 @@ TEST(Primitives, KnownEncodings) {
         {"86 characters", characters(pd_86CharString, "a_"), kNone, "02 10", unaligned, 0, "_a",
          12},
         {"all of Latin", characters(pd_GeneralString), kNone, "01 E9", aligned, 0, "\xE9", 16},
-        {"16-bit characters", bmp(nullptr), kNone, "02 00 41 26 3A", aligned, 0, "65 9786 ", 40},
         {"16-bit indexes", bmp(&kAlphabet), kNone, "02 60", aligned, 0, "9786 66 ", 12},
         {"arcs", objectId, kNone, "06 00 08 91 4A 00 02", aligned, 0, "0.0.8.2250.0.2", 56},
         {"first arc 2", objectId, kNone, "02 81 34", aligned, 0, "2.100", 24},
-        {"arcs modulo 2^32", objectId, kNone, "06 2B 90 80 80 80 00", aligned, 0, "1.3.0", 56},
-        {"open type", openType, kNone, "FF 02 AA BB", aligned, 3, "AA BB", 32},
         {"open type across octets", openType, kNone, "E0 55 57 60", unaligned, 3, "AA BB", 27},
-        {"empty open type", openType, kNone, "00", aligned, 0, "null", 8},
         {"an empty fragment is not the end", openType, kNone, "C0 02 AA BB", aligned, 0, "AA BB",
          32},
         // bitmap length 2 (0 000001), bits 1 1, then the open types 02 AABB and 01 CC
@@ -235,11 +200,28 @@ TEST(Primitives, KnownEncodings) {
          "03 81 55 5D 80 E6 00", unaligned, 0, "03 81 55 5D 80 E6", 49},
         {"alternative", octetsOf(pd_ChoiceOpenTypeExt), kNone, "00 01 AA", aligned, 0, "00 01 AA",
          24},
+
+        {"number, alignment", integer(0, 255), kNone, "", aligned, 0, "-2 numbers numbers", -1},
+        {"bounds the wrong way round", integer(10, 9), kNone, "00", aligned, 0, "-24", -1},
+        {"too long", fixedOctets, kNone, "06 41 42 43 44 45 46", aligned, 0, "-17 bits strings",
+         -1},
+        {"no size covers 4", fixedBits, &k1To3, "C0", aligned, 0, "-23 strings", -1},
+        {"characters, fragmented", characters(pd_IA5String), kNone, "C1 41", aligned, 0,
+         "2 strings strings", -1},
+        {"11 is no digit", characters(pd_NumericString), kNone, "01 B0", aligned, 0,
+         "-23 strings strings", -1},
+        {"object identifier, contents", objectId, kNone, "03 2B 06", aligned, 0, "-2 bits objid",
+         -1},
+        {"real, contents", real, kNone, "03 80", aligned, 0, "-2 real", -1},
+        {"additions, 2^32 of them", octetsOf(pd_OpenTypeExt), kNone, "80 04 FF FF FF FF", aligned,
+         0, "-2 opentypes", -1},
+        {"additions, open type", octetsOf(pd_OpenTypeExt), kNone, "01 02 FF", aligned, 0,
+         "-2 bits strings opentypes opentypes", -1},
     };
     for (const KnownCase& c : cases) {
         SCOPED_TRACE(std::string(c.why) + (c.variant == aligned ? ", ALIGNED" : ", UNALIGNED"));
         const Octets octets = hex(c.octets);
-        for (size_t cut = 0; cut <= octets.size(); ++cut) {
+        for (size_t cut = c.end < 0 ? octets.size() : 0; cut <= octets.size(); ++cut) {
             SCOPED_TRACE("cut to " + std::to_string(cut) + " octets");
             Decoding decoding(Octets(octets.begin(), octets.begin() + static_cast<ptrdiff_t>(cut)),
                               c.variant == aligned);
@@ -252,9 +234,8 @@ TEST(Primitives, KnownEncodings) {
                 EXPECT_GT(decoding.ctx.errInfo.trailCount, 0);
                 continue;
             }
-            EXPECT_EQ(status, kAsnOk);
-            EXPECT_EQ(value, c.value);
-            EXPECT_EQ(pd_GetBitOffset(decoding.ctx), c.end);
+            EXPECT_EQ(c.end < 0 ? failureOf(decoding.ctx, status) : value, c.outcome);
+            if (c.end >= 0) EXPECT_EQ(pd_GetBitOffset(decoding.ctx), c.end);
         }
     }
 }
@@ -297,141 +278,6 @@ TEST(Primitives, ObjectIdsHaveAtMost128Arcs) {
     AsnOctetReader reader{longer.data(), 3, 0};
     AsnObjId id{};
     EXPECT_EQ(asnDecObjIdContents(reader, id, 2), kAsnInvalidLength);
-}
-
-struct FailureCase {
-    const char* why;
-    Read read;
-    const AsnSizeConstraint* size;
-    const char* octets;
-    Variant variant;
-    const char* outcome;  // the status and the trail: run-time sources, or module and line
-};
-
-std::string outcomeOf(AsnStatus status, const AsnErrorInfo& info) {
-    constexpr const char* kSources[] = {"?",     "bits", "numbers",   "strings",
-                                        "objid", "real", "opentypes", "constructs"};
-    std::string text = std::to_string(status);
-    for (int32_t i = 0; i < info.trailCount; ++i) {
-        const AsnTrailEntry& site = info.trail[i];
-        const std::string module = site.module;
-        text += module == kAsnRuntime ? std::string(" ") + kSources[site.line / 1000]
-                                      : " " + module + ":" + std::to_string(site.line);
-    }
-    return text;
-}
-
-// What the decoders of messages report. None of their own steps is logged; what a primitive logs
-// is.
-const Read message =
-    type<H245MultimediaSystemControlMessage>(DecodeH245MultimediaSystemControlMessage);
-const Read unregistration = type<H225UnregistrationConfirm>(DecodeH225UnregistrationConfirm);
-const Read numberDigits = type<H225NumberDigits>(DecodeH225NumberDigits);
-
-TEST(Primitives, FailuresAndTheirTrail) {
-    const FailureCase cases[] = {
-        {"a bit", number<uint8_t>(pd_bit), kNone, "", aligned, "-2"},
-        {"bits", number<uint32_t, uint32_t>(pd_bits, 9), kNone, "FF", aligned, "-2 bits"},
-        {"number", integer(0, 7), kNone, "", aligned, "-2 bits numbers"},
-        {"number, alignment", integer(0, 255), kNone, "", aligned, "-2 numbers numbers"},
-        {"number, octet", integer(0, 65535), kNone, "FF", aligned, "-2 bits numbers"},
-        {"number, octet count", integer(0, 65536), kNone, "", aligned, "-2 bits numbers"},
-        {"bounds the wrong way round", integer(10, 9), kNone, "00", aligned, "-24"},
-        {"index", unsignedInteger(0, 7), kNone, "", aligned, "-2 bits numbers"},
-        {"extension bit of a range", extInteger, kNone, "", aligned, "-2 numbers"},
-        {"integer, no length", uncons, kNone, "", aligned, "-2 numbers numbers"},
-        {"integer, no contents", uncons, kNone, "01", aligned, "-2 numbers"},
-        {"integer, contents", uncons, kNone, "02 FF", aligned, "-2 bits numbers"},
-        {"unsigned, contents", unconsUnsigned, kNone, "02 FF", aligned, "-2 bits numbers"},
-        {"small number, nothing", smallNumber, kNone, "", aligned, "-2 numbers"},
-        {"small number, long form", smallNumber, kNone, "80", aligned, "-2 numbers numbers"},
-        {"length, nothing", length, kNone, "", aligned, "-2 numbers"},
-        {"length, nothing", length, kNone, "", unaligned, "-2 numbers"},
-        {"length, 14-bit form", length, kNone, "81", aligned, "-2 bits numbers"},
-        {"length, bounded", length, &k1To4, "", aligned, "-2 bits numbers"},
-        {"length, alignment", length, &k1To256, "", aligned, "-2 numbers numbers"},
-        {"length, extension", length, &kExtensible, "", aligned, "-2 numbers"},
-        {"total, a fragment that is missing", component, kNone, "C1", aligned, "-2 numbers"},
-        {"octet string, contents", fixedOctets, &k3, "FF FF", unaligned, "-2 bits strings"},
-        {"octet string, alignment", fixedOctets, &k3, "", aligned, "-2 strings"},
-        {"octet string, too long", fixedOctets, kNone,
-         "15 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11 12 13 14 15", aligned,
-         "-17 bits strings"},
-        {"bit string, no size covers 4", fixedBits, &k1To3, "C0", aligned, "-23 strings"},
-        {"dynamic octets, length", dynOctets, kNone, "", aligned, "-2 numbers strings"},
-        {"dynamic octets, contents", dynOctets, kNone, "02 FF", aligned, "-2 bits strings strings"},
-        {"dynamic bits, contents", dynBits, kNone, "09 FF", aligned, "-2 bits strings strings"},
-        {"characters, length", characters(pd_NumericString), kNone, "", aligned,
-         "-2 numbers strings strings"},
-        {"characters, contents", characters(pd_IA5String), kNone, "02 41", aligned,
-         "-2 bits strings strings"},
-        {"characters, fragmented", characters(pd_IA5String), kNone, "C1 41", aligned,
-         "2 strings strings"},
-        {"11 is no digit", characters(pd_NumericString), kNone, "01 B0", aligned,
-         "-23 strings strings"},
-        {"13 is not permitted", characters(pd_IA5String, kDialled), &k1To128, "00 D0", aligned,
-         "-23 strings strings"},
-        {"a code is bound as well", characters(pd_IA5String, kSignals), &k1To128, "00 45", aligned,
-         "-23 strings strings"},
-        {"no character is permitted", characters(pd_IA5String, "\x7F"), kNone, "01 21", aligned,
-         "-23 strings strings"},
-        {"7-bit indexes into nothing", characters(pd_GeneralString), kNone, "01 82", unaligned,
-         "-23 strings strings"},
-        {"16-bit index", bmp(&kAlphabet), kNone, "01 C0", aligned, "-23 strings strings"},
-        {"object identifier, length", objectId, kNone, "", aligned, "-2 numbers objid"},
-        {"object identifier, contents", objectId, kNone, "03 2B 06", aligned, "-2 bits objid"},
-        {"object identifier, last arc", objectId, kNone, "02 2B 86", aligned, "-2 objid"},
-        {"real, contents", real, kNone, "03 80", aligned, "-2 real"},
-        {"open type, length", openType, kNone, "", aligned, "-2 numbers opentypes"},
-        {"open type, contents", openType, kNone, "02 FF", aligned, "-2 bits strings opentypes"},
-        {"additions, bitmap length", octetsOf(pd_OpenTypeExt), kNone, "", aligned,
-         "-2 numbers opentypes"},
-        {"additions, bitmap", octetsOf(pd_OpenTypeExt), kNone, "06", aligned, "-2 opentypes"},
-        {"additions, 2^32 of them", octetsOf(pd_OpenTypeExt), kNone, "80 04 FF FF FF FF", aligned,
-         "-2 opentypes"},
-        {"additions, open type", octetsOf(pd_OpenTypeExt), kNone, "01 02 FF", aligned,
-         "-2 bits strings opentypes opentypes"},
-        {"alternative, open type", octetsOf(pd_ChoiceOpenTypeExt), kNone, "00 02 FF", aligned,
-         "-2 bits strings opentypes opentypes"},
-        // one message for each construct
-        {"root index", message, kNone, "", aligned, "-2 bits numbers"},
-        {"component", message, kNone, "01 00", aligned, "-2 numbers numbers"},
-        {"unknown alternative", message, kNone, "81 C0", aligned,
-         "-2 numbers opentypes opentypes H245:22926"},
-        {"bitmap beyond the data", unregistration, kNone, "80 00 00 40 FF", aligned, "-2"},
-        {"open type of an addition", unregistration, kNone, "80 00 00 01 80 02 FF", aligned,
-         "-2 bits strings opentypes"},
-        {"list that cannot fit, in an addition", unregistration, kNone, "80 00 00 01 80 01 05",
-         aligned, "-2"},
-        {"extension alternative, index", message, kNone, "10", aligned, "-2 bits numbers"},
-        {"extension alternative, alignment", message, kNone, "10 00", aligned, "-2"},
-        {"extension alternative, unknown", message, kNone, "10 40 01 00", aligned, "-11"},
-        {"an index before a missing character", numberDigits, kNone, "04 F0", aligned,
-         "-23 strings strings"},
-    };
-    for (const FailureCase& c : cases) {
-        for (const bool traced : {false, true}) {
-            SCOPED_TRACE(std::string(c.why) + (traced ? ", traced" : ""));
-            Decoding decoding(hex(c.octets), c.variant == aligned);
-            asnSetFieldTrace(decoding.ctx, traced ? 1 : 0);
-            decoding.ctx.sizeConstraint = c.size;
-            std::string ignored;
-            const AsnStatus status = c.read(decoding.ctx, &ignored);
-            EXPECT_EQ(outcomeOf(status, decoding.ctx.errInfo), c.outcome);
-        }
-    }
-}
-
-TEST(Primitives, OneEmptyFragmentMovesNothing) {
-    // H.245 messages whose open types begin with an empty fragment (C0)
-    Decoding kept(hex("01 80 32 40 30 39 01 C0 02 DE AD"));
-    H245MultimediaSystemControlMessage value{};
-    ASSERT_EQ(DecodeH245MultimediaSystemControlMessage(kept.ctx, value), kAsnOk);
-    EXPECT_EQ(value.u.request->u.masterSlaveDetermination->extElem1.numocts, 5U);
-    Decoding entered(hex("10 20 C0 01 00"));
-    ASSERT_EQ(DecodeH245MultimediaSystemControlMessage(entered.ctx, value), kAsnOk);
-    EXPECT_EQ(value.u.request->t, 13U);
-    EXPECT_EQ(value.u.request->u.conferenceRequest->t, 1U);
 }
 
 TEST(Primitives, PendingConstraintStays) {

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <functional>
 
-#include "H235.h"
-#include "H245.h"
-#include "H323.h"
 #include "support.h"
 
 namespace {
@@ -60,51 +57,11 @@ TEST(Print, FormsWithAPathGiveTheSame) {
     asnPrintBitStr("A.b", 1, octets, ".");
     asnPrintBMPStr("A.b", {}, ".");
     asnHexDump(octets, 0);
-    const H235TimeStamp stamp = 7;
-    PrintH235TimeStamp("A.b", stamp);
     const std::string one = "01 " + std::string(46, ' ') + ".\n";
     EXPECT_EQ(::testing::internal::GetCapturedStdout(),
               "A.b = -1\nA.b = 1\nA.b = TRUE\nA.b = 1.000000\nA.b = 'x'\nA.b = { \n9 }\n"
               "A.b.numbits = 1\nA.b.data = \n" +
-                  one + "A.b.nchars = 0\nA.b.data = \n" + kBlanks + "\n" + kBlanks + "\nA.b = 7\n");
-}
-
-TEST(Print, PresenceLinesComeFirst) {
-    H235Params params{};
-    params.m.ranIntPresent = 1;
-    params.ranInt = 7;
-    EXPECT_EQ(dumped([&](AsnDump& d) { PrintH235Params(d, params); }),
-              "P.m@ranIntPresent = 1\nP.m@iv8Present = 0\nP.ranInt = 7\n"
-              "P.extElem1.numocts = 0\nP.extElem1.data = \n" +
-                  kBlanks + "\n");
-}
-
-TEST(Print, NamesThatDeviate) {
-    H245TransparencyParameters transparency{};
-    const std::string text =
-        dumped([&](AsnDump& d) { PrintH245TransparencyParameters(d, transparency); });
-    for (const char* line : {"P.offset-x = 0", "P.offset-y = 0", "P.scale_x = 0", "P.scale-y = 0"})
-        EXPECT_NE(text.find(line), std::string::npos) << line;
-    H225SecurityCapabilities security{};
-    EXPECT_NE(dumped([&](AsnDump& d) {
-                  PrintH225SecurityCapabilities(d, security);
-              }).find("P.authenticaton.t = 0"),
-              std::string::npos);
-    H225ConferenceGoal goal{4};
-    EXPECT_EQ(dumped([&](AsnDump& d) { PrintH225ConferenceGoal(d, goal); }), "P.t = 4\n");
-}
-
-TEST(Print, UnknownAlternativeNumber) {
-    const uint8_t octets[] = {0xAA};
-    AsnOpenType unknown{1, octets};
-    H235AuthenticationMechanism mechanism{};
-    mechanism.t = 8;
-    mechanism.u.extElem1 = &unknown;
-    const auto print = [&](AsnDump& d) { PrintH235AuthenticationMechanism(d, mechanism); };
-    EXPECT_EQ(dumped(print), "P.t = 8\nP.u@extElem1.numocts = 1\nP.u@extElem1.data = \naa " +
-                                 std::string(46, ' ') + ".\n");
-    mechanism.t = 9;
-    EXPECT_EQ(dumped(print), "P.t = 9\n");
+                  one + "A.b.nchars = 0\nA.b.data = \n" + kBlanks + "\n" + kBlanks + "\n");
 }
 
 TEST(Print, PathsHaveNoLimit) {

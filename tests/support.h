@@ -119,6 +119,20 @@ class Decoding {
     std::unique_ptr<uint8_t[]> octets_;
 };
 
+/// A status and the trail of the failure: run-time sources, or module and line.
+inline std::string failureOf(const AsnContext& ctx, AsnStatus status) {
+    constexpr const char* kSources[] = {"?",     "bits", "numbers",   "strings",
+                                        "objid", "real", "opentypes", "constructs"};
+    std::string text = std::to_string(status);
+    for (int32_t i = 0; i < ctx.errInfo.trailCount; ++i) {
+        const AsnTrailEntry& site = ctx.errInfo.trail[i];
+        const std::string module = site.module;
+        text += module == kAsnRuntime ? std::string(" ") + kSources[site.line / 1000]
+                                      : " " + module + ":" + std::to_string(site.line);
+    }
+    return text;
+}
+
 /// What a printer adds to a dump.
 template <class Print>
 std::string dumped(Print print, const char* root = "P") {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <random>
+#include <stdexcept>
 
 #include "asn1per/typetable.h"
 #include "support.h"
@@ -22,6 +23,12 @@ inline std::vector<const AsnTypeInfo*> allTypes() {
     for (size_t i = 0; i < kH323TypeCount; ++i) types.push_back(&kH323Types[i]);
     for (size_t i = 0; i < kZooTypeCount; ++i) types.push_back(&kZooTypes[i]);
     return types;
+}
+
+inline const AsnTypeInfo& typeNamed(const std::string& name) {
+    for (const AsnTypeInfo* type : allTypes())
+        if (type->name == name) return *type;
+    throw std::out_of_range(name);
 }
 
 /// Zeroed memory for one value.

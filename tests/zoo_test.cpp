@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "H245Decode.h"  // beside ZooDecode.h: the constants of two modules do not meet
 #include "ZooDecode.h"
 #include "allocation.h"
 #include "asn1per/typetable.h"
