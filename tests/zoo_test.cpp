@@ -65,6 +65,7 @@ const ZooCase kSequences[] = {
     {"Empty", "", "=", 0, ""},
     {"Nulls", "", "=", 0, ""},
     {"Null_flag", "1", "=", 0, ".m@aPresent = 1"},
+    {"Null_flag", "", "=", 0, ".m@aPresent = 0"},
     {"Plain", "101 1", "=", 0, ".a = 5; .b = TRUE"},
     {"First_optional", "1 1 0", "=", 0, ".m@aPresent = 1; .a = 1; .b = 0"},
     {"First_optional", "0 1", "=", 0, ".m@aPresent = 0; .b = 1"},
@@ -84,6 +85,7 @@ const ZooCase kSequences[] = {
      "1 1 0000100 11101 00 [01 80] [01 00] [01 40] [01 00]", 0,
      ".m@bPresent = 1; .m@cPresent = 1; .m@dPresent = 1; .a = 1; .b = 1; .d.e = 1; "
      ".d.extElem1.numocts = 0; .d.extElem1.data ="},
+    {"Additions", "1 1 1 [04] 00000 [FF FF FF FF]", "1 1 1 00000 [04 FF FF FF FF]", -2, ""},
     {"Only_additions", "0", "=", 0, ".m@aPresent = 0; .m@bPresent = 0"},
     {"Only_additions", "1 0000001 11 [02 10 40] [01 42]",
      "1 0000001 11 000000 [02 00 41] [02 00 42]", 0,
@@ -145,6 +147,10 @@ const ZooCase kChoices[] = {
     {"Known", "1 0000010 [02 10 40]", "1 0000010 [02 00 41]", 0,
      ".t = 5; .u@e.numocts = 1; .u@e.data =; 41 A"},
     {"Known", "1 0000011 [01 00]", "=", -11, ""},
+    {"Known", "1 0000000 [00]", "=", -2, ""},
+    {"Known", "1 0000001 [00]", "=", 0, ".t = 4"},
+    // an index so large that adding the root alternatives wraps
+    {"Known", "1 1 [04] 000000 [FF FF FF FE 01 00]", "1 1 000000 [04 FF FF FF FE 01 00]", -11, ""},
     {"Known_nulls", "0", "=", 0, ".t = 1"},
     {"Known_nulls", "1 0000000 [01 00]", "=", 0, ".t = 2"},
     {"Choice_255", "[FE] 1", "=", 0, ".t = 255; .u@a255 = 1"},
@@ -157,6 +163,7 @@ const ZooCase kLists[] = {
     {"List", "[08 FE]", "=", 0, ".n = 8; .elem[0] = TRUE;...; .elem[7] = FALSE"},
     {"List", "[09 FE]", "=", -2, ""},
     {"List", "[00]", "=", 0, ".n = 0"},
+    {"List", "[C1 FF]", "=", 2, ""},
     {"List_2", "[07 08]", "=", 0, ".n = 2; .elem[0] = 7; .elem[1] = 8"},
     {"List_1_to_4", "01 0 1000001 0 1000010", "01 0 00000 [41] 0 0000000 [42]", 0,
      ".n = 2; .elem[0] = 'A'; .elem[1] = 'B'"},
@@ -277,48 +284,6 @@ TEST(Zoo, Choices) {
 }
 TEST(Zoo, Lists) {
     checkAll(kLists);
-}
-
-TEST(Zoo, LeastBitsOfElements) {
-    struct ElementCase {
-        const char* list;
-        uint32_t aligned;
-        uint32_t unaligned;
-    };
-    const ElementCase kCases[] = {
-        {"List", 1, 1},                // BOOLEAN
-        {"List_2", 8, 8},              // 256 values
-        {"List_1_to_4", 9, 8},         // a length of 1 bit, one character
-        {"List_long", 16, 16},         // 65536 values
-        {"List_of_lists", 4, 4},       // a count, and one flag and 2 bits
-        {"List_of_octets", 16, 16},    // no length
-        {"List_of_large", 10, 17},     // ALIGNED: a count of octets, and one octet
-        {"List_of_extensible", 9, 9},  // an extension bit, and the length of no octets
-        {"List_of_digits", 4, 4},      // two characters of 2 bits
-        {"List_of_choices", 10, 10},   // an extension bit, an index, an octet
-        {"Nested_a_b", 2, 2},          // an extension bit
-        {"Tree_children", 2, 2},       // the flag of further children
-    };
-    for (const ElementCase& row : kCases) {
-        EXPECT_EQ(zooType(row.list).elementLeast.aligned, row.aligned) << row.list;
-        EXPECT_EQ(zooType(row.list).elementLeast.unaligned, row.unaligned) << row.list;
-    }
-}
-
-TEST(Zoo, AlternativesHaveNames) {
-    EXPECT_EQ(ZooKnown::a, 1U);
-    EXPECT_EQ(ZooKnown::e, 5U);
-    EXPECT_EQ(ZooMarked_choice::extElem1, 3U);
-    EXPECT_EQ(ZooWords::alignas_, 1U);
-}
-
-TEST(Zoo, AFailedDecoderLogsItsModule) {
-    ZooMarked_choice value{};
-    Decoding decoding(bits("1 0000000"));
-    EXPECT_EQ(DecodeZooMarked_choice(decoding.ctx, value), kAsnEndOfData);
-    const AsnErrorInfo& error = decoding.ctx.errInfo;
-    ASSERT_GT(error.trailCount, 0);
-    EXPECT_STREQ(error.trail[error.trailCount - 1].module, "Zoo");
 }
 
 }  // namespace
