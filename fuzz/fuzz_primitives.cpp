@@ -7,7 +7,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* input, size_t length) {
     static ReferenceComparison comparison;
     if (length == 0) return 0;
     comparison.run(Choices(input + 1, length - 1), input[0] & 3U);
-    if (comparison.differences().empty()) return 0;
-    std::fputs(comparison.summary().c_str(), stderr);
+    if (comparison.difference().empty()) return 0;
+    std::fputs(comparison.difference().c_str(), stderr);
     __builtin_trap();
 }

@@ -50,29 +50,18 @@ class ReferenceComparison {
   public:
     static constexpr unsigned kTraced = 1;
     static constexpr unsigned kDiagnosed = 2;
-    struct Difference {
-        uint64_t count = 0;
-        std::string example;  // the first one
-    };
-
     /// One case: up to four steps over the same octets, until one fails. `mode`: kTraced and
     /// kDiagnosed, or 0.
     void run(Choices choices, unsigned mode);
 
     uint64_t steps() const { return steps_; }
-    /// By primitive and by what differs.
-    const std::map<std::string, Difference>& differences() const { return differences_; }
-    std::string summary() const;
-    /// How often each primitive returned each status.
-    const std::map<std::pair<std::string, int32_t>, uint64_t>& statuses() const {
-        return statuses_;
-    }
+    /// The first step that differed, and in what; empty if none did.
+    const std::string& difference() const { return difference_; }
 
   private:
     friend struct ReferenceCase;
     CapturedOutput output_;
     uint64_t steps_ = 0;
     std::map<int32_t, std::string> sites_;  // the function that logs at a line
-    std::map<std::string, Difference> differences_;
-    std::map<std::pair<std::string, int32_t>, uint64_t> statuses_;
+    std::string difference_;
 };

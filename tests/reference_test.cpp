@@ -5,13 +5,13 @@
 #include "reference_steps.h"
 
 TEST(Reference, RandomStepsAgree) {
-    std::string differences;
+    std::string difference;
     {
         ReferenceComparison comparison;
         for (unsigned mode = 0; mode < 4; ++mode)
-            for (uint64_t i = 0; i < 25000 && comparison.differences().empty(); ++i)
+            for (uint64_t i = 0; i < 25000 && comparison.difference().empty(); ++i)
                 comparison.run(Choices(i << 2 ^ mode), mode);
-        differences = comparison.summary();
+        difference = comparison.difference();
     }
-    EXPECT_EQ(differences, "");
+    EXPECT_EQ(difference, "");
 }
