@@ -163,6 +163,7 @@ int main(int argc, char** argv) {
     app.add_option("FILE", options.files, "The captures, in order of time")
         ->required()
         ->type_name("");
+    app.set_version_flag("--version", "tamsel-capture " TAMSEL_VERSION);
     app.footer(kFooter);
     try {
         app.parse(argc, argv);

@@ -130,6 +130,7 @@ int main(int argc, char** argv) {
     app.add_option("FILE", options.files,
                    "The messages, one a file; - is standard input, the default")
         ->type_name("");
+    app.set_version_flag("--version", "tamsel-dump " TAMSEL_VERSION);
     app.footer(kFooter);
     try {
         app.parse(argc, argv);
