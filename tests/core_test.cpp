@@ -8,11 +8,6 @@
 
 namespace {
 
-const TamselFamily& familyOf(const Message& message) {
-    if (message.dump == H323RASASNDecode) return kTamsel1998.ras;
-    return message.dump == H323H245ASNDecode ? kTamsel1998.h245 : kTamsel1998.ui;
-}
-
 TEST(Core, DumpsEveryMessage) {
     const std::vector<Message> messages = allMessages();
     const auto decoder = std::make_unique<TamselDecoder>();

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "Tamsel.h"
+#include "TamselCore.h"
 #include "support.h"
 
 struct Message {
@@ -39,6 +40,12 @@ inline std::vector<Message> allMessages() {
     std::sort(messages.begin(), messages.end(),
               [](const Message& a, const Message& b) { return a.name < b.name; });
     return messages;
+}
+
+/// Its family, for the core.
+inline const TamselFamily& familyOf(const Message& message) {
+    if (message.dump == H323RASASNDecode) return kTamsel1998.ras;
+    return message.dump == H323H245ASNDecode ? kTamsel1998.h245 : kTamsel1998.ui;
 }
 
 /// Runs the export over the octets in a block of exactly their size.
