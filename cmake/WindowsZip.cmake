@@ -1,0 +1,35 @@
+# The zip for Windows: one flat folder with all that a host needs. Text files get CR LF.
+
+# text(FOLDER SOURCE [NAME]): a text file of the project, in a folder of the zip.
+function(text folder source)
+    get_filename_component(name ${source} NAME)
+    if(ARGC GREATER 2)
+        set(name ${ARGV2})
+    endif()
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${source})
+    file(READ ${PROJECT_SOURCE_DIR}/${source} content)
+    string(REPLACE "\n" "\r\n" content "${content}")
+    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/zip/${folder}/${name} "${content}")
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zip/${folder}/${name}
+        DESTINATION ${folder} COMPONENT win32)
+endfunction()
+
+install(TARGETS tamsel_dll RUNTIME DESTINATION . COMPONENT win32)
+if(TARGET tamsel-dump)
+    install(TARGETS tamsel-dump RUNTIME DESTINATION . COMPONENT win32)
+endif()
+install(FILES ${import_library} DESTINATION . COMPONENT win32)
+text(. docs/windows.txt README.txt)
+text(. SECURITY.md SECURITY.txt)
+text(. CHANGELOG.md CHANGELOG.txt)
+text(. include/Tamsel.h)
+text(. src/Tamsel.def)
+text(docs docs/hosts.md)
+text(docs docs/modules.md)
+foreach(example linked.c loaded.c dump.py Dump.cs Dump.dpr Dump.bas)
+    text(examples examples/${example})
+endforeach()
+
+set(CPACK_GENERATOR ZIP)
+set(CPACK_PACKAGE_FILE_NAME Tamsel-${PROJECT_VERSION}-win32)
+set(CPACK_COMPONENTS_ALL win32)

@@ -1,0 +1,21 @@
+# Completion for tamsel-dump and tamsel-capture: options as --help lists them, families, files.
+_tamsel() {
+    local current=$2 previous=$3 word i families=0
+    COMPREPLY=()
+    if [[ $current == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W \
+            "$("$1" --help 2>/dev/null | grep -oE '(^|[ ,])--?[a-z][a-z-]*' | tr -d ' ,')" -- "$current")
+        return
+    fi
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        word=${COMP_WORDS[i]}
+        [[ $word == ras || $word == ui || $word == h245 ]] && families=1
+    done
+    if [[ $previous == --family || ($1 == *tamsel-dump && $families == 0 && $previous != -o) ]]; then
+        mapfile -t COMPREPLY < <(compgen -W 'ras ui h245' -- "$current")
+    else
+        mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        compopt -o filenames 2>/dev/null
+    fi
+}
+complete -F _tamsel tamsel-dump tamsel-capture
