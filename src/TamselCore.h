@@ -94,8 +94,9 @@ class TamselDecoder {
         return *reinterpret_cast<const Message*>(value_);
     }
 
-    /// Prints the message, if it decoded. The sink must not throw.
-    void print(AsnDumpSink sink) const;
+    /// Prints the message, if it decoded. The sink must not throw. For a terminal `escaped` keeps
+    /// the control characters of character strings from it (print.h).
+    void print(AsnDumpSink sink, bool escaped = false) const;
 
     /// The dump as text in memory of the decoder's; empty if the message did not decode.
     /// Returns 0, or kAsnNoMemory.

@@ -99,9 +99,10 @@ void TamselDecoder::printFields(AsnDumpSink sink) const {
     asnPrintFields(sink, ctx_.fieldList, message_, "");
 }
 
-void TamselDecoder::print(AsnDumpSink sink) const {
+void TamselDecoder::print(AsnDumpSink sink, bool escaped) const {
     if (family_ == nullptr || status_ != kAsnOk) return;
     AsnDump dump(sink, family_->root);
+    dump.escaped = escaped;
     family_->print(dump, value_);
 }
 

@@ -25,6 +25,13 @@ TEST(Print, Leaves) {
         {dumped([](AsnDump& d) { asnPrintUnsigned(d, UINT32_MAX); }), "P = 4294967295\n"},
         {dumped([](AsnDump& d) { asnPrintReal(d, 0.5); }), "P = 0.500000\n"},
         {dumped([](AsnDump& d) { asnPrintCharStr(d, "a'\x01"); }), "P = 'a'\x01'\n"},
+        // C0, DEL, C1 as one octet and as UTF-8, a line end that would make a line of its own.
+        {dumped([](AsnDump& d) {
+             d.escaped = true;
+             asnPrintCharStr(d, "a~\\\x1b[\x7f\x9b\xc2\x9b\xff'\nP = 1");
+         }),
+         R"(P = 'a~\\\x1b[\x7f\x9b\xc2\x9b\xff'\x0aP = 1')"
+         "\n"},
         {dumped([&](AsnDump& d) { asnPrintOID(d, id); }), "P = { \n0 0 8 2250 0 -1 }\n"},
         {dumped([&](AsnDump& d) { asnPrintOIDValue(d, {}); }), "{ \n}\n"},
         {dumped([&](AsnDump& d) { asnPrintOctStr(d, 6, octets, "."); }),

@@ -37,6 +37,7 @@ struct AsnDump {
     size_t pathLength;
     const AsnDumpStep* spilled;  // the innermost step that did not fit into `path`, or null
     std::string_view root;       // written first where it did not fit into `path`, else empty
+    bool escaped = false;        // see print.h
     char path[kPathSize + kBlock];
     char text[kTextSize + kBlock];
 };

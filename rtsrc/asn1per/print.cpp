@@ -65,6 +65,20 @@ void putOctet(char* line, uint32_t i, uint8_t octet) {
     line[kHexColumn + 1 + i] = kOctetTexts.character[octet];
 }
 
+/// The text without any control character, whatever the character set of a terminal is.
+void escapedText(AsnDump& dump, std::string_view text) {
+    for (const char c : text) {
+        char* const at = asnDumpRoom(dump, 4);
+        const auto octet = static_cast<uint8_t>(c);
+        if (c == '\\')
+            commit(dump, append(at, "\\\\"));
+        else if (octet >= 0x20 && octet <= 0x7E)
+            commit(dump, append(at, {&c, 1}));
+        else
+            commit(dump, append(append(at, "\\x"), {kOctetTexts.hex[octet], 2}));
+    }
+}
+
 }  // namespace
 
 void asnPrintBoolean(AsnDump& dump, uint8_t value) {
@@ -82,7 +96,7 @@ void asnPrintUnsigned(AsnDump& dump, uint32_t value) {
 
 void asnPrintCharStr(AsnDump& dump, const char* text) {
     commit(dump, append(asnDumpLine(dump, 4), " = '"));
-    if (text != nullptr) asnDumpText(dump, text);
+    if (text != nullptr) dump.escaped ? escapedText(dump, text) : asnDumpText(dump, text);
     asnDumpText(dump, "'\n");
 }
 

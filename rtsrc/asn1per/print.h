@@ -11,10 +11,12 @@
 #include "opentypes.h"
 #include "strings.h"
 
+// Character strings come out octet for octet, unless the dump is `escaped`, for a terminal: then
+// what is not printable ASCII becomes \xNN, and a backslash becomes two.
 void asnPrintBoolean(AsnDump& dump, uint8_t value);      // path = TRUE
 void asnPrintInteger(AsnDump& dump, int32_t value);      // path = -1
 void asnPrintUnsigned(AsnDump& dump, uint32_t value);    // path = 4294967295
-void asnPrintCharStr(AsnDump& dump, const char* text);   // path = 'text', nothing escaped
+void asnPrintCharStr(AsnDump& dump, const char* text);   // path = 'text'
 void asnPrintReal(AsnDump& dump, double value);          // path = 0.500000
 void asnPrintOID(AsnDump& dump, const AsnObjId& value);  // path = { / 0 0 8 }
 void asnPrintOIDValue(AsnDump& dump, const AsnObjId& value);
