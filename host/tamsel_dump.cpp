@@ -1,120 +1,122 @@
 // tamsel-dump: messages from files or standard input, their dumps to a file or standard output.
 
 #include <CLI/CLI.hpp>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 
-#include "hex_text.h"
-#include "message_dump.h"
-
-#if defined(_WIN32)
-#include <fcntl.h>
-#include <io.h>
-#endif
+#include "TamselCore.h"
+#include "dump_output.h"
+#include "message_input.h"
 
 namespace {
 
 enum ExitCode { kDone = 0, kNotDecoded = 1, kWrongUse = 2 };
 
-constexpr const char* kFooter = R"(FAMILY is one of
-  ras   H.225.0 RAS messages
-  ui    H.225.0 call signalling (H323-UserInformation)
-  h245  H.245 control messages
-
-Input is octets or hex text; blanks, colons and 0x may stand between octets.
-Exit status: 0, 1 if a message did not decode, 2 for wrong use.
-
-Example:
-  echo 01 00 00 80 92 4F D5 | tamsel-dump h245)";
-
-struct WrongUse : std::runtime_error {
-    using runtime_error::runtime_error;
-};
+constexpr const char* kFooter =
+    R"(FAMILY: ras (H.225.0 RAS), ui (H.225.0 call signalling) or h245 (H.245)
+Input: octets, or hex text: pairs of digits, one message a line; a hex dump of
+Wireshark or xxd; C arrays; escaped strings.
+Exit status: 0, 1 if a message did not decode, 2 for wrong use or bad input.
+Example: echo 01 00 00 80 92 4F D5 | tamsel-dump h245)";
 
 struct Options {
     bool unaligned = false;
+    bool fields = false;
+    bool check = false;
+    InputOptions input;
     std::string output;
     std::string family;
     std::vector<std::string> files;
 };
 
-std::string readInput(const std::string& file) {
-    if (file == "-") {
-#if defined(_WIN32)
-        _setmode(_fileno(stdin), _O_BINARY);
-#endif
-        return {std::istreambuf_iterator<char>(std::cin), {}};
-    }
-    std::ifstream in(file, std::ios::binary);
-    std::string text(std::istreambuf_iterator<char>(in), {});
-    if (!in) throw WrongUse(file + ": cannot be read");
-    return text;
+/// The families of the set of modules that the options ask for.
+const TamselFamily& findFamily(const Options& options) {
+    const TamselModules& modules = kTamsel1998;
+    if (options.family == modules.ras.name) return modules.ras;
+    return options.family == modules.ui.name ? modules.ui : modules.h245;
 }
 
-Octets readMessage(const std::string& file) {
-    const std::string input = readInput(file);
-    const std::string name = file == "-" ? "standard input" : file;
-    Octets octets(input.begin(), input.end());
-    try {
-        if (isText(input)) octets = parseHex(input);
-    } catch (const BadHex& bad) {
-        throw WrongUse(name + ": " + bad.what());
-    }
-    if (octets.empty()) throw WrongUse(name + ": no message");
-    if (octets.size() > kMaxMessageOctets)
-        throw WrongUse(name + ": " + std::to_string(octets.size()) +
-                       " octets are over the limit of " + std::to_string(kMaxMessageOctets));
-    return octets;
+void complain(const std::string& text) {
+    std::cerr << "tamsel-dump: " << text << "\n";
 }
 
-/// Where dumps go: opened with the first one, so that a message that does not decode leaves an
-/// existing file alone.
-class Output {
+std::string count(size_t octets) {
+    return std::to_string(octets) + (octets == 1 ? " octet" : " octets");
+}
+
+class Dumper {
   public:
-    explicit Output(std::string file) : file_(std::move(file)), stream_(nullptr) {
-        if (file_.empty()) stream_ = standard_;
-    }
-    ~Output() {
-        if (stream_ != nullptr && stream_ != standard_) std::fclose(stream_);
-        std::fflush(standard_);
-    }
-    Output(const Output&) = delete;
-    Output& operator=(const Output&) = delete;
+    explicit Dumper(const Options& options)
+        : options_(options), family_(findFamily(options)), output_(options.output) {}
 
-    void write(std::string_view text) {
-        if (stream_ == nullptr) stream_ = std::fopen(file_.c_str(), "w");
-        if (stream_ == nullptr) throw WrongUse(file_ + ": cannot be written");
-        if (std::fwrite(text.data(), 1, text.size(), stream_) != text.size() ||
-            std::fflush(stream_) != 0)
-            throw WrongUse((file_.empty() ? "standard output" : file_) + ": writing failed");
+    ExitCode run() {
+        for (const std::string& file : options_.files) {
+            try {
+                const std::vector<InputMessage> messages = readMessages(file, options_.input);
+                const bool several = messages.size() > 1 || options_.files.size() > 1;
+                for (const InputMessage& message : messages) take(message, several);
+            } catch (const BadInput& bad) {
+                complain(bad.what());
+                result_ = kWrongUse;
+            }
+        }
+        return result_;
     }
 
   private:
-    std::string file_;
-    FILE* standard_ = keepStandardOutput();
-    FILE* stream_;
-};
-
-int run(const Options& options) {
-    const Family& family = *findFamily(options.family);
-    Output output(options.output);
-    MessageDumper dumper;
-    int result = kDone;
-    for (const std::string& file : options.files) {
-        const Octets message = readMessage(file);
-        const auto text = dumper.dump(family, message, !options.unaligned);
-        if (!text) {
-            std::cerr << "tamsel-dump: " << file << ": no " << family.title << " message ("
-                      << (options.unaligned ? "UNALIGNED" : "ALIGNED") << ")\n";
-            result = kNotDecoded;
-            continue;
+    void take(const InputMessage& message, bool underHeading) {
+        const bool decodes = decode(message.octets);
+        if (!decodes) result_ = std::max(result_, kNotDecoded);
+        if (options_.check) {
+            output_.line(message.name + ": " +
+                         (decodes ? "decodes, " + size(message) : failure(message)));
+        } else {
+            if (decodes || options_.fields) print(message, underHeading);
+            if (!decodes)
+                complain(message.name + ": " + failure(message));
+            else if (decoder_.octets() < message.octets.size())
+                complain(message.name + ": the message takes " + size(message));
         }
-        if (options.files.size() > 1) output.write("==> " + file + " <==\n");
-        output.write(*text);
+        if (!decodes && !options_.input.strips &&
+            looksWrapped(message.octets, options_.input.hasQ931))
+            complain("hint: these octets begin like " +
+                     std::string(message.octets[0] == 3 ? "TPKT" : "Q.931") +
+                     "; --strip removes it");
     }
-    return result;
-}
+
+    bool decode(const Octets& octets) {
+        const bool aligned = !options_.unaligned;
+        return decoder_.decode(family_, octets, aligned) == kAsnOk;
+    }
+
+    void print(const InputMessage& message, bool underHeading) {
+        if (underHeading) output_.line("==> " + message.name + " <==");
+        decoder_.print(output_.sink(), output_.isTerminal());
+        output_.flush();
+    }
+
+    /// How much of the octets the message takes.
+    std::string size(const InputMessage& message) const {
+        const size_t all = message.octets.size();
+        const size_t taken = decoder_.octets();
+        return (taken < all ? std::to_string(taken) + " of " : "") + count(all);
+    }
+
+    std::string failure(const InputMessage& message) const {
+        char text[200];
+        return std::string("no ") + family_.title + " message" +
+               (options_.unaligned ? " (UNALIGNED)" : "") + ": " +
+               asnErrorText(decoder_.errors(), text, sizeof text) + " (status " +
+               std::to_string(decoder_.status()) + ") at bit " +
+               std::to_string(decoder_.bitPosition()) + ", " +
+               count(message.octets.size() - decoder_.octets()) + " left";
+    }
+
+    const Options& options_;
+    const TamselFamily& family_;
+    DumpOutput output_;
+    TamselDecoder decoder_;
+    ExitCode result_ = kDone;
+};
 
 }  // namespace
 
@@ -122,24 +124,29 @@ int main(int argc, char** argv) {
     CLI::App app("Dumps encoded H.323 signalling messages as text.", "tamsel-dump");
     Options options;
     app.add_flag("--unaligned", options.unaligned, "The messages are in the UNALIGNED PER variant");
-    app.add_option("-o", options.output, "Write the dumps to FILE")->type_name("FILE");
+    app.add_flag("--check", options.check, "Print a line for each message: whether it decodes");
+    app.add_flag("--fields", options.fields, "Print the bit fields instead of the values")
+        ->excludes("--check");
+    app.add_flag("--join", options.input.joined, "All lines of a hex text are one message");
+    app.add_flag("--strip", options.input.strips, "Remove TPKT and Q.931 around the messages");
+    app.add_option("-o", options.output, "Write to FILE")->type_name("FILE");
     app.add_option("FAMILY", options.family, "The family of the messages")
         ->required()
         ->check(CLI::IsMember({"ras", "ui", "h245"}))
         ->type_name("");
-    app.add_option("FILE", options.files,
-                   "The messages, one a file; - is standard input, the default")
+    app.add_option("FILE", options.files, "The messages; - is standard input, the default")
         ->type_name("");
     app.set_version_flag("--version", "tamsel-dump " TAMSEL_VERSION);
     app.footer(kFooter);
     try {
         app.parse(argc, argv);
         if (options.files.empty()) options.files.push_back("-");
-        return run(options);
+        options.input.hasQ931 = options.family == "ui";
+        return Dumper(options).run();
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kDone : kWrongUse;
     } catch (const std::exception& error) {
-        std::cerr << "tamsel-dump: " << error.what() << "\n";
+        complain(error.what());
         return kWrongUse;
     }
 }

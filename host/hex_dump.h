@@ -1,0 +1,30 @@
+// Hex dumps: offset, octets, characters. hex_text.h has the rules.
+#pragma once
+
+#include "hex_reader.h"
+
+class HexDumpReader : HexReader {
+  public:
+    using HexReader::HexReader;
+
+    /// Whether the first line of a text begins with an offset. Throws BadHex if that cannot be
+    /// told.
+    static bool isDump(std::string_view text);
+
+    std::vector<PastedMessage> read();
+
+  private:
+    struct Offset {
+        size_t value = 0;
+        size_t end = 0;  // behind it, its colon included
+        enum { kNone, kBeforePairs, kWithColon } kind = kNone;
+    };
+
+    size_t lineEnd() const;
+    Offset offsetAt(size_t at) const;
+    void readLine(const Offset& offset);
+    bool areCharacters(size_t at, size_t end, size_t octets) const;
+    bool agrees(std::string_view text, std::span<const unsigned char> octets) const;
+
+    size_t next_ = 0;  // the offset that the next line must have
+};
