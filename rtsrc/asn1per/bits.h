@@ -42,10 +42,16 @@
 
 template <bool Tracing>
 [[nodiscard]] inline AsnStatus pd_IncrBitIdx(AsnReader<Tracing> in, AsnCursor& at) {
-    const uint32_t index = at.byteIndex + (at.bitOffset == 0 ? 1 : 0);
-    if (index >= at.size) return kAsnEndOfData;
+    uint32_t index = at.byteIndex;
+    uint32_t unread = asnUnread(at);
+    if (unread == 0) [[unlikely]] {
+        ++index;
+        unread = 8;
+    }
+    if (index >= at.size) [[unlikely]]
+        return kAsnEndOfData;
     at.byteIndex = index;
-    at.bitOffset = static_cast<int16_t>((at.bitOffset == 0 ? 8 : at.bitOffset) - 1);
+    at.bitOffset = static_cast<int16_t>(unread - 1);
     in.diag("pd_IncrBitIdx: bitOffset = %d, byteIndex = %d\n", static_cast<int>(at.bitOffset),
             static_cast<int>(at.byteIndex));
     return kAsnOk;
@@ -66,31 +72,28 @@ template <bool Tracing>
     return asnBitAt(in, in.ctx, value);
 }
 
-/// pd_bits if the current octet does not hold all the bits.
+/// pd_bits if the current octet does not hold all the bits. Returns the number, or the failure.
 template <bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus asnBitsAcross(AsnReader<Tracing> in, uint32_t* value,
-                                                 uint64_t nbits) {
+[[nodiscard]] ASN_INLINE int64_t asnBitsAcross(AsnReader<Tracing> in, uint64_t nbits) {
     AsnContext& ctx = in.ctx;
-    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
-    uint64_t rest = nbits - unread;
-    if (ctx.byteIndex >= ctx.size || ctx.size - ctx.byteIndex - 1 < (rest + 7) / 8)
+    if (asnBitsLeft(ctx) < static_cast<int64_t>(nbits))
         return in.log(AsnSource::bits, kAsnEndOfData);
+    const uint32_t unread = asnUnread(ctx);
     const uint8_t* next = ctx.data + ctx.byteIndex;
     const uint32_t mask = (1U << unread) - 1;
     in.diag("pd_bits: mask = %x, data[index] = %x\n", mask, static_cast<unsigned>(*next));
     uint32_t word = *next++ & mask;
+    uint64_t rest = nbits - unread;
     for (; rest >= 8; rest -= 8) word = word << 8 | *next++;
     if (rest > 0) word = word << rest | uint32_t{*next} >> (8 - rest);
-    *value = word;
     ctx.byteIndex = static_cast<uint32_t>(next - ctx.data);
     ctx.bitOffset = static_cast<int16_t>(8 - rest);
-    return kAsnOk;
+    return word;
 }
 
 template <bool Tracing>
-[[nodiscard, gnu::noinline]] AsnStatus asnCallBitsAcross(AsnReader<Tracing> in, uint32_t* value,
-                                                         uint64_t nbits) {
-    return asnBitsAcross(in, value, nbits);
+[[nodiscard, gnu::noinline]] int64_t asnCallBitsAcross(AsnReader<Tracing> in, uint64_t nbits) {
+    return asnBitsAcross(in, nbits);
 }
 
 /// The common case is inline. `wholeOctets`: so is the other one, because the bits are whole octets
@@ -104,9 +107,14 @@ template <bool wholeOctets = false, bool Tracing>
         *value = 0;
         return kAsnOk;
     }
-    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
-    if (nbits > unread || ctx.byteIndex >= ctx.size)
-        return wholeOctets ? asnBitsAcross(in, value, nbits) : asnCallBitsAcross(in, value, nbits);
+    const uint32_t unread = asnUnread(ctx);
+    if (nbits > unread || ctx.byteIndex >= ctx.size) [[unlikely]] {
+        const int64_t number =
+            wholeOctets ? asnBitsAcross(in, nbits) : asnCallBitsAcross(in, nbits);
+        if (number < 0) return static_cast<AsnStatus>(number);
+        *value = static_cast<uint32_t>(number);
+        return kAsnOk;
+    }
     const uint32_t octet = ctx.data[ctx.byteIndex];
     const uint32_t mask = (1U << nbits) - 1;
     const auto rest = unread - static_cast<uint32_t>(nbits);
@@ -144,7 +152,7 @@ template <bool Tracing>
         return in.log(AsnSource::bits, kAsnEndOfData);
     if (octets > capacity) return in.log(AsnSource::bits, kAsnTooLong);
     const bool wholeOctets = nbits % 8 == 0;
-    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
+    const uint32_t unread = asnUnread(ctx);
     if (buffer != nullptr && nbits != 0) {
         const uint8_t* const from = ctx.data + ctx.byteIndex;
         if (wholeOctets && unread == 8)

@@ -128,10 +128,18 @@ inline void asnRestoreCursor(AsnContext& ctx, const AsnCursor& cursor) {
     static_cast<AsnCursor&>(ctx) = cursor;
 }
 
+/// Bits of the current octet not yet read. The compiler does not know by itself that they are 0 to
+/// 8, and would extend the sign in every step.
+inline uint32_t asnUnread(const AsnCursor& at) {
+    const auto unread = static_cast<uint32_t>(at.bitOffset);
+    if (unread > 8) __builtin_unreachable();
+    return unread;
+}
+
 /// Absolute bit position of the cursor, and the bits from there to the end of the data (negative if
 /// the cursor was moved beyond it).
 inline int64_t asnBitPosition(const AsnCursor& at) {
-    return int64_t{at.byteIndex} * 8 + 8 - at.bitOffset;
+    return int64_t{at.byteIndex} * 8 + 8 - asnUnread(at);
 }
 inline int64_t asnBitsLeft(const AsnCursor& at) {
     return int64_t{at.size} * 8 - asnBitPosition(at);

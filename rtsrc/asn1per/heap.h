@@ -51,7 +51,7 @@ void* asnMemAllocElsewhere(AsnMemHeap& heap, size_t nbytes);
 /// the chain is then as before, and the caller logs and returns -12.
 inline void* asnMemAllocRaw(AsnMemHeap& heap, size_t nbytes) {
     AsnMemBlock* const block = heap.filled;
-    if (block == nullptr || nbytes > heap.filledPayload - block->used)
+    if (block == nullptr || nbytes > heap.filledPayload - block->used) [[unlikely]]
         return asnMemAllocElsewhere(heap, nbytes);
     void* const memory = reinterpret_cast<unsigned char*>(block + 1) + block->used;
     block->used += static_cast<uint32_t>(nbytes + 7) & ~uint32_t{7};
