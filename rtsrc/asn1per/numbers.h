@@ -142,19 +142,28 @@ inline const AsnSizeConstraint* asnFindSize(const AsnSizeConstraint* chain, uint
     return chain;
 }
 
-/// A length without an upper bound below 65536: 0 + 7 bits, 10 + 14 bits, or 11 + 6 bits that count
+/// The forms of a length at its first bit: 0 + 7 bits, 10 + 14 bits, or 11 + 6 bits that count
 /// 16384 items each.
 template <bool Tracing>
-[[nodiscard]] inline AsnStatus asnUnboundedLength(AsnReader<Tracing> in, uint32_t* count) {
+[[nodiscard]] ASN_INLINE AsnStatus asnLengthForms(AsnReader<Tracing> in, uint32_t* count) {
     uint8_t isLong = 0;
     uint8_t isFragment = 0;
-    AsnStatus status = in.ctx.aligned != 0 ? pd_byteAlign(in) : kAsnOk;
-    if (status == kAsnOk) status = pd_bit(in, &isLong);
-    if (status == kAsnOk && isLong != 0) status = pd_bit(in, &isFragment);
-    if (status == kAsnOk) status = pd_bits(in, count, isLong == 0 ? 7 : isFragment == 0 ? 14 : 6);
+    AsnStatus status = pd_bit(in, &isLong);
+    if (status == kAsnOk && isLong == 0) [[likely]]
+        return pd_bits(in, count, 7);
+    if (status == kAsnOk) status = pd_bit(in, &isFragment);
+    if (status == kAsnOk) status = pd_bits(in, count, isFragment == 0 ? 14 : 6);
     if (status != kAsnOk || isFragment == 0) return status;
     *count *= 16384;
     return kAsnFragment;
+}
+
+/// A length without an upper bound below 65536. The compiler makes use of the alignment.
+template <bool Tracing>
+[[nodiscard]] inline AsnStatus asnUnboundedLength(AsnReader<Tracing> in, uint32_t* count) {
+    if (in.ctx.aligned == 0) return asnLengthForms(in, count);
+    const AsnStatus status = pd_byteAlign(in);
+    return status == kAsnOk ? asnLengthForms(in, count) : status;
 }
 
 /// Picks the record of a chain that applies: if there are extended sizes, a bit says whether it is
@@ -175,9 +184,8 @@ template <bool Tracing>
 
 /// The distance of a bounded length from its lower bound.
 template <bool Tracing>
-[[nodiscard, gnu::noinline]] AsnStatus asnLengthOffset(AsnReader<Tracing> in,
-                                                       const AsnSizeConstraint& size,
-                                                       uint32_t* offset) {
+[[nodiscard]] inline AsnStatus asnLengthOffset(AsnReader<Tracing> in, const AsnSizeConstraint& size,
+                                               uint32_t* offset) {
     return pd_ConsWholeNumber(in, offset, size.upper - size.lower + 1);
 }
 
@@ -231,39 +239,54 @@ template <bool Tracing>
     return status;
 }
 
-/// What pd_GetComponentLength learns on its way.
+/// What is known of a string once its lengths have been read.
 struct AsnLookAhead {
-    AsnCursor contents;  // where the contents of the first fragment start, before any alignment
-    bool fragmented;     // more fragments follow
+    AsnCursor contents;             // where the first fragment starts, before any alignment
+    const AsnSizeConstraint* size;  // what was pending
+    bool fragmented;                // more fragments follow
 };
 
-/// Reads as a second cursor would that asnForkContext makes, but costs less: what it changes is
-/// restored, and what it logs is dropped.
+/// pd_GetComponentLength before a string is read. If the string has one fragment, the plain reader
+/// keeps the cursor at its contents and the constraint no longer pending: asnStringAfter goes on
+/// from there. Otherwise it reads as a second cursor would that asnForkContext makes, but costs
+/// less: what it changes is restored, and what it logs is dropped.
 template <bool Tracing>
-[[nodiscard]] inline int32_t pd_GetComponentLength(AsnReader<Tracing> in, uint32_t itemBits,
-                                                   AsnLookAhead* found = nullptr) {
+[[nodiscard]] ASN_INLINE int32_t asnLookAhead(AsnReader<Tracing> in, uint32_t itemBits,
+                                              AsnLookAhead& found) {
     AsnContext& ctx = in.ctx;
     const AsnCursor start = asnSaveCursor(ctx);
-    const AsnSizeConstraint* const size = ctx.sizeConstraint;
     const int32_t trailCount = ctx.errInfo.trailCount;
     const AsnStatus firstStatus = ctx.errInfo.status;
     const uint16_t flags = ctx.flags;
     if (Tracing) ctx.flags &= static_cast<uint16_t>(~ctxFieldTrace);
 
+    found.size = ctx.sizeConstraint;
     uint32_t length = 0;
     AsnStatus status = pd_Length(in, &length);
-    if (found != nullptr) *found = {asnSaveCursor(ctx), status == kAsnFragment};
+    found.contents = asnSaveCursor(ctx);
+    found.fragmented = status == kAsnFragment;
     int64_t total = length;
     if (status == kAsnFragment) status = asnAddFragments(in, itemBits, &total);
     if (total > INT32_MAX) status = kAsnEndOfData;  // more than any message holds
+    if (!Tracing && status == kAsnOk && !found.fragmented) return static_cast<int32_t>(total);
 
     asnRestoreCursor(ctx, start);
-    ctx.sizeConstraint = size;
+    ctx.sizeConstraint = found.size;
     if (Tracing) ctx.flags = flags;
     if (status == kAsnOk) return static_cast<int32_t>(total);
     ctx.errInfo.trailCount = trailCount;
     ctx.errInfo.status = firstStatus;
     return in.log(AsnSource::numbers, status);
+}
+
+template <bool Tracing>
+[[nodiscard]] inline int32_t pd_GetComponentLength(AsnReader<Tracing> in, uint32_t itemBits) {
+    const AsnCursor start = asnSaveCursor(in.ctx);
+    AsnLookAhead found;
+    const int32_t total = asnLookAhead(in, itemBits, found);
+    asnRestoreCursor(in.ctx, start);
+    in.ctx.sizeConstraint = found.size;
+    return total;
 }
 
 template <bool Tracing>

@@ -34,11 +34,13 @@ template <bool Tracing>
     AsnStatus status = pd_Length(in, &length);
     if (status < 0) return in.log(AsnSource::objid, status);
     in.newField("ObjectID");
-    uint8_t contents[300];
-    status = pd_octets(in, contents, sizeof contents, uint64_t{length} * 8);
+    const AsnCursor start = asnSaveCursor(in.ctx);
+    const bool inPlace = start.bitOffset == 8;
+    uint8_t copy[300];
+    status = pd_octets(in, inPlace ? nullptr : copy, sizeof copy, uint64_t{length} * 8);
     if (status != kAsnOk) return in.log(AsnSource::objid, status);
     in.setFieldCount();
-    AsnOctetReader reader{contents, length, 0};
+    AsnOctetReader reader{inPlace ? start.data + start.byteIndex : copy, length, 0};
     status = asnDecObjIdContents(reader, value, length);
     return status == kAsnOk ? status : in.log(AsnSource::objid, status);
 }

@@ -38,8 +38,8 @@ template <AsnContents contents, bool Tracing>
 [[nodiscard]] inline AsnStatus asnOpenType(AsnReader<Tracing> in, const uint8_t** data,
                                            uint32_t* numocts) {
     AsnContext& ctx = in.ctx;
-    AsnLookAhead found{};
-    const int32_t total = pd_GetComponentLength(in, 8, &found);
+    AsnLookAhead found;
+    const int32_t total = asnLookAhead(in, 8, found);
     if (total < 0) return in.log(AsnSource::opentypes, total);
     const auto size = static_cast<uint32_t>(total);
     const AsnCursor& first = found.contents;
@@ -47,7 +47,7 @@ template <AsnContents contents, bool Tracing>
         contents == AsnContents::inPlace && !found.fragmented && first.bitOffset == 8;
     uint8_t* copy = nullptr;
     if (contents != AsnContents::skipped && !inPlace && size != 0 &&
-        int64_t{size} * 8 <= asnBitsLeft(ctx)) {
+        int64_t{size} * 8 <= asnBitsLeft(first)) {
         copy = static_cast<uint8_t*>(asnMemAllocRaw(ctx.memHeap, size));
         if (copy == nullptr) return in.log(AsnSource::opentypes, kAsnNoMemory);
     }

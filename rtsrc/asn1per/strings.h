@@ -147,7 +147,7 @@ template <const AsnStringKind& kind, bool Tracing>
     return kAsnOk;
 }
 
-/// pd_BitString and pd_OctetString: one fragment after the other.
+/// A string, one fragment after the other; failures are logged for pd_BitString or pd_OctetString.
 ///   size  the constraint of the string, no longer pending
 template <const AsnStringKind& kind, bool Tracing>
 [[nodiscard]] ASN_INLINE AsnStatus asnString(AsnReader<Tracing> in, const AsnSizeConstraint* size,
@@ -162,31 +162,35 @@ template <const AsnStringKind& kind, bool Tracing>
     return asnMoreFragments<kind>(in, size, count, buffer, capacity);
 }
 
-/// The same after a look-ahead. The plain reader does not read the length of a single fragment once
-/// more, because it has nothing to report.
+/// pd_BitString and pd_OctetString: a string under the pending constraint.
+template <const AsnStringKind& kind, bool Tracing>
+[[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus asnPendingString(AsnReader<Tracing> in,
+                                                                      uint32_t* count,
+                                                                      uint8_t* buffer,
+                                                                      uint32_t capacity) {
+    return asnString<kind>(in, asnTakeSize(in.ctx), count, buffer, capacity);
+}
+
+/// The same after asnLookAhead.
 template <const AsnStringKind& kind, bool Tracing>
 [[nodiscard]] inline AsnStatus asnStringAfter(AsnReader<Tracing> in, const AsnLookAhead& found,
                                               uint32_t* count, uint8_t* buffer, uint32_t total,
                                               uint32_t capacity) {
-    const AsnSizeConstraint* const size = asnTakeSize(in.ctx);
-    if (Tracing || found.fragmented) return asnString<kind>(in, size, count, buffer, capacity);
-    asnRestoreCursor(in.ctx, found.contents);
+    if (Tracing || found.fragmented) return asnPendingString<kind>(in, count, buffer, capacity);
     *count = total;
-    return asnFragment<kind>(in, size, total, buffer, capacity);
+    return asnFragment<kind>(in, found.size, total, buffer, capacity);
 }
 
 template <bool Tracing>
 [[nodiscard]] inline AsnStatus pd_BitString(AsnReader<Tracing> in, uint32_t* numbits,
                                             uint8_t* buffer, uint32_t size) {
-    return asnString<kAsnBits>(in, asnTakeSize(in.ctx), numbits, buffer, size);
+    return asnPendingString<kAsnBits>(in, numbits, buffer, size);
 }
 
 template <bool Tracing>
-[[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus pd_OctetString(AsnReader<Tracing> in,
-                                                                    uint32_t* numocts,
-                                                                    uint8_t* buffer,
-                                                                    uint32_t size) {
-    return asnString<kAsnOctets>(in, asnTakeSize(in.ctx), numocts, buffer, size);
+[[nodiscard]] inline AsnStatus pd_OctetString(AsnReader<Tracing> in, uint32_t* numocts,
+                                              uint8_t* buffer, uint32_t size) {
+    return asnPendingString<kAsnOctets>(in, numocts, buffer, size);
 }
 
 /// The same under a constraint of its own, which the compiler knows as a rule.
@@ -201,13 +205,13 @@ template <uint32_t capacity, bool Tracing>
 /// are then skipped up to the failure.
 template <const AsnStringKind& kind, bool Tracing>
 [[nodiscard]] AsnStatus asnDynString(AsnReader<Tracing> in, uint32_t* count, uint8_t** data) {
-    AsnLookAhead found{};
-    const int32_t total = pd_GetComponentLength(in, kind.itemBits, &found);
+    AsnLookAhead found;
+    const int32_t total = asnLookAhead(in, kind.itemBits, found);
     if (total < 0) return in.log(AsnSource::strings, total);
     const int64_t nbits = int64_t{total} * kind.itemBits;
     const auto size = static_cast<uint32_t>((nbits + 7) / 8);
     uint8_t* buffer = nullptr;
-    if (size != 0 && nbits <= asnBitsLeft(in.ctx)) {
+    if (size != 0 && nbits <= asnBitsLeft(found.contents)) {
         buffer = static_cast<uint8_t*>(asnMemAllocRaw(in.ctx.memHeap, size));
         if (buffer == nullptr) return in.log(AsnSource::strings, kAsnNoMemory);
     }
