@@ -28,7 +28,7 @@ inline constexpr auto kAsnReversed = [] {
 template <bool Tracing>
 inline uint32_t asnFlags(AsnReader<Tracing> in, uint32_t count) {
     AsnContext& ctx = in.ctx;
-    const auto unread = static_cast<uint32_t>(ctx.bitOffset);
+    const uint32_t unread = asnUnread(ctx);
     if (!Tracing && count <= unread && ctx.byteIndex < ctx.size) {  // at once: all in one octet
         const uint32_t rest = unread - count;
         ctx.bitOffset = static_cast<int16_t>(rest);
@@ -46,8 +46,8 @@ inline uint32_t asnFlags(AsnReader<Tracing> in, uint32_t count) {
 template <bool Tracing>
 inline bool asnExtensionBit(AsnReader<Tracing> in) {
     uint8_t extended = 0;
-    (void)pd_bit(in, &extended);  // ignored by design
-    return extended != 0;
+    (void)pd_bit(in, &extended);                // ignored by design
+    return __builtin_expect(extended, 0) != 0;  // most values have no extension
 }
 
 #if !defined(__clang__)  // which cannot evaluate this, but allocates bit-fields like GCC
@@ -84,17 +84,31 @@ struct AsnAdditions {
     AsnCursor outer;   // the place after the open type that was entered
 };
 
-/// Enters the open type of the next addition from `additions.index` on that is present, if there is
-/// one.
+/// Moves over the bits of the current octet before the first that is 1, and returns how many.
+inline uint32_t asnSkipZeros(AsnCursor& at) {
+    if (at.byteIndex >= at.size) return 0;
+    const uint32_t unread = asnUnread(at);
+    const uint32_t bits = at.data[at.byteIndex] & ((1U << unread) - 1);
+    const auto rest = static_cast<uint32_t>(std::bit_width(bits));
+    at.bitOffset = static_cast<int16_t>(rest);
+    return unread - rest;
+}
+
+/// Enters the open type of the next addition from `index` on that is present, if there is one;
+/// `bitmap` is where the bit of that index stands. Each bit is read, but the plain reader, which
+/// has nothing to report, moves at once over those that are 0.
 template <bool Tracing>
-[[nodiscard]] AsnStatus asnEnterAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
-    AsnCursor bitmap = additions.bitmap;
+[[nodiscard]] AsnStatus asnEnterAddition(AsnReader<Tracing> in, AsnAdditions& additions,
+                                         AsnCursor bitmap, uint64_t index) {
     uint8_t present = 0;
-    for (; additions.index < additions.count; ++additions.index) {
+    for (;; ++index) {
+        if (!Tracing) index += asnSkipZeros(bitmap);
+        if (index >= additions.count) break;
         (void)asnBitAt(in, bitmap, &present);  // ignored by design
         if (present != 0) break;
     }
     additions.bitmap = bitmap;
+    additions.index = index;
     additions.done = present == 0;
     return additions.done ? kAsnOk : asnEnterOpenType(in, additions.outer);
 }
@@ -107,19 +121,17 @@ template <bool Tracing>
     uint32_t last = 0;
     AsnStatus status = pd_SmallNonNegWholeNumber(in, &last);
     if (status != kAsnOk) return status;
-    additions.index = 0;
+    const AsnCursor bitmap = asnSaveCursor(in.ctx);
     additions.count = uint64_t{last} + 1;
-    additions.bitmap = asnSaveCursor(in.ctx);
-    status = pd_moveBitCursor(in, static_cast<int64_t>(additions.count));
-    return status == kAsnOk ? asnEnterAddition(in, additions) : status;
+    status = pd_moveBitCursor(in, int64_t{last} + 1);
+    return status == kAsnOk ? asnEnterAddition(in, additions, bitmap, 0) : status;
 }
 
 /// Leaves an addition, however much of it was read, and enters the next one that is present.
 template <bool Tracing>
 [[nodiscard]] AsnStatus asnNextAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
     asnLeaveOpenType(in, additions.outer);
-    ++additions.index;
-    return asnEnterAddition(in, additions);
+    return asnEnterAddition(in, additions, additions.bitmap, additions.index + 1);
 }
 
 // --- CHOICE ---
@@ -167,16 +179,23 @@ struct AsnElementBits {
     uint32_t unaligned;
 };
 
+/// asnListLength under a constraint that is no longer pending.
+template <bool Tracing>
+[[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus asnListLengthUnder(
+    AsnReader<Tracing> in, const AsnSizeConstraint* size, uint32_t* count, AsnElementBits least) {
+    const AsnStatus status = asnLength(in, size, count);
+    if (status != kAsnOk) return status;
+    const uint32_t elementBits = in.ctx.aligned != 0 ? least.aligned : least.unaligned;
+    return asnBitsLeft(in.ctx) >= int64_t{*count} * elementBits ? kAsnOk : kAsnEndOfData;
+}
+
 /// Reads the count of a list. If its elements cannot fit into the data that is left, it fails with
 /// -2 before anything is allocated. Otherwise returns the status of pd_Length; 2 is a failure,
 /// because fragmented lists are not supported.
 template <bool Tracing>
-[[nodiscard, gnu::flatten]] AsnStatus asnListLength(AsnReader<Tracing> in, uint32_t* count,
-                                                    AsnElementBits least) {
-    const AsnStatus status = pd_Length(in, count);
-    if (status != kAsnOk) return status;
-    const uint32_t elementBits = in.ctx.aligned != 0 ? least.aligned : least.unaligned;
-    return asnBitsLeft(in.ctx) >= int64_t{*count} * elementBits ? kAsnOk : kAsnEndOfData;
+[[nodiscard]] ASN_INLINE AsnStatus asnListLength(AsnReader<Tracing> in, uint32_t* count,
+                                                 AsnElementBits least) {
+    return asnListLengthUnder(in, asnTakeSize(in.ctx), count, least);
 }
 
 // --- values in the element heap ---
