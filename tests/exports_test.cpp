@@ -140,6 +140,7 @@ TEST(Exports, CallsLeaveNothingBehind) {
 }
 
 TEST(Exports, NeedOneDescriptor) {
+    (void)sample();  // its files are read before there are too few descriptors
     for (const int available : {0, 1}) {
         const TemporaryFile file;
         std::ofstream(file.path()) << "as it was\n";
