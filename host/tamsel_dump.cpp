@@ -76,7 +76,8 @@ class Dumper {
             else if (decoder_.octets() < message.octets.size())
                 complain(message.name + ": the message takes " + size(message));
         }
-        if (!decodes && !options_.input.strips &&
+        const bool isWhole = decodes && decoder_.octets() == message.octets.size();
+        if (!isWhole && !options_.input.strips &&
             looksWrapped(message.octets, options_.input.hasQ931))
             complain("hint: these octets begin like " +
                      std::string(message.octets[0] == 3 ? "TPKT" : "Q.931") +
@@ -85,12 +86,16 @@ class Dumper {
 
     bool decode(const Octets& octets) {
         const bool aligned = !options_.unaligned;
-        return decoder_.decode(family_, octets, aligned) == kAsnOk;
+        if (!options_.fields && decoder_.decode(family_, octets, aligned) == kAsnOk) return true;
+        return decoder_.decodeTraced(family_, octets, aligned) == kAsnOk;
     }
 
     void print(const InputMessage& message, bool underHeading) {
         if (underHeading) output_.line("==> " + message.name + " <==");
-        decoder_.print(output_.sink(), output_.isTerminal());
+        if (options_.fields)
+            decoder_.printFields(output_.sink());
+        else
+            decoder_.print(output_.sink(), output_.isTerminal());
         output_.flush();
     }
 
@@ -101,14 +106,20 @@ class Dumper {
         return (taken < all ? std::to_string(taken) + " of " : "") + count(all);
     }
 
+    /// The one line that tells what is wrong with a message.
     std::string failure(const InputMessage& message) const {
         char text[200];
+        const AsnBitFieldLink* const last = decoder_.fields().tail;
         return std::string("no ") + family_.title + " message" +
                (options_.unaligned ? " (UNALIGNED)" : "") + ": " +
                asnErrorText(decoder_.errors(), text, sizeof text) + " (status " +
                std::to_string(decoder_.status()) + ") at bit " +
                std::to_string(decoder_.bitPosition()) + ", " +
-               count(message.octets.size() - decoder_.octets()) + " left";
+               count(message.octets.size() - decoder_.octets()) + " left" +
+               (last == nullptr              ? ""
+                : last->field->bitCount == 0 ? ", in "
+                                             : ", after ") +
+               (last == nullptr ? "" : last->field->name);
     }
 
     const Options& options_;
