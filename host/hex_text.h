@@ -5,7 +5,7 @@
 // in this order:
 //
 // 1. Hex dump, if the first line begins with an offset: 3 to 8 hex digits (0x may precede), then
-//    either ':' and a blank, or blanks and an octet of two digits alone; in the second case the
+//    either ':' and a blank, or blanks and octets of two digits each; in the second case the
 //    offset must be 0. (xxd, hexdump -C, od -A x -t x1, tcpdump -XX, "as Hex Dump" of Wireshark.)
 //    Each line: an offset, octets in groups of whole octets, perhaps the characters of these
 //    octets. What follows two blanks is the characters if it agrees with the octets of the line;
