@@ -1,13 +1,7 @@
 #include "dump_output.h"
 
-#include "terminal.h"
-
 DumpOutput::~DumpOutput() {
     if (stream_ != nullptr && stream_ != stdout) std::fclose(stream_);
-}
-
-bool DumpOutput::isTerminal() const {
-    return file_.empty() && isOutputTerminal();
 }
 
 AsnDumpSink DumpOutput::sink() {

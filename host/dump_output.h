@@ -6,6 +6,7 @@
 #include <string>
 
 #include "asn1per/dump.h"
+#include "terminal.h"
 
 struct OutputFailed : std::runtime_error {
     using runtime_error::runtime_error;
@@ -21,11 +22,11 @@ class DumpOutput {
     DumpOutput(const DumpOutput&) = delete;
     DumpOutput& operator=(const DumpOutput&) = delete;
 
-    /// Whether character strings must be escaped.
-    bool isTerminal() const;
-
     /// For the text of one message; opens the file. Throws OutputFailed.
     AsnDumpSink sink();
+
+    /// Whether the sink is a terminal, so that character strings must be escaped.
+    bool isTerminal() const { return ::isTerminal(stream_); }
 
     /// Passes on what the sink got. Throws OutputFailed.
     void flush();

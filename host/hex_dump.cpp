@@ -74,14 +74,16 @@ HexDumpReader::Offset HexDumpReader::offsetAt(size_t at) const {
 }
 
 void HexDumpReader::readLine(const Offset& offset) {
-    const size_t end = lineEnd();
-    size_t octets = 0;  // of this line
+    const size_t lineEnds = lineEnd();
+    size_t end = lineEnds;
+    while (isBlank(text_[end - 1])) --end;  // the offset stops it
+    size_t octets = 0;                      // of this line
     at_ = offset.end;
     while (at_ < end) {
         if (octets != 0 && areCharacters(at_, end, octets)) {
             at_ = end;
         } else if (isBlank(text_[at_])) {
-            ++at_;
+            while (isBlank(text_[at_])) ++at_;
         } else {
             const size_t digits = digitsAt(at_);
             readDigits(false);
@@ -89,14 +91,14 @@ void HexDumpReader::readLine(const Offset& offset) {
         }
     }
     next_ = offset.value + octets;
+    at_ = lineEnds;
 }
 
 /// Whether the rest of a line is two blanks or more, and the last octets read, as characters.
 bool HexDumpReader::areCharacters(size_t at, size_t end, size_t octets) const {
-    std::string_view rest = text_.substr(at, end - at);
-    while (!rest.empty() && isBlank(rest.back())) rest.remove_suffix(1);
+    const std::string_view rest = text_.substr(at, end - at);
     const size_t first = rest.find_first_not_of(" \t");
-    if (first == std::string_view::npos || (first < 2 && rest[0] != '\t')) return false;
+    if (first < 2 && rest[0] != '\t') return false;
     const Octets& all = messages_.back().octets;
     const std::span<const unsigned char> shown = std::span(all).last(octets);
     std::string_view inner = rest.substr(first);
@@ -112,7 +114,7 @@ bool HexDumpReader::areCharacters(size_t at, size_t end, size_t octets) const {
 }
 
 /// Blanks at the end of the text may be missing; older dumps have one more after eight characters.
-bool HexDumpReader::agrees(std::string_view text, std::span<const unsigned char> octets) const {
+bool HexDumpReader::agrees(std::string_view text, std::span<const unsigned char> octets) {
     if (octets.size() > 8 && text.size() > 9 && text[8] == ' ' && octets[8] != ' ')
         return agrees(text.substr(0, 8), octets.first(8)) &&
                agrees(text.substr(9), octets.subspan(8));

@@ -24,7 +24,7 @@ class HexDumpReader : HexReader {
     Offset offsetAt(size_t at) const;
     void readLine(const Offset& offset);
     bool areCharacters(size_t at, size_t end, size_t octets) const;
-    bool agrees(std::string_view text, std::span<const unsigned char> octets) const;
+    static bool agrees(std::string_view text, std::span<const unsigned char> octets);
 
     size_t next_ = 0;  // the offset that the next line must have
 };

@@ -92,10 +92,11 @@ class Dumper {
 
     void print(const InputMessage& message, bool underHeading) {
         if (underHeading) output_.line("==> " + message.name + " <==");
+        const AsnDumpSink sink = output_.sink();
         if (options_.fields)
-            decoder_.printFields(output_.sink());
+            decoder_.printFields(sink);
         else
-            decoder_.print(output_.sink(), output_.isTerminal());
+            decoder_.print(sink, output_.isTerminal());
         output_.flush();
     }
 

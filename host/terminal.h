@@ -1,8 +1,10 @@
-// The program's standard streams, where systems differ.
+// Streams, where systems differ.
 #pragma once
 
-/// Whether standard output is shown on a terminal.
-bool isOutputTerminal();
+#include <cstdio>
+
+/// Whether a stream is shown on a terminal.
+bool isTerminal(FILE* stream);
 
 /// Reads standard input octet for octet from now on.
 void makeInputBinary();

@@ -2,8 +2,8 @@
 
 #include "terminal.h"
 
-bool isOutputTerminal() {
-    return isatty(STDOUT_FILENO) != 0;
+bool isTerminal(FILE* stream) {
+    return isatty(fileno(stream)) != 0;
 }
 
 void makeInputBinary() {

@@ -5,10 +5,11 @@
 
 #include "terminal.h"
 
-bool isOutputTerminal() {
+bool isTerminal(FILE* stream) {
     // _isatty is also true for NUL and for serial devices.
     DWORD mode = 0;
-    return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    return GetConsoleMode(handle, &mode) != 0;
 }
 
 void makeInputBinary() {
