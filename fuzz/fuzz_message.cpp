@@ -14,37 +14,22 @@
 #include <string>
 
 #include "../tests/allocation.h"
-#include "H245.h"
-#include "H323.h"
 #include "Tamsel.h"
+#include "TamselCore.h"
 
 namespace {
 
-#if defined(FUZZ_RAS)
-using Root = H225RasMessage;
-constexpr AsnStatus (*decodeRoot)(AsnContext&, Root&) = DecodeH225RasMessage;
-constexpr auto dumpMessage = H323RASASNDecode;
-void printRoot(AsnDump& dump, const Root& root) {
-    PrintH225RasMessage(dump, root);
-}
-constexpr const char* kRootName = "RasMessage";
-#elif defined(FUZZ_UI)
-using Root = H225H323_UserInformation;
-constexpr AsnStatus (*decodeRoot)(AsnContext&, Root&) = DecodeH225H323_UserInformation;
-constexpr auto dumpMessage = H323UserInfoASNDecode;
-void printRoot(AsnDump& dump, const Root& root) {
-    PrintH225H323_UserInformation(dump, root);
-}
-constexpr const char* kRootName = "H323-UserInformation";
-#else
-using Root = H245MultimediaSystemControlMessage;
-constexpr AsnStatus (*decodeRoot)(AsnContext&, Root&) = DecodeH245MultimediaSystemControlMessage;
-constexpr auto dumpMessage = H323H245ASNDecode;
-void printRoot(AsnDump& dump, const Root& root) {
-    PrintH245MultimediaSystemControlMessage(dump, root);
-}
-constexpr const char* kRootName = "MultimediaSystemControlMessage";
-#endif
+constexpr const TamselFamily& kFamily = kTamsel1998.FUZZ_FAMILY;  // ras, ui or h245
+
+/// Decodes as that family; the value is zeroed first.
+class Root {
+  public:
+    AsnStatus decode(AsnContext& ctx) { return kFamily.decode(ctx, value_); }
+    void print(AsnDump& dump) const { kFamily.print(dump, value_); }
+
+  private:
+    alignas(16) unsigned char value_[kTamselValueSize] = {};
+};
 
 void require(bool holds, const char* property) {
     if (holds) return;
@@ -61,22 +46,18 @@ std::string dumpOf(const uint8_t* octets, size_t size, bool aligned) {
     AsnContext ctx;
     require(asnInitContext(ctx, block.get(), static_cast<uint32_t>(size)) == kAsnOk, "init");
     ctx.aligned = aligned ? 1 : 0;
-    Root root{};
-    const AsnStatus status = decodeRoot(ctx, root);
+    Root root;
+    const AsnStatus status = root.decode(ctx);
     require(allocation.octets < (2 << 20) + int64_t{4096} * static_cast<int64_t>(size),
             "memory stays below 2 MiB and 4 KiB an octet");
     std::string text;
     if (status == kAsnOk) {
-        char* buffer = nullptr;
-        size_t length = 0;
-        FILE* const stream = open_memstream(&buffer, &length);
-        {
-            AsnDump dump(stream, kRootName);
-            printRoot(dump, root);
-        }
-        std::fclose(stream);
-        text.assign(buffer, length);
-        std::free(buffer);
+        AsnDump dump({[](void* to, const char* piece, size_t length) {
+                          static_cast<std::string*>(to)->append(piece, length);
+                      },
+                      &text},
+                     kFamily.root);
+        root.print(dump);
     }
     asnFreeContext(ctx);
     return text;
@@ -87,7 +68,7 @@ std::string exported(const uint8_t* octets, size_t size, bool aligned) {
     unlink(path.c_str());
     allocation = {};
     const int done =
-        dumpMessage(octets, static_cast<unsigned short>(size), aligned ? 1 : 0, path.c_str());
+        FUZZ_EXPORT(octets, static_cast<unsigned short>(size), aligned ? 1 : 0, path.c_str());
     require(allocation.unreleased == 0, "nothing stays allocated");
     struct stat info {};
     require((stat(path.c_str(), &info) == 0) == (done == 1), "a file for a dump, and none without");
@@ -109,8 +90,8 @@ std::vector<Field> fieldsOf(const uint8_t* octets, size_t size, bool aligned) {
         return fields;
     ctx.aligned = aligned ? 1 : 0;
     asnSetFieldTrace(ctx, 1);
-    Root root{};
-    (void)decodeRoot(ctx, root);  // where it fails, the fields so far
+    Root root;
+    (void)root.decode(ctx);  // where it fails, the fields so far
     for (const AsnBitFieldLink* link = ctx.fieldList.head; link != nullptr; link = link->next)
         fields.push_back({link->field->bitOffset, link->field->bitCount});
     asnFreeContext(ctx);

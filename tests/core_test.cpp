@@ -2,7 +2,6 @@
 
 #include "H245.h"
 #include "H323.h"
-#include "TamselCore.h"
 #include "allocation.h"
 #include "messages.h"
 

@@ -136,14 +136,13 @@ inline std::string failureOf(const AsnContext& ctx, AsnStatus status) {
 /// What a printer adds to a dump.
 template <class Print>
 std::string dumped(Print print, const char* root = "P") {
-    static FILE* const file = std::tmpfile();  // the same for all: a new one takes longer
-    std::rewind(file);
+    std::string text;
+    const auto append = [](void* to, const char* piece, size_t size) {
+        static_cast<std::string*>(to)->append(piece, size);
+    };
     {
-        AsnDump dump(file, root);
+        AsnDump dump(AsnDumpSink{append, &text}, root);
         print(dump);
     }
-    std::string text(static_cast<size_t>(std::ftell(file)), '\0');
-    std::rewind(file);
-    text.resize(std::fread(text.data(), 1, text.size(), file));
     return text;
 }
