@@ -148,7 +148,33 @@ TEST(Memory, EveryAllocationOfLongStringsMayFail) {
     }
 }
 
-TEST(Memory, ContextsReportsAndPrinters) {
+TEST(Memory, PrintersNeedNone) {
+    const auto check = [](const AsnDumpSink& sink, auto print) {
+        allocation = {.failAt = 1};
+        {
+            AsnDump dump(sink, "P");
+            print(dump);
+        }
+        EXPECT_EQ(allocation.requests, 0);
+        allocation = {};
+    };
+    size_t printed = 0;
+    const AsnDumpSink counter{
+        [](void* to, const char* /*text*/, size_t size) { *static_cast<size_t*>(to) += size; },
+        &printed};
+    std::mt19937 random(7);
+    for (const AsnTypeInfo* type : allTypes())
+        for (int round = 0; round < 20; ++round) {
+            SCOPED_TRACE(type->name);
+            const auto value = newValue(*type);
+            Decoding decoding(randomOctets(random, 60));
+            if (type->decode(decoding.ctx, value.get()) != kAsnOk) continue;
+            check(counter, [&](AsnDump& dump) { type->print(dump, value.get()); });
+        }
+    EXPECT_GT(printed, 1000000U);
+}
+
+TEST(Memory, ContextsAndReports) {
     allocation = {.failAt = 1};
     EXPECT_EQ(asnNewContext(nullptr, 0, 1), nullptr);
     allocation = {.failAt = 2};

@@ -20,85 +20,11 @@ def data(name):
     return bytes.fromhex((HERE.parent / "data" / f"{name}.hex").read_text())
 
 
-class Per:
-    """ALIGNED PER (X.691), as far as the messages below go."""
-
-    def __init__(self):
-        self.text = ""
-
-    def bits(self, text):
-        self.text += text.replace(" ", "")
-        return self
-
-    def number(self, value, bits):
-        return self.bits(format(value, f"0{bits}b"))
-
-    def octets(self, octets):
-        self.text += "0" * (-len(self.text) % 8)
-        return self.bits("".join(format(octet, "08b") for octet in octets))
-
-    def counted(self, octets):
-        return self.octets(bytes([len(octets)]) + octets)
-
-    def address(self, ip, port):
-        return self.bits("0 000").octets(bytes(map(int, ip.split("."))) + struct.pack(">H", port))
-
-    def endpoint(self):  # a terminal, and nothing told of it
-        return self.bits("0 000001 00 0 0")
-
-    def additions(self, *present):
-        self.bits("0").number(len(present) - 1, 6)
-        self.bits("".join("0" if octets is None else "1" for octets in present))
-        for octets in present:
-            if octets is not None:
-                self.counted(octets)
-        return self
-
-    def done(self):
-        self.octets(b"")
-        return bytes(int(self.text[i:i + 8], 2) for i in range(0, len(self.text), 8))
-
-
-PROTOCOL = bytes([0, 8, 0x91, 0x4A, 0, 2])  # 0.0.8.2250.0.2
-CALL_IDENTIFIER = Per().bits("0").octets(CALL).done()
-FALSE, TRUE = b"\0", b"\x80"
-
-
-def listed(*elements):
-    per = Per().octets(bytes([len(elements)]))
-    for element in elements:
-        per.counted(element)
-    return per.done()
-
-
-def information(alternative, extended, body, *h245):
-    """H323-UserInformation around a message body, of the root alternatives."""
-    per = Per().bits("0 0 1 0 0").number(alternative, 3).bits("1" if extended else "0")
-    return body(per).additions(None, TRUE if h245 else FALSE, listed(*h245) if h245 else None,
-                               None).done()
-
-
-def setup():
-    proposal = data("h245-openLogicalChannel")[1:]  # without the CHOICEs around it
-    return information(0, True, lambda per: (
-        per.bits("0 1 1 1 0 0 0").counted(PROTOCOL)
-        .octets(b"\1").bits("0 1").octets(b"\2").octets("Ann".encode("utf-16-be"))
-        .endpoint()
-        .octets(b"\1").bits("0 0").number(3, 7).octets(b"").bits("0100 0101 0110 0111")
-        .address(CALLED, 1720)
-        .bits("0").octets(CALL).bits("0 00 0 00")
-        .additions(None, None, CALL_IDENTIFIER, None, None, None, listed(proposal), FALSE, FALSE,
-                   None)))
-
-
-def alerting(*h245):
-    return information(3, False, lambda per: per.counted(PROTOCOL).endpoint(), *h245)
-
-
-def connect(address, port):
-    return information(2, True, lambda per: (
-        per.bits("1").counted(PROTOCOL).address(address, port).endpoint().octets(CALL)
-        .additions(CALL_IDENTIFIER, None, None, None, None, None)))
+def connect(port):
+    """The connect of the sample, whose H.245 address is 17.2.0.122:2040, with another port."""
+    address = bytes([17, 2, 0, 122])
+    return data("made-ui-call-connect-aligned").replace(
+        address + struct.pack(">H", 2040), address + struct.pack(">H", port))
 
 
 def of_this_call(message, other):
@@ -178,10 +104,10 @@ def call(port=2034):
     c.udp(TERMINAL, port, GATEKEEPER, 1719, request)
     c.udp(GATEKEEPER, 1719, TERMINAL, port, data("ras-admissionConfirm"))
     s = Stream(c, TERMINAL, port + 1, CALLED, 1720)
-    s.say(0, tpkt(q931(5, setup(), bytes.fromhex("04038893a5"))))
+    s.say(0, tpkt(q931(5, data("made-ui-call-setup-aligned"), bytes.fromhex("04038893a5"))))
     s.say(1, tpkt(q931(2, data("ui-callProceeding"))))
-    s.say(1, tpkt(q931(1, alerting(data("h245-masterSlaveDetermination")))))
-    answer = tpkt(q931(7, connect(CALLED, port + 6)))
+    s.say(1, tpkt(q931(1, data("made-ui-call-alerting-aligned"))))
+    answer = tpkt(q931(7, connect(port + 6)))
     s.say(1, answer[:30])
     s.say(1, answer[30:])  # one TPKT over two segments
     h = Stream(c, TERMINAL, port + 2, CALLED, port + 6)
@@ -215,7 +141,7 @@ def odd():
     s.say(0, tpkt(q931(2, data("ui-callProceeding"))[:-9]))  # ends within an element
     s.say(0, tpkt(tcs[4:]))  # H.245 where it does not belong
     s.say(1, tpkt(q931(1, data("alt-ui-alerting-aligned"))))  # tunnels what is no H.245
-    s.say(1, tpkt(q931(7, connect(CALLED, 3002))))
+    s.say(1, tpkt(q931(7, connect(3002))))
 
     h = Stream(c, TERMINAL, 3003, CALLED, 3002)  # segments out of order, the first one last
     at = h.next[0]
