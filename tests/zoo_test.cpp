@@ -85,6 +85,7 @@ const ZooCase kSequences[] = {
      "1 1 0000100 11101 00 [01 80] [01 00] [01 40] [01 00]", 0,
      ".m@bPresent = 1; .m@cPresent = 1; .m@dPresent = 1; .a = 1; .b = 1; .d.e = 1; "
      ".d.extElem1.numocts = 0; .d.extElem1.data ="},
+    {"Additions", "1 1 0000100 10001 [00] [01 00]", "1 1 0000100 10001 00 [00] [01 00]", -2, ""},
     {"Additions", "1 1 1 [04] 00000 [FF FF FF FF]", "1 1 1 00000 [04 FF FF FF FF]", -2, ""},
     {"Only_additions", "0", "=", 0, ".m@aPresent = 0; .m@bPresent = 0"},
     {"Only_additions", "1 0000001 11 [02 10 40] [01 42]",
@@ -186,6 +187,8 @@ const ZooCase kLists[] = {
     {"List_of_digits", "[03] 0001 0100", "=", -2, ""},
     {"List_of_choices", "[01] 0 0 [07]", "[01] 0 0 000000 [07]", 0,
      ".n = 1; .elem[0].t = 1; .elem[0].u@a = 7"},
+    {"List_of_choices", "[02] 1 0000000 [01 FF] 0 0 [07]", "[02] 1 0000000 [01 FF] 0 0 000000 [07]",
+     0, ".n = 2; .elem[0].t = 3; .elem[1].t = 1; .elem[1].u@a = 7"},
     {"List_of_choices", "[02] 0 0 [07]", "=", -2, ""},
     {"Tree", "1 1 [01] 0 0", "1 1 000000 [01] 0 0", 0,
      ".m@childrenPresent = 1; .value = 1; .children.n = 1; "
