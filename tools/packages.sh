@@ -1,5 +1,6 @@
+# shellcheck shell=bash
 # need PACKAGE...: installs those Debian packages that are missing. Mirrors are sometimes mid-sync:
-# one more try.
+# one more try. Whoever is not root and has no sudo is told the command.
 need() {
     local package missing=() root=()
     for package; do
@@ -7,11 +8,18 @@ need() {
             missing+=("$package")
     done
     [ ${#missing[@]} -gt 0 ] || return 0
-    [ "$(id -u)" = 0 ] || root=(sudo)
+    if [ "$(id -u)" != 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            printf '%s\n' "These packages are missing. Run as root:" \
+                "    apt-get update && apt-get install --no-install-recommends ${missing[*]}" >&2
+            return 1
+        fi
+        root=(sudo)
+    fi
     echo "Installing ${missing[*]}" >&2
     install_missing() {
         "${root[@]}" apt-get update -qq >&2 || true
-        DEBIAN_FRONTEND=noninteractive "${root[@]}" apt-get install -y -qq \
+        "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq \
             --no-install-recommends "${missing[@]}" >/dev/null
     }
     install_missing || { sleep 20; install_missing; }
