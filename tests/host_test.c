@@ -1,6 +1,6 @@
-/* A host program in C: every message of the data folder through the library as it is shipped, linked
- * to it or, with LOAD_AT_RUN_TIME, by name. The dump files are compared octet for octet, with the
- * line ends of the system.
+/* A host program in C: every message of the data folder through the library as it is shipped,
+ * linked to it or, with LOAD_AT_RUN_TIME, by name. The dump files are compared octet for octet,
+ * with the line ends of the system.
  *
  * usage: host_test DATA NAME...   or, for the console test:   host_test DATA --console NAME */
 #include <stdio.h>
@@ -71,8 +71,7 @@ static int check(const char* folder, const char* name) {
     const char* at = dump;
     for (const char* line = expected; same && *line != 0;) {
         const size_t size = strcspn(line, "\n");
-        same = strncmp(at, line, size) == 0 &&
-               strncmp(at + size, LINE_END, strlen(LINE_END)) == 0;
+        same = strncmp(at, line, size) == 0 && strncmp(at + size, LINE_END, strlen(LINE_END)) == 0;
         at += size + strlen(LINE_END);
         line += size + 1;
     }
