@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "allocation.h"
 #include "support.h"
 
 namespace {
@@ -253,13 +254,30 @@ TEST(Primitives, FragmentsAreJoined) {
         EXPECT_EQ(value.data[16383], 0xFF);
         EXPECT_EQ(value.data[16384], 0x99);
     }
-    octets[0] = 0xC8;  // 131072 octets are not there, and nothing is allocated for them
-    for (const Read& read : {dynOctets, openType}) {
-        Decoding lying(octets);
-        std::string ignored;
-        EXPECT_EQ(read(lying.ctx, &ignored), kAsnEndOfData);
-        EXPECT_EQ(lying.ctx.memHeap.newest, nullptr);
+}
+
+TEST(Primitives, MemoryIsTakenForWhatIsThere) {
+    std::string ignored;
+    for (const char* lying : {"C8 00", "BF FF 00"})  // 131072 octets, 16383
+        for (const Read& read : {dynOctets, openType}) {
+            Decoding decoding(hex(lying));
+            EXPECT_EQ(read(decoding.ctx, &ignored), kAsnEndOfData);
+            EXPECT_EQ(decoding.ctx.memHeap.newest, nullptr);
+        }
+    for (const Read& read :
+         {dynBits, dynOctets, openType, characters(pd_IA5String), bmp(nullptr)}) {
+        Decoding decoding(Octets(40, 3));
+        allocation = {.failAt = 1};
+        const AsnStatus status = read(decoding.ctx, &ignored);
+        EXPECT_EQ(status, kAsnNoMemory);
+        allocation = {};
     }
+    Decoding texts(hex("08 4141414141414141 08 4242424242424242"));
+    const char* first = nullptr;
+    const char* second = nullptr;
+    EXPECT_EQ(pd_IA5String(texts.ctx, &first, nullptr), kAsnOk);
+    EXPECT_EQ(pd_IA5String(texts.ctx, &second, nullptr), kAsnOk);
+    EXPECT_STREQ(first, "AAAAAAAA") << "each has room for its NUL";
 }
 
 TEST(Primitives, ObjectIdsHaveAtMost128Arcs) {
