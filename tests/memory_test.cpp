@@ -174,39 +174,6 @@ TEST(Memory, PrintersNeedNone) {
     EXPECT_GT(printed, 1000000U);
 }
 
-TEST(Memory, ContextsAndReports) {
-    allocation = {.failAt = 1};
-    EXPECT_EQ(asnNewContext(nullptr, 0, 1), nullptr);
-    allocation = {.failAt = 2};
-    EXPECT_EQ(asnNewContext(nullptr, 0, 1), nullptr);
-    EXPECT_EQ(allocation.unreleased, 0);
-
-    const uint8_t octet = 0;
-    AsnContext ctx;
-    ASSERT_EQ(asnInitContext(ctx, &octet, 1), kAsnOk);
-    allocation = {.failAt = 1};
-    EXPECT_EQ(asnBindBuffer(ctx, nullptr, 0), kAsnNoMemory);
-    EXPECT_EQ(ctx.data, &octet) << "the octets stay bound";
-    allocation = {};
-    const std::string parameter(300, 'x');
-    EXPECT_EQ(asnAddErrorText(ctx.errInfo, parameter.c_str()), 1);
-    allocation.failAt = 2;
-    EXPECT_EQ(asnAddErrorInt(ctx.errInfo, 1), 0);
-    EXPECT_EQ(ctx.errInfo.parmCount, 1);
-    ctx.errInfo.status = -3;
-    std::vector<std::string> report;
-    const auto collect = [](const char* line, void* to) {
-        static_cast<std::vector<std::string>*>(to)->emplace_back(line);
-    };
-    asnLogErrorCb(ctx.errInfo, collect, &report);
-    ASSERT_EQ(report.size(), 2U);
-    EXPECT_EQ(report[1], ("Unexpected tag encountered: expected = " + parameter).substr(0, 199))
-        << "without memory, a long message is truncated";
-    asnFreeContext(ctx);
-    EXPECT_EQ(allocation.unreleased, 0);
-    allocation = {};
-}
-
 TEST(Memory, AnExportWithoutMemoryMakesNoFile) {
     const TemporaryFile file;
     for (const Message& message : allMessages()) {
