@@ -1,40 +1,59 @@
-// Frames of a capture through tamsel-capture's reader, to the dumps. An input is what stands behind
-// a pcap file's header: records of 16 octets of header, then a frame.
+// Whole capture files through tamsel-capture's reader, to the dumps: pcap, pcapng and compressed
+// ones, with whatever link types and tunnels their frames have.
 
-#include <cstring>
+#include <sys/mman.h>
+#include <unistd.h>
 
-#include "call_follower.h"
+#include <algorithm>
+#include <cstdlib>
+
+#include "capture_file.h"
+#include "message_finder.h"
 
 namespace {
 
-struct NoSink : MessageSink {
+constexpr size_t kMaxHeld = 1 << 20;
+
+/// Prints each message, and checks what the output relies on.
+struct Sink : MessageSink {
     void message(const CapturedMessage& message) override {
-        if (message.dump && (message.octets.size() > kMaxMessageOctets || message.name.empty()))
+        const bool isDecoded = message.outcome == Outcome::kDecoded;
+        if (message.name.empty() || isDecoded != (message.decoder != nullptr)) std::abort();
+        if (message.octets.size() > 65535 || message.name.find('/') != std::string_view::npos)
             std::abort();
+        std::string text;
+        if (message.q931 != nullptr) message.q931->describe(text);
+        if (std::any_of(text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }))
+            std::abort();
+        const auto ignore = [](void*, const char*, size_t) {};
+        if (isDecoded) message.decoder->print({ignore, nullptr});
     }
     void remark(const CaptureRemark& /*remark*/) override {}
 };
 
-constexpr int kEthernet = 1;
-constexpr size_t kRecordHeader = 16;
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static MessageDumper dumper;
-    NoSink sink;
-    CallFollower follower(dumper, sink, size % 2 == 0 ? "" : "c0fe");
-    Network network(follower);
-    for (std::span<const uint8_t> rest(data, size); rest.size() > kRecordHeader;) {
-        uint32_t length = 0;
-        std::memcpy(&length, rest.data() + 8, sizeof length);
-        rest = rest.subspan(kRecordHeader);
-        const size_t taken = std::min<size_t>(length, rest.size());
-        network.frame(kEthernet, {.time = static_cast<Time>(rest.size()),
-                                  .octets = rest.first(taken),
-                                  .length = length});
-        rest = rest.subspan(taken);
+    static const int file = memfd_create("capture", 0);
+    static const std::string name = "/proc/self/fd/" + std::to_string(file);
+    if (ftruncate(file, 0) != 0 || pwrite(file, data, size, 0) != static_cast<ssize_t>(size))
+        std::abort();
+    Sink sink;
+    MemoryBudget budget(kMaxHeld);
+    Unread unread;
+    {
+        MessageFinder finder(sink, budget, unread, {size % 4 == 0 ? "c0fe" : "", {}});
+        Network network(finder, budget, unread);
+        try {
+            CaptureFile capture(name);
+            for (Frame frame; capture.next(frame);) {
+                network.frame(frame);
+                if (budget.used() > 2 * kMaxHeld) std::abort();
+            }
+        } catch (const BadCapture&) {
+        }
+        network.end();
     }
-    network.end();
+    if (budget.used() != 0) std::abort();  // what was counted has been given back
     return 0;
 }

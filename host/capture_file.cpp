@@ -2,42 +2,61 @@
 
 #include <pcap/pcap.h>
 
+#include <algorithm>
 #include <array>
-#include <filesystem>
+
+namespace {
+
+/// The last microsecond of the year 9999: what is later cannot be written as a date.
+constexpr Time kLatest = 253'402'300'799'999'999;
+
+}  // namespace
 
 void CaptureFile::Close::operator()(pcap* file) const {
     pcap_close(file);
 }
 
-CaptureFile::CaptureFile(const std::string& name) {
+/// What libpcap reads from. It is C: no exception passes through.
+ssize_t CaptureFile::readForPcap(void* file, char* to, size_t size) {
+    auto& capture = *static_cast<CaptureFile*>(file);
+    try {
+        return static_cast<ssize_t>(capture.input_.read(reinterpret_cast<uint8_t*>(to), size));
+    } catch (const std::exception& error) {
+        capture.error_ = error.what();
+        return -1;
+    }
+}
+
+CaptureFile::CaptureFile(const std::string& name) : input_(name) {
+    if (PcapngReader::recognises(input_.start())) {
+        pcapng_ = std::make_unique<PcapngReader>(input_);
+        return;
+    }
+    FILE* const stream =
+        fopencookie(this, "r", {.read = readForPcap, .write = {}, .seek = {}, .close = {}});
+    if (stream == nullptr) throw BadCapture("cannot be opened");
     std::array<char, PCAP_ERRBUF_SIZE> error{};
-    // libpcap's own text repeats the name: for a file that is not there, and for no other.
-    if (name != "-" && !std::filesystem::is_regular_file(name) && !std::filesystem::is_fifo(name))
-        throw BadCapture(std::filesystem::exists(name) ? "not a file" : "no such file");
-    file_.reset(pcap_open_offline(name.c_str(), error.data()));
-    if (!file_) throw BadCapture(error.data());
-    std::error_code none;
-    const auto size = std::filesystem::file_size(name, none);
-    if (!none) size_ = static_cast<double>(size);
+    pcap_.reset(pcap_fopen_offline(stream, error.data()));
+    if (pcap_) return;
+    std::fclose(stream);
+    throw BadCapture(error_.empty() ? error.data() : error_);
 }
 
 bool CaptureFile::next(Frame& frame) {
-    pcap_pkthdr* header = nullptr;
-    const u_char* octets = nullptr;
-    const int result = pcap_next_ex(file_.get(), &header, &octets);
-    if (result == PCAP_ERROR_BREAK) return false;
-    if (result != 1) throw BadCapture(pcap_geterr(file_.get()));
-    frame.time = static_cast<Time>(header->ts.tv_sec) * 1000000 + header->ts.tv_usec;
-    frame.octets = {octets, header->caplen};
-    frame.length = header->len;
+    if (!(pcapng_ ? pcapng_->next(frame) : nextOfPcap(frame))) return false;
+    frame.time = std::clamp(frame.time, Time{0}, kLatest);
     return true;
 }
 
-int CaptureFile::linkType() const {
-    return pcap_datalink(file_.get());
-}
-
-double CaptureFile::progress() const {
-    const long at = std::ftell(pcap_file(file_.get()));
-    return size_ > 0 && at >= 0 ? static_cast<double>(at) / size_ : -1;
+bool CaptureFile::nextOfPcap(Frame& frame) {
+    pcap_pkthdr* header = nullptr;
+    const u_char* octets = nullptr;
+    const int result = pcap_next_ex(pcap_.get(), &header, &octets);
+    if (result == PCAP_ERROR_BREAK) return false;
+    if (result != 1) throw BadCapture(error_.empty() ? pcap_geterr(pcap_.get()) : error_);
+    frame.time = Time{header->ts.tv_sec} * 1000000 + header->ts.tv_usec;
+    frame.linkType = static_cast<unsigned>(pcap_datalink(pcap_.get()));
+    frame.octets = {octets, header->caplen};
+    frame.length = header->len;
+    return true;
 }

@@ -7,16 +7,30 @@
 #include <span>
 #include <string>
 
-/// An IP address and a port. IPv4 is kept in IPv6's form for it, ::ffff:a.b.c.d.
+/// An IP address. IPv4 is kept in IPv6's form for it, ::ffff:a.b.c.d.
+using Address = std::array<uint8_t, 16>;
+
+/// An IP address and a port.
 struct Endpoint {
-    std::array<uint8_t, 16> address{};
+    Address address{};
     uint16_t port = 0;
 
     auto operator<=>(const Endpoint&) const = default;
 };
 
-/// An endpoint of 4 octets of address, or 16; other sizes give an endpoint that nobody has.
+/// One direction of a conversation.
+struct Flow {
+    Endpoint source;
+    Endpoint destination;
+
+    auto operator<=>(const Flow&) const = default;
+    Flow reversed() const { return {destination, source}; }
+};
+
+/// An address of 4 octets or 16; other sizes give one that nobody has.
+Address makeAddress(std::span<const uint8_t> octets);
 Endpoint makeEndpoint(std::span<const uint8_t> address, unsigned port);
 
 /// "192.0.2.1:1720", "[2001:db8::1]:1720"
+void appendText(std::string& text, const Endpoint& endpoint);
 std::string toString(const Endpoint& endpoint);

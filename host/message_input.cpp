@@ -25,25 +25,25 @@ std::string readAll(const std::string& file) {
 std::vector<Octets> strip(const InputMessage& message, bool hasQ931) {
     std::vector<Octets> inner;
     if (looksWrapped(message.octets, false)) {
-        size_t taken = 0;
-        const auto take = [&](std::span<const uint8_t> octets) {
-            inner.emplace_back(octets.begin(), octets.end());
-            taken += octets.size() + 4;
-        };
-        TpktReader().read(message.octets, {take, [](size_t /*octets*/) {}});
-        if (taken != message.octets.size())
-            throw BadInput(message.name + ": " + std::to_string(message.octets.size() - taken) +
-                           " of " + std::to_string(message.octets.size()) +
+        std::span<const uint8_t> rest = message.octets;
+        while (const size_t length = wholeTpkt(rest)) {
+            const auto content = rest.first(length).subspan(kTpktHeader);
+            inner.emplace_back(content.begin(), content.end());
+            rest = rest.subspan(length);
+        }
+        if (!rest.empty())
+            throw BadInput(message.name + ": " + std::to_string(rest.size()) + " of " +
+                           std::to_string(message.octets.size()) +
                            " octets are not in a complete TPKT");
     } else {
         inner.push_back(message.octets);
     }
     for (Octets& octets : inner) {
         if (!hasQ931 || !startsQ931(octets)) continue;
-        const auto q931 = readQ931(octets);
-        if (!q931 || q931->userUser.empty())
+        Q931Message q931;
+        if (!readQ931(octets, q931) || q931.userUser.empty())
             throw BadInput(message.name + ": no complete Q.931 message with a user-user element");
-        octets = Octets(q931->userUser.begin(), q931->userUser.end());
+        octets = Octets(q931.userUser.begin(), q931.userUser.end());
     }
     return inner;
 }

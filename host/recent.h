@@ -24,6 +24,10 @@ class Recent {
         const auto found = values_.find(key);
         return found != values_.end() ? &found->second : nullptr;
     }
+    Value* find(const Key& key) {
+        const auto found = values_.find(key);
+        return found != values_.end() ? &found->second : nullptr;
+    }
 
   private:
     size_t limit_;

@@ -5,13 +5,14 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <chrono>
 #include <iostream>
 
-#include "call_follower.h"
 #include "capture_file.h"
 #include "capture_output.h"
-#include "sink_thread.h"
+#include "message_finder.h"
+#include "writer.h"
 
 namespace {
 
@@ -29,16 +30,24 @@ its end.
 Example:
   tamsel-capture --list call.pcap)";
 
-/// Passed to the writing thread at a time, where nobody watches.
+/// Passed to the writing thread at a time, if nobody watches.
 constexpr size_t kBatchOctets = 1 << 18;
+
+/// What streams and fragments may hold together.
+constexpr size_t kMaxHeld = 16 << 20;
 
 struct Options {
     std::string folder;
     std::vector<std::string> families = {"ras", "ui", "h245"};
     std::string call;
+    std::vector<std::string> ports;
     bool list = false;
     std::vector<std::string> files;
 };
+
+std::string linkTypeName(unsigned linkType) {
+    return pcap_datalink_val_to_description_or_dlt(static_cast<int>(linkType));
+}
 
 void complain(const std::string& text) {
     std::cerr << "tamsel-capture: " << text << "\n";
@@ -76,20 +85,24 @@ class Progress {
     Clock::time_point next_ = Clock::now() + std::chrono::seconds(1);
 };
 
-/// Reads one capture as far as it goes; false where it is damaged, which is said.
-bool readCapture(const std::string& name, Network& network, const SinkThread& sink,
+/// Reads one capture as far as it goes. Returns false if it is damaged, or nothing in it can be
+/// read, and says so.
+bool readCapture(const std::string& name, Network& network, const CaptureOutput& output,
                  Progress& progress) {
     try {
         CaptureFile file(name);
-        const int linkType = file.linkType();
-        if (!Network::knows(linkType))
-            throw BadCapture(std::string("link type ") +
-                             pcap_datalink_val_to_description_or_dlt(linkType) +
-                             " is not supported");
+        std::optional<unsigned> unknown;
+        bool isKnown = false;
         for (Frame frame; file.next(frame);) {
-            network.frame(linkType, frame);
-            progress.show(file, sink.messages());
+            if (PacketReader::knows(frame.linkType))
+                isKnown = true;
+            else
+                unknown = frame.linkType;
+            network.frame(frame);
+            progress.show(file, output.messages());
         }
+        if (unknown && !isKnown)
+            throw BadCapture("link type " + linkTypeName(*unknown) + " is not supported");
         return true;
     } catch (const BadCapture& bad) {
         progress.clear();
@@ -98,40 +111,65 @@ bool readCapture(const std::string& name, Network& network, const SinkThread& si
     }
 }
 
-void report(const CaptureOutput& output, const NetworkLosses& losses) {
+void report(const CaptureOutput& output, const Unread& unread) {
     std::istringstream lines(output.summary());
     for (std::string line; std::getline(lines, line);) complain(line);
-    const std::pair<size_t, const char*> kLosses[] = {
-        {losses.cutFrames, "frames that the capture has only a part of"},
-        {losses.malformedFrames, "frames without a packet that can be read"},
-        {losses.openFragments, "IPv4 fragments without the rest of their packet"},
-        {losses.ipv6Fragments, "IPv6 fragments, not put together"},
-    };
-    for (const auto& [count, what] : kLosses)
-        if (count > 0) complain("not read: " + std::to_string(count) + " " + what);
+    for (const auto& [what, count] : unread.kinds())
+        complain("not read: " + what + ": " + std::to_string(count));
+}
+
+/// The ports of --port, each as NUMBER=PURPOSE.
+std::map<uint16_t, Purpose> portsOf(const std::vector<std::string>& texts) {
+    const std::map<std::string, Purpose> kPurposes = {{"ras", Purpose::kRas},
+                                                      {"ui", Purpose::kSignalling},
+                                                      {"h245", Purpose::kH245},
+                                                      {"none", Purpose::kNone}};
+    std::map<uint16_t, Purpose> ports;
+    for (const std::string& text : texts) {
+        const size_t equals = std::min(text.find('='), text.size());
+        uint16_t port = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + equals, port);
+        const auto purpose = kPurposes.find(text.substr(std::min(equals + 1, text.size())));
+        if (error != std::errc() || end != text.data() + equals || purpose == kPurposes.end())
+            throw std::runtime_error("--port " + text + ": not as in 1730=ui");
+        ports[port] = purpose->second;
+    }
+    return ports;
+}
+
+/// Makes the folder for -o. It has to be empty, so that it never holds messages of two captures.
+void makeFolder(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    if (!std::filesystem::is_empty(folder))
+        throw std::runtime_error(folder.string() + ": not an empty folder");
 }
 
 int run(const Options& options) {
-    OutputOptions outputOptions{.folder = options.folder, .ladder = options.list};
-    for (const std::string& name : options.families)
-        outputOptions.families.insert(findFamily(name));
-    if (!options.folder.empty()) std::filesystem::create_directories(options.folder);
-    MessageDumper dumper;
-    CaptureOutput output(outputOptions);
+    OutputOptions outputOptions{.files = !options.folder.empty(), .ladder = options.list};
+    for (const FamilyId family : kFamilies)
+        for (const std::string& name : options.families)
+            if (name == familyOf(family).name) outputOptions.families.insert(family);
+    const FinderOptions finderOptions{options.call, portsOf(options.ports)};
+    if (!options.folder.empty()) makeFolder(options.folder);
+
     const bool isWatched = isatty(STDOUT_FILENO) != 0 && (options.folder.empty() || options.list);
-    SinkThread sink(output, isWatched ? 0 : kBatchOctets);
-    CallFollower follower(dumper, sink, options.call);
-    Network network(follower);
+    Writer writer(options.folder, isWatched ? 0 : kBatchOctets);
+    CaptureOutput output(writer, outputOptions);
+    MemoryBudget budget(kMaxHeld);
+    Unread unread;
+    MessageFinder finder(output, budget, unread, finderOptions);
+    Network network(finder, budget, unread);
     Progress progress(isWatched);
     int result = kDone;
     for (const std::string& file : options.files)
-        if (!readCapture(file, network, sink, progress)) result = kWrongUse;
+        if (!readCapture(file, network, output, progress)) result = kWrongUse;
     network.end();
-    sink.finish();
+    writer.finish();
     progress.clear();
-    output.finish();
-    report(output, network.losses());
-    return result == kDone && output.refused() > 0 ? kNotDecoded : result;
+    report(output, unread);
+    const bool isMissing = !options.call.empty() && output.messages() == 0;
+    if (isMissing) complain("no message of call " + options.call);
+    return result == kDone && (output.refused() > 0 || isMissing) ? kNotDecoded : result;
 }
 
 /// Takes a call identifier as people write it, and leaves its hex digits in lower case. Says what
@@ -159,6 +197,10 @@ int main(int argc, char** argv) {
                    "Show one call only, by the first digits of its callIdentifier or conferenceID")
         ->transform(CLI::Validator(asCallIdentifier, ""))
         ->type_name("ID");
+    app.add_option("--port", options.ports,
+                   "Tell what a port is for, as in 1730=ui: ras, ui, h245 or none")
+        ->delimiter(',')
+        ->type_name("LIST");
     app.add_flag("--list", options.list, "Show the ladder of the call, a line a message");
     app.add_option("FILE", options.files, "The captures, in order of time")
         ->required()

@@ -1,32 +1,69 @@
-// TPKT (RFC 1006, section 6): messages in a TCP stream, each behind a header of 4 octets.
+// TPKT (RFC 1006, section 6): messages in a TCP stream, each after a header of 4 octets.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <vector>
 
-/// One direction of a stream, cut into messages.
+#include "memory_budget.h"
+
+constexpr size_t kTpktHeader = 4;
+
+/// The length of the TPKT that octets start with, its header included; 0 if no whole one is there.
+size_t wholeTpkt(std::span<const uint8_t> octets);
+
+/// Who is told, in order. Spans are valid during the call.
+class TpktReceiver {
+  public:
+    virtual ~TpktReceiver() = default;
+    /// Each message, without its header.
+    virtual void tpkt(std::span<const uint8_t> message) = 0;
+    /// How many octets were passed over: what is no TPKT, or a part of one.
+    virtual void lost(size_t octets) = 0;
+};
+
+/// What a stream's TPKTs contain.
+enum class TpktContent { kAny, kQ931 };
+
+/// Cuts one side of a stream into messages. It is in step while it knows where the next header is.
+/// If it does not, because octets are missing or the stream began before the capture, it believes a
+/// header only if what follows confirms it: the length leads to another header or to the end of a
+/// segment, and in call signalling Q.931 follows.
 class TpktReader {
   public:
-    /// Who is told, in order. Spans are valid during the call.
-    struct Receiver {
-        /// Each message, without its header.
-        std::function<void(std::span<const uint8_t>)> message;
-        /// How many octets were passed over: what is no TPKT, or a part of one.
-        std::function<void(size_t)> lost;
-    };
+    explicit TpktReader(MemoryBudget& budget) : budget_(budget) {}
+    ~TpktReader() { budget_.giveBack(held_.size()); }
+    TpktReader(const TpktReader&) = delete;
+    TpktReader& operator=(const TpktReader&) = delete;
 
-    /// Takes the next octets of the stream, and gives out the messages that are whole with them.
-    void read(std::span<const uint8_t> octets, const Receiver& receiver);
+    void setContent(TpktContent content) { content_ = content; }
 
-    /// Octets are missing here, or the stream began before: gives up a message that is not whole,
-    /// and looks for the next header.
-    void skip(const Receiver& receiver);
+    /// Takes the next octets of the stream, as one segment brought them, and passes on the messages
+    /// that are complete with them.
+    void read(std::span<const uint8_t> segment, TpktReceiver& receiver);
+
+    /// So many octets are missing here; 0 if that is unknown. A message that is not complete is
+    /// given up.
+    void gap(size_t octets, TpktReceiver& receiver);
+
+    /// Whether octets are the beginning of a stream, or of a segment, of TPKTs: a header,
+    /// confirmed.
+    static bool isConfirmed(std::span<const uint8_t> octets, TpktContent content);
 
   private:
-    bool findHeader(const Receiver& receiver);
+    enum class Verdict { kNo, kMaybe, kYes };
 
-    std::vector<uint8_t> held_;  // from a header on, where in step
-    bool inStep_ = true;
+    static Verdict judge(std::span<const uint8_t> octets, TpktContent content);
+    std::span<const uint8_t> readSome(std::span<const uint8_t> octets, size_t newFrom,
+                                      TpktReceiver& receiver);
+    size_t seek(std::span<const uint8_t> octets, size_t newFrom);
+    void hold(std::span<const uint8_t> octets);
+
+    MemoryBudget& budget_;
+    TpktContent content_ = TpktContent::kAny;
+    bool isInStep_ = true;
+    size_t toSkip_ = 0;               // of a message that a gap has cut
+    std::vector<uint8_t> held_;       // in step: from a header on; else from the first candidate on
+    std::vector<size_t> candidates_;  // positions in held_ that may be headers; not in step
 };

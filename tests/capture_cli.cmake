@@ -75,9 +75,13 @@ foreach(row IN LISTS rows)
     list(GET row 5 family)
     list(GET row 6 message)
     list(GET row 7 octets)
+    set(reference "")
+    if(transport STREQUAL "tcp" AND family STREQUAL "ui")
+        set(reference ", reference 42")
+    endif()
     file(READ ${OUT}/files/${name} text)
     string(APPEND all "==> ${number} ${time} ${source} > ${destination} ${transport} ${family} "
-        "${message}, ${octets} octets <==\n${text}")
+        "${message}, ${octets} octets${reference} <==\n${text}")
     set(vector ${DATA}/${family}-${message}.txt)
     if(EXISTS ${vector} AND name MATCHES "txt$" AND NOT message MATCHES "infoRequest|releaseComplete")
         file(READ ${vector} dump)
@@ -95,10 +99,10 @@ expect("dumps under headings" "${stdout}" "${all}")
 
 # What is refused is kept in hex, for tamsel-dump to read.
 run(1 -o ${OUT}/odd --family h245 odd.pcap)
-file(GLOB refused ${OUT}/odd/*-h245-refused.hex)
+file(GLOB refused ${OUT}/odd/*-h245-unknown.hex)
 list(LENGTH refused count)
 expect("refused" ${count} 2)
-file(READ ${OUT}/odd/000002-120000.137500-h245-refused.hex text)
+file(READ ${OUT}/odd/000002-120000.137500-h245-unknown.hex text)
 expect("refused" "${text}" "9a152d169f53\n")
 
 # Filters.
@@ -110,15 +114,18 @@ run(0 --list --call C0FEF93E-CD9E call.pcap)
 string(REGEX REPLACE "^[^\n]*gatekeeperRequest\n" "" rest "${ladder}")
 string(REGEX REPLACE "tamsel-capture:.*" "" rest "${rest}")
 expect("--call" "${stdout}" "${rest}")
-run(0 --list --call c1 call.pcap)
-expect("--call of another" "${stdout}" "")
+run(1 --list --call c1 odd.pcap)
+expect("--call of another: no messages and no remarks" "${stdout}" "")
+expect_part("--call of another" "${stderr}" "no message of call c1")
+run(0 --list --call c0fe call.pcap)
 
 # What cannot be read is said; what was read before is kept.
 run(2 --list cut.pcap)
 expect_part("cut" "${stderr}" "tamsel-capture: cut.pcap: truncated dump file")
-expect_part("cut" "${stdout}" "ras   admissionConfirm\n")
+expect_part("cut" "${stdout}" "ras   admissionConfirm  (call c0fef93e)\n")
 run(2 --list unknown.pcap raw.pcap)
 expect_part("link type" "${stderr}" "unknown.pcap: link type DLT 147 is not supported")
+expect_part("link type" "${stderr}" "not read: frames of link type DLT 147: 1")
 expect("the next is read" "${stdout}" "${info}")
 run(2 --list missing.pcap)
 expect_part("missing" "${stderr}" "missing.pcap: no such file")
@@ -130,13 +137,21 @@ run(2 --family h323 call.pcap)
 run(2)
 run(2 -o ${CAPTURES}/call.pcap/folder call.pcap)
 
-# A writer that fails: of standard output, of one file, of the index.
-list(GET names 1 name)
-foreach(file ${name} index.tsv)
-    file(MAKE_DIRECTORY ${OUT}/full-${file})
-    file(CREATE_LINK /dev/full ${OUT}/full-${file}/${file} SYMBOLIC)
-    run(2 -o ${OUT}/full-${file} call.pcap)
-    expect_part("full" "${stderr}" "${file}: ")
+# A folder that holds something is refused, and left as it is.
+run(2 -o ${OUT}/files odd.pcap)
+expect_part("a full folder" "${stderr}" "/files: not an empty folder")
+file(GLOB found RELATIVE ${OUT}/files ${OUT}/files/*)
+list(SORT found)
+expect("a full folder" "${found}" "${names}")
+
+# A writer that fails: of a file, of the index, of standard output.
+foreach(limit 0 1)
+    execute_process(COMMAND bash -c
+        "trap '' XFSZ && ulimit -f ${limit} && exec ${CAPTURE} -o ${OUT}/full-${limit} call.pcap"
+        WORKING_DIRECTORY ${CAPTURES} RESULT_VARIABLE result ERROR_VARIABLE err)
+    if(NOT "${result}${err}" MATCHES "^2tamsel-capture: [^ ]+: writing failed\n$")
+        message(SEND_ERROR "full: ${result}\n${err}")
+    endif()
 endforeach()
 foreach(option --list --family=ras)
     execute_process(COMMAND ${CAPTURE} ${option} call.pcap WORKING_DIRECTORY ${CAPTURES}

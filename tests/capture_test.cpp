@@ -1,54 +1,71 @@
-// The parts of tamsel-capture that read what others sent: TPKT, Q.931, dumps.
+// The parts of tamsel-capture that read what others sent: TPKT, Q.931, IP, TCP, names of messages.
 
 #include <gtest/gtest.h>
 #include <pcap/pcap.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <span>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 
-#include "call_follower.h"
-#include "dump_reader.h"
-#include "hex_text.h"
-#include "made_messages.h"
+#include "message_finder.h"
+#include "network.h"
 #include "q931.h"
-#include "sink_thread.h"
+#include "stream_start.h"
+#include "support.h"
 #include "tpkt.h"
 
 namespace {
 
-/// What a TpktReader tells of a stream that comes in parts of that size, "-" in it standing for a
-/// gap: "[message]", and "n" for octets passed over.
-std::string readTpkts(const std::string& stream, size_t part) {
-    std::string told;
-    size_t lost = 0;
-    const auto tellLost = [&] {
-        if (lost > 0) told += std::to_string(lost);
-        lost = 0;
-    };
-    const TpktReader::Receiver receiver{
-        .message =
-            [&](std::span<const uint8_t> octets) {
-                tellLost();
-                told += "[" + formatHex(octets) + "]";
-            },
-        .lost = [&](size_t octets) { lost += octets; },
-    };
-    TpktReader reader;
-    std::istringstream pieces(stream);
-    bool first = true;
-    for (std::string piece; std::getline(pieces, piece, '-'); first = false) {
-        if (!first) reader.skip(receiver);
-        const Octets octets = parseHex(piece);
-        for (size_t at = 0; at < octets.size(); at += part)
-            reader.read(std::span(octets).subspan(at, std::min(part, octets.size() - at)),
-                        receiver);
+std::string formatHex(std::span<const uint8_t> octets) {
+    std::string text;
+    appendHex(text, octets);
+    return text;
+}
+
+/// What a TpktReader passes on: "[message]", and the octets that it passes over in between.
+struct Told : TpktReceiver {
+    void tpkt(std::span<const uint8_t> message) override {
+        tellLost();
+        text += "[" + formatHex(message) + "]";
     }
-    reader.skip(receiver);
-    tellLost();
-    return told;
+    void lost(size_t octets) override { lostOctets += octets; }
+    void tellLost() {
+        if (lostOctets > 0) text += std::to_string(lostOctets);
+        lostOctets = 0;
+    }
+
+    std::string text;
+    size_t lostOctets = 0;
+};
+
+/// Reads a stream in segments of that size at most. In it, "-" is a gap of unknown size, "-2" one
+/// of two octets, and "|" the end of a segment.
+std::string readTpkts(const std::string& stream, size_t part,
+                      TpktContent content = TpktContent::kAny) {
+    MemoryBudget budget(1 << 20);
+    Told told;
+    {
+        TpktReader reader(budget);
+        reader.setContent(content);
+        std::istringstream pieces(stream);
+        for (std::string piece; pieces >> piece;) {
+            if (piece[0] == '-') {
+                reader.gap(piece.size() > 1 ? std::stoul(piece.substr(1)) : 0, told);
+                continue;
+            }
+            const Octets octets = hex(piece);
+            for (size_t at = 0; at < octets.size(); at += part)
+                reader.read(std::span(octets).subspan(at, std::min(part, octets.size() - at)),
+                            told);
+        }
+        reader.gap(0, told);
+    }
+    told.tellLost();
+    EXPECT_EQ(budget.used(), 0U);
+    return told.text;
 }
 
 TEST(Tpkt, HoweverItIsCut) {
@@ -57,13 +74,15 @@ TEST(Tpkt, HoweverItIsCut) {
         const char* stream;
         const char* told;
     } rows[] = {
-        {"two in a row", "0300000511 030000062233", "[11][2233]"},
-        {"no payload", "03000004 0300000511", "[][11]"},
-        {"the last cut short", "0300000511 03000006", "[11]4"},
-        {"behind a gap", "0300000511 0300 - 3344 0300000522", "[11]4[22]"},
-        {"a payload that looks like a header", "0300000803000300 0300000511", "[03000300][11]"},
-        {"a length below the header's own", "0300000511 03000003 0300000522", "[11]4[22]"},
-        {"another version", "0300000511 0400000522 0300000533", "[11]5[33]"},
+        {"two in a row", "0300000511030000062233", "[11][2233]"},
+        {"no payload", "030000040300000511", "[][11]"},
+        {"the last cut short", "030000051103000006", "[11]4"},
+        {"after a gap", "03000005110300 - 33440300000522", "[11]4[22]"},
+        {"a gap within a message", "0300000811 -2 220300000533", "6[33]"},
+        {"a gap in two parts within a message", "0300000a11 -2 22 -1 33440300000533", "8[33]"},
+        {"a payload that looks like a header", "03000008030003000300000511", "[03000300][11]"},
+        {"a length below the header's own", "0300000511030000030300000522", "[11]4[22]"},
+        {"another version", "030000051104000005220300000533", "[11]5[33]"},
         {"nothing but noise", "ffffffffffff", "6"},
         {"all lost", "-", ""},
     };
@@ -76,17 +95,38 @@ TEST(Tpkt, HoweverItIsCut) {
     }
 }
 
-TEST(Tpkt, HoldsNoMoreThanOne) {
-    size_t lost = 0;
-    const TpktReader::Receiver receiver{.message = [](auto) {},
-                                        .lost = [&](size_t octets) { lost += octets; }};
-    TpktReader reader;
+TEST(Tpkt, OutOfStepAHeaderHasToBeConfirmed) {
+    const struct {
+        const char* why;
+        const char* segments;
+        const char* told;
+    } rows[] = {
+        {"a header whose length leads nowhere, then a segment that starts with one",
+         "- 914a000300fff0c0 030000060802", "8[0802]"},
+        {"in call signalling, no Q.931 after it", "- 03000005110300000611 030000060802",
+         "10[0802]"},
+        {"a chain of two in the middle of a segment", "- 11220300000608020300000608", "2[0802]5"},
+        {"a message in two segments", "- 0300000a08020001 0502 0300000608ff",
+         "[080200010502][08ff]"},
+        {"a length that turns out wrong", "- 0300000708110002 030000060833", "8[0833]"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        EXPECT_EQ(readTpkts(row.segments, 100, TpktContent::kQ931), row.told);
+    }
+}
+
+TEST(Tpkt, HoldsNoMoreThanOneMessage) {
+    MemoryBudget budget(1 << 20);
+    Told told;
+    TpktReader reader(budget);
     const Octets noise(100000, 0xFF);
-    reader.read(noise, receiver);
-    EXPECT_EQ(lost, noise.size());
-    reader.read(parseHex("0300ffff"), receiver);  // ends within the noise
-    reader.read(noise, receiver);
-    EXPECT_EQ(lost, 2 * noise.size() - 65531);
+    reader.read(noise, told);
+    reader.read(hex("0300ffff"), told);  // a length that ends within the noise
+    EXPECT_EQ(budget.used(), 4U);
+    reader.read(noise, told);
+    EXPECT_EQ(told.lostOctets, 2 * noise.size() + 4);
+    EXPECT_EQ(budget.used(), 0U);
 }
 
 TEST(Q931, WhatStandsAroundAMessage) {
@@ -110,88 +150,86 @@ TEST(Q931, WhatStandsAroundAMessage) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
-        const Octets octets = parseHex(row.octets);
-        const auto message = readQ931(octets);
-        ASSERT_EQ(message.has_value(), row.isWhole);
-        if (!message) continue;
-        EXPECT_EQ(message->callReference, row.callReference);
-        EXPECT_EQ(formatHex(message->userUser), row.userUser);
+        const Octets octets = hex(row.octets);
+        Q931Message message;
+        ASSERT_EQ(readQ931(octets, message), row.isWhole);
+        if (!row.isWhole) continue;
+        EXPECT_EQ(message.callReference, row.callReference);
+        EXPECT_EQ(formatHex(message.userUser), row.userUser);
     }
 }
 
-TEST(DumpReader, FactsOfAMessage) {
-    const MessageFacts facts =
-        readFacts(kUi,
-                  "A.h323-message-body.t = 1\n"
-                  "H323-UserInformation.h323-uu-pdu.h323-message-body.t = 1\n"
-                  "H323-UserInformation.h323-uu-pdu.h323-message-body."
-                  "u@setup.h245Address.t = 1\n"
-                  "X.h245Address.u@ipAddress.ip.numocts = 4\n"
-                  "X.h245Address.u@ipAddress.ip.data = \n"
-                  "0a 00 00 01                                      ....\n"
-                  "X.h245Address.u@ipAddress.port = 1024\n"
-                  "X.callSignalAddress.elem[3].u@ip6Address.ip.numocts = 16\n"
-                  "X.callSignalAddress.elem[3].u@ip6Address.ip.data = \n"
-                  "20 01 0d b8 00 00 00 00 00 00 00 00 00 00 00 01   = .\n"
-                  "X.callSignalAddress.elem[3].u@ip6Address.port = 1720\n"
-                  "X.mediaChannel.u@ipAddress.port = 5000\n"
-                  "X.h245Control.elem[0].numocts = 17\n"
-                  "X.h245Control.elem[0].data = \n"
-                  "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f  ....\n"
-                  "10                                               .\n"
-                  "X.h245Control.elem[1].numocts = 0\n"
-                  "X.h245Control.elem[1].data = \n"
-                  "                                                 \n"
-                  "X.callIdentifier.guid.numocts = 2\n"
-                  "X.callIdentifier.guid.data = \n"
-                  "ab cd  \n"
-                  "=\na=\n =\n = \nX.display = 'a\nb='");
-    EXPECT_EQ(facts.name, "setup");
-    EXPECT_EQ(facts.callIdentifier, "abcd");
-    ASSERT_EQ(facts.announcements.size(), 2U);
-    EXPECT_EQ(facts.announcements[0].purpose, Purpose::kForH245);
-    EXPECT_EQ(toString(facts.announcements[0].endpoint), "10.0.0.1:1024");
-    EXPECT_EQ(facts.announcements[1].purpose, Purpose::kForSignalling);
-    EXPECT_EQ(toString(facts.announcements[1].endpoint), "[2001:db8::1]:1720");
-    ASSERT_EQ(facts.h245Control.size(), 2U);
-    EXPECT_EQ(formatHex(facts.h245Control[0]), "000102030405060708090a0b0c0d0e0f10");
-    EXPECT_EQ(facts.h245Control[1].size(), 0U);
+TEST(Q931, Facts) {
+    const struct {
+        const char* why;
+        const char* octets;
+        const char* name;
+        const char* facts;
+    } rows[] = {
+        {"numbers, with an extension octet or without",
+         "080200010 5 6c06 0181 34373131 7005 81 34373132", "setup", "reference 1, 4711 -> 4712"},
+        {"text from the wire is escaped", "0802000105 2804 411b2241", "setup",
+         "reference 1, display \"A\\x1b\\x22A\""},
+        {"a cause", "080280015a 0802 8090", "releaseComplete",
+         "reference 1, cause 16 normal call clearing"},
+        {"a cause with a recommendation octet, unknown", "080200015a 0803 0080ff",
+         "releaseComplete", "reference 1, cause 127 interworking, unspecified"},
+        {"an empty cause", "080200015a 0800", "releaseComplete", "reference 1"},
+        {"an unknown type", "08020001ff", "q931-0xff", "reference 1"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        std::string digits(row.octets);
+        std::erase(digits, ' ');
+        const Octets octets = hex(digits);
+        Q931Message message;
+        ASSERT_TRUE(readQ931(octets, message));
+        EXPECT_EQ(message.name(), row.name);
+        std::string facts;
+        message.describe(facts);
+        EXPECT_EQ(facts, row.facts);
+    }
 }
 
-TEST(MessageDumper, DumpsThatNoPipeHolds) {
-    MessageDumper dumper;
-    const auto small = dumper.dump(kUi, listMessage(1, true), true);
-    ASSERT_TRUE(small);
-    const std::string before(*small);
-    const auto large = dumper.dump(kUi, listMessage(16000, true), true);
-    ASSERT_TRUE(large);
-    EXPECT_GT(large->size(), size_t{1} << 21);
-    EXPECT_NE(large->find("elem[15999]"), std::string::npos);
-    EXPECT_TRUE(large->ends_with(" \n"));
-    EXPECT_FALSE(dumper.dump(kUi, parseHex("ff"), true));
-    EXPECT_EQ(dumper.dump(kUi, listMessage(1, true), true), before);
+TEST(MessageFacts, TheNameOfEveryMessage) {
+    size_t compared = 0;
+    for (const auto& file : std::filesystem::directory_iterator(TAMSEL_TEST_DATA)) {
+        std::string name = file.path().stem();
+        if (file.path().extension() != ".hex" || !name.starts_with("alt-")) continue;
+        SCOPED_TRACE(name);
+        std::ifstream stream(file.path());
+        const std::string text(std::istreambuf_iterator<char>(stream), {});
+        const bool isAligned = !name.ends_with("-unaligned");
+        name = name.substr(0, name.rfind('-'));  // alt-h245-request-requestMode
+        const FamilyId family = name.starts_with("alt-ras-")  ? FamilyId::kRas
+                                : name.starts_with("alt-ui-") ? FamilyId::kUi
+                                                              : FamilyId::kH245;
+        const Octets octets = hex(text);
+        TamselDecoder decoder;
+        MessageFacts facts;
+        ASSERT_EQ(decoder.decode(familyOf(family), octets, isAligned), kAsnOk);
+        readFacts(family, decoder, facts);
+        EXPECT_EQ(facts.name, name.substr(name.rfind('-') + 1));
+        ++compared;
+        // One that does not decode still has its name.
+        const auto cut = std::span(octets).first(octets.size() / 2);
+        if (decoder.decode(familyOf(family), cut, isAligned) == kAsnOk || cut.size() < 8) continue;
+        readFacts(family, decoder, facts);
+        EXPECT_EQ(facts.name, name.substr(name.rfind('-') + 1));
+    }
+    EXPECT_GT(compared, 80U);
 }
 
-TEST(DumpReader, TextThatLooksLikeADump) {
-    // A character string may hold line breaks, and whatever its sender likes behind them.
-    const MessageFacts facts = readFacts(kRas,
-                                         "RasMessage.u@admissionRequest.x = 'a\n"
-                                         "X.callIdentifier.guid.numocts = 4294967295\n"
-                                         "X.callIdentifier.guid.data = \n"
-                                         "12 zz 34\n"
-                                         "X.h245Control.elem[0].numocts = 3\n"
-                                         "X.h245Control.elem[0].data = \n"
-                                         "1\n"
-                                         "].data = \n"
-                                         "X.rasAddress.u@ipAddress.port = 99999999999'\n");
-    EXPECT_EQ(facts.name, "admissionRequest");
-    EXPECT_EQ(facts.callIdentifier, "");
-}
-
-struct CountingSink : MessageSink {
+/// A finder, and how many messages it passed on.
+struct Finder : MessageSink {
+    explicit Finder(const std::string& call) : finder(*this, budget, unread, {call, {}}) {}
     void message(const CapturedMessage& /*message*/) override { ++messages; }
     void remark(const CaptureRemark& /*remark*/) override {}
+
     int messages = 0;
+    MemoryBudget budget{1 << 20};
+    Unread unread;
+    MessageFinder finder;
 };
 
 Endpoint host(uint32_t number, unsigned port) {
@@ -200,14 +238,12 @@ Endpoint host(uint32_t number, unsigned port) {
     return makeEndpoint(address, port);
 }
 
-TEST(CallFollower, KnowsTheAddressesAnnouncedLast) {
-    MessageDumper dumper;
-    CountingSink sink;
-    CallFollower follower(dumper, sink, "");
+TEST(MessageFinder, KnowsTheAddressesAnnouncedLast) {
+    Finder finder("");
     uint32_t announced = 0;
     // A registrationConfirm with so many call signalling addresses, each with another host number.
     const auto announce = [&](uint32_t count) {
-        Octets octets = parseHex("1000 0000 0600 0891 4a00 02");
+        Octets octets = hex("1000 0000 0600 0891 4a00 02");
         octets.insert(octets.end(),
                       {static_cast<uint8_t>(0x80 | count >> 8), static_cast<uint8_t>(count)});
         for (; count > 0; --count, ++announced)
@@ -215,38 +251,38 @@ TEST(CallFollower, KnowsTheAddressesAnnouncedLast) {
                                          static_cast<uint8_t>(announced >> 8),
                                          static_cast<uint8_t>(announced), 0x27, 0x10});
         octets.insert(octets.end(), {0, 0, 0x41});
-        follower.datagram(0, {host(1, 1719), host(2, 1719)}, octets);
+        finder.finder.datagram(0, {host(1, 1719), host(2, 1719)}, octets);
     };
     const auto isKnown = [&](uint32_t number) {
-        return follower.wantsStream({host(1, 5000), host(number, 10000)});
+        return finder.finder.directory()
+            .find(Protocol::kTcp, {host(1, 5000), host(number, 10000)})
+            .has_value();
     };
     EXPECT_FALSE(isKnown(0));
-    while (announced < 65536) announce(8192);
-    EXPECT_EQ(sink.messages, 8);
+    while (announced < 32768) announce(8192);
+    EXPECT_EQ(finder.messages, 4);
     EXPECT_TRUE(isKnown(0));
     announce(1);
     EXPECT_FALSE(isKnown(0));
     EXPECT_TRUE(isKnown(1));
-    EXPECT_TRUE(isKnown(65536));
+    EXPECT_TRUE(isKnown(32768));
 }
 
-TEST(CallFollower, KnowsTheDialoguesThatCameLast) {
-    MessageDumper dumper;
-    CountingSink sink;
-    CallFollower follower(dumper, sink, "004091fb");
-    // An infoRequest that names its call, or one that the dialogue alone tells of.
+TEST(MessageFinder, KnowsTheDialoguesThatCameLast) {
+    Finder finder("004091fb");
+    // An infoRequest that names its call, or a disengageConfirm that the dialogue alone tells of.
     const auto request = [&](uint32_t number, bool named) {
-        Octets octets = parseHex(named ? "56001053000101110000 4091fb7289f911802a050403020100"
-                                       : "540010530001");
-        octets[2] = static_cast<uint8_t>(number >> 8);
-        octets[3] = static_cast<uint8_t>(number);
-        const int before = sink.messages;
-        follower.datagram(0, {host(1, 1719), host(2, 1719 + (number >> 16))}, octets);
-        return sink.messages > before;
+        Octets octets =
+            hex(named ? "56001053000101110000 4091fb7289f911802a050403020100" : "400000");
+        octets[named ? 2 : 1] = static_cast<uint8_t>(number >> 8);
+        octets[named ? 3 : 2] = static_cast<uint8_t>(number);
+        const int before = finder.messages;
+        finder.finder.datagram(0, {host(1, 1719), host(2, 1719 + (number >> 16))}, octets);
+        return finder.messages > before;
     };
     EXPECT_FALSE(request(0, false));
     for (uint32_t number = 0; number < 65536; ++number) request(number, true);
-    EXPECT_EQ(sink.messages, 65536);
+    EXPECT_EQ(finder.messages, 65536);
     EXPECT_TRUE(request(0, false));
     EXPECT_TRUE(request(65536, true));
     EXPECT_FALSE(request(0, false));
@@ -255,21 +291,35 @@ TEST(CallFollower, KnowsTheDialoguesThatCameLast) {
 
 /// What comes out of a network that is fed with IPv4 packets.
 struct Wire : NetworkListener {
-    bool wantsStream(const Flow& /*flow*/) override { return true; }
+    struct Reader : StreamReader {
+        explicit Reader(Wire& owner) : wire(owner) {}
+        bool octets(Time /*time*/, Side side, std::span<const uint8_t> octets) override {
+            wire.heard += (side == Side::kClient ? "" : "<") + formatHex(octets) + " ";
+            return true;
+        }
+        void gap(Time /*time*/, Side /*side*/, size_t octets) override {
+            wire.heard += "(" + std::to_string(octets) + ") ";
+        }
+        void end(Time /*time*/) override { wire.heard += "end "; }
+        Wire& wire;
+    };
+
+    std::unique_ptr<StreamReader> open(const Flow& /*flow*/) override {
+        return std::make_unique<Reader>(*this);
+    }
     void datagram(Time /*time*/, const Flow& /*flow*/, std::span<const uint8_t> octets) override {
         heard += formatHex(octets) + " ";
     }
-    void streamOctets(Time /*time*/, const Flow& /*flow*/,
-                      std::span<const uint8_t> octets) override {
-        heard += formatHex(octets) + " ";
+    bool exported(Time /*time*/, const Flow& /*flow*/, std::string_view /*protocol*/,
+                  std::span<const uint8_t> /*octets*/) override {
+        return false;
     }
-    void streamGap(Time /*time*/, const Flow& /*flow*/, size_t /*octets*/) override {}
-    void streamEnd(Time /*time*/, const Flow& /*flow*/) override { heard += "end "; }
 
+    /// Between two ports of one host.
     /// flags: 2000 for more fragments, and where the payload belongs, in units of 8 octets.
     void packet(Time time, unsigned id, unsigned flags, uint8_t protocol, const char* payload) {
-        Octets octets = parseHex("4500 0000 0000 0000 4000 0000 0a000001 0a000002");
-        const Octets rest = parseHex(payload);
+        Octets octets = hex("4500 0000 0000 0000 4000 0000 0a000001 0a000001");
+        const Octets rest = hex(payload);
         octets[3] = static_cast<uint8_t>(20 + rest.size());
         octets[4] = static_cast<uint8_t>(id >> 8);
         octets[5] = static_cast<uint8_t>(id);
@@ -277,13 +327,30 @@ struct Wire : NetworkListener {
         octets[7] = static_cast<uint8_t>(flags);
         octets[9] = protocol;
         octets.insert(octets.end(), rest.begin(), rest.end());
-        network.frame(DLT_RAW, {.time = time, .octets = octets, .length = octets.size()});
+        network.frame(
+            {.time = time, .linkType = DLT_RAW, .octets = octets, .length = octets.size()});
     }
     void first(Time time, unsigned id) { packet(time, id, 0x2000, 17, "06b7 06b7 000a 0000"); }
     void second(Time time, unsigned id) { packet(time, id, 0x0001, 17, "aabb"); }
+    size_t lostFragments() {
+        const auto found = unread.kinds().find("IP fragments without the rest of their packet");
+        return found != unread.kinds().end() ? found->second : 0;
+    }
+
+    /// A TCP segment between ports 5000 and 1720, in hex: sequence number, acknowledged number,
+    /// flags, payload.
+    void segment(Time time, const std::string& sequence, const std::string& acknowledged,
+                 const std::string& flags, const std::string& payload, bool fromServer = false) {
+        const std::string ports = fromServer ? "06b8 1388" : "1388 06b8";
+        packet(
+            time, 1, 0, 6,
+            (ports + sequence + acknowledged + "50" + flags + "2000 0000 0000" + payload).c_str());
+    }
 
     std::string heard;
-    Network network{*this};
+    Unread unread;
+    MemoryBudget budget{1 << 16};
+    Network network{*this, budget, unread};
 };
 
 TEST(Network, FragmentsWaitFor30Seconds) {
@@ -294,47 +361,83 @@ TEST(Network, FragmentsWaitFor30Seconds) {
     wire.first(0, 2);
     wire.second(30000001, 2);
     EXPECT_EQ(wire.heard, "aabb ");
-    EXPECT_EQ(wire.network.losses().openFragments, 1U);
+    EXPECT_EQ(wire.lostFragments(), 1U);
 }
 
 TEST(Network, FragmentsOf4096Packets) {
     Wire wire;
     for (unsigned id = 0; id <= 4096; ++id) wire.first(id, id);
-    EXPECT_EQ(wire.network.losses().openFragments, 1U);
+    EXPECT_EQ(wire.lostFragments(), 1U);
     wire.second(5000, 1);
     EXPECT_EQ(wire.heard, "aabb ");
     wire.second(5000, 0);
     EXPECT_EQ(wire.heard, "aabb ") << "the oldest was given up";
 }
 
-TEST(Network, StreamsAreSilentForADay) {
+TEST(TcpStreams, SilentForADay) {
     constexpr Time kDay = Time{24} * 3600 * 1000000;
     Wire wire;
-    wire.packet(1, 1, 0, 6, "1388 06b8 00000001 00000000 5002 2000 0000 0000");
-    wire.packet(1, 2, 0, 6, "1388 06b8 00000002 00000000 5008 2000 0000 0000 aabb");
+    wire.segment(1, "00000001", "00000000", "02", "");
+    wire.segment(2, "00000002", "00000000", "08", "aabb");
     wire.packet(kDay, 3, 0, 6, "1389 06b8 00000001 00000000 5002 2000 0000 0000");
     EXPECT_EQ(wire.heard, "aabb ");
     wire.packet(2 * kDay, 4, 0, 6, "138a 06b8 00000001 00000000 5002 2000 0000 0000");
-    EXPECT_EQ(wire.heard.substr(0, 13), "aabb end end ");
+    EXPECT_EQ(wire.heard, "aabb end ");
 }
 
-struct FailingSink : MessageSink {
-    void message(const CapturedMessage& /*message*/) override { throw std::runtime_error("full"); }
-    void remark(const CaptureRemark& /*remark*/) override { ++remarks; }
-    int remarks = 0;
-};
+TEST(TcpStreams, HowOneEnds) {
+    const struct {
+        const char* why;
+        const char* segments;  // "sequence acknowledged flags payload", from the server after "<"
+        const char* heard;
+    } rows[] = {
+        {"the same SYN again", "1 0 02,2 0 10 aa,1 0 02,3 0 10 bb", "aa bb "},
+        {"the port used again", "1 0 02,2 0 10 aa,9001 0 02,9002 0 10 bb", "aa end bb "},
+        {"used again without a SYN in the capture", "1 0 02,2 0 10 aa,80000000 0 10 bb",
+         "aa end (0) bb "},
+        {"a SYN that comes late", "2 0 10 aa,1 0 02,3 0 10 bb", "(0) aa bb "},
+        {"sent again after the end", "1 0 02,2 7 10 aa,3 7 11,<7 4 11,2 7 10 aa", "aa end "},
+        {"reset", "1 0 02,2 0 10 aa,<0 3 14,2 0 10 aa", "aa end "},
+        {"octets after the FIN in the capture", "1 0 02,<8 2 12,2 9 10 aa,4 9 11,<9 5 11,3 9 10 bb",
+         "aa (1) end "},
+        {"and not acknowledged yet", "1 0 02,<8 2 12,2 9 10 aa,4 9 11,<9 3 11,3 9 10 bb",
+         "aa bb end "},
+        {"never captured, and acknowledged", "1 0 02,2 0 10 aa,5 0 10 bb,<8 6 10", "aa (2) bb "},
+        {"round the clock", "fffffffe 0 02,1 0 10 cc,ffffffff 0 10 aabb", "aabbcc "},
+        {"only the answer to the SYN", "<8 2 12,3 9 10 bb,2 9 10 aa", "aabb "},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        Wire wire;
+        std::istringstream segments(row.segments);
+        for (std::string segment; std::getline(segments, segment, ',');) {
+            const bool fromServer = segment[0] == '<';
+            std::istringstream fields(segment.substr(fromServer ? 1 : 0));
+            std::string sequence;
+            std::string acknowledged;
+            std::string flags;
+            std::string payload;
+            fields >> sequence >> acknowledged >> flags >> payload;
+            sequence.insert(0, 8 - sequence.size(), '0');
+            acknowledged.insert(0, 8 - acknowledged.size(), '0');
+            wire.segment(1, sequence, acknowledged, flags, payload, fromServer);
+        }
+        EXPECT_EQ(wire.heard, row.heard);
+    }
+}
 
-TEST(SinkThread, PassesFailuresBack) {
-    FailingSink failing;
-    SinkThread sink(failing, 0);
-    sink.remark({});
-    EXPECT_THROW(
-        {
-            for (int i = 0; i < 3; ++i) sink.message({});
-            sink.finish();
-        },
-        std::runtime_error);
-    EXPECT_EQ(failing.remarks, 1);
+TEST(TcpStreams, HoldWhatWaitsWithinTheBudget) {
+    Wire wire;
+    wire.segment(1, "00000001", "00000000", "02", "");
+    const std::string octets(200, 'a');  // 100 octets; each segment leaves a gap of one
+    for (uint32_t i = 0; i < 2000; ++i) {
+        std::array<char, 9> sequence{};
+        std::snprintf(sequence.data(), sequence.size(), "%08x", 3 + i * 101);
+        wire.segment(2, sequence.data(), "00000000", "10", octets);
+        ASSERT_LT(wire.budget.used(), 66000U);
+    }
+    wire.network.end();
+    EXPECT_EQ(wire.budget.used(), 0U);
 }
 
 }  // namespace

@@ -1,0 +1,162 @@
+#include "conversation.h"
+
+#include "stream_start.h"
+
+namespace {
+
+constexpr size_t kMaxHeld = 65536;
+constexpr size_t kMaxHeldSegments = 256;
+constexpr size_t kMaxRemarks = 16;
+
+/// A conversation that began before the capture is looked at for so many segments.
+constexpr size_t kMaxSegmentsMidway = 16;
+
+/// What a piece that is held costs besides its octets.
+constexpr size_t kHeldCost = 64;
+
+}  // namespace
+
+Conversation::Conversation(MessageFinder& finder, const Flow& flow)
+    : finder_(finder), flow_(flow), client_(finder.budget()), server_(finder.budget()) {
+    if (const auto known = finder_.directory().find(Protocol::kTcp, flow_)) start(*known);
+}
+
+Conversation::~Conversation() {
+    release();
+}
+
+void Conversation::release() {
+    finder_.budget().giveBack(heldOctets_);
+    heldOctets_ = 0;
+    held_.clear();
+}
+
+void Conversation::hold(Held held) {
+    const size_t cost = held.octets.size() + kHeldCost;
+    heldOctets_ += cost;
+    finder_.budget().take(cost);
+    held_.push_back(std::move(held));
+}
+
+bool Conversation::octets(Time time, Side side, std::span<const uint8_t> octets) {
+    if (!known_)
+        if (const auto known = finder_.directory().find(Protocol::kTcp, flow_)) start(*known);
+    if (!known_) {
+        hold({.time = time, .side = side, .octets = {octets.begin(), octets.end()}});
+        bool isForeign = false;
+        const auto known = judge(side, isForeign);
+        if (isForeign) return false;
+        if (known) start(*known);
+        const bool isTooMuch =
+            heldOctets_ > kMaxHeld || held_.size() > kMaxHeldSegments || finder_.budget().isSpent();
+        if (!known && isTooMuch) {
+            if (hasTpkts_) finder_.unread().count("TCP streams of TPKTs that nobody announced");
+            return false;
+        }
+        return true;
+    }
+    if (known_->purpose == Purpose::kNone) return false;
+    read(time, side, octets);
+    return true;
+}
+
+/// Looks at what is held of a side: what it is if that can be told, or that it is none of ours.
+std::optional<Known> Conversation::judge(Side side, bool& isForeign) {
+    std::vector<uint8_t> octets;
+    bool isMidway = false;
+    for (const Held& held : held_) {
+        if (held.side != side) continue;
+        isMidway |= held.isGap;
+        octets.insert(octets.end(), held.octets.begin(), held.octets.end());
+    }
+    if (isMidway) {
+        // Its start is not there, but one of its segments may start with a whole TPKT.
+        octets = held_.back().octets;
+        isForeign = held_.size() > kMaxSegmentsMidway && !hasTpkts_;
+        if (!TpktReader::isConfirmed(octets, TpktContent::kAny)) return {};
+    }
+    const StreamStart found = lookAtStart(octets);
+    if (!isMidway) isForeign = found.kind == StreamStart::kForeign;
+    if (found.kind == StreamStart::kSignalling) return Known{Purpose::kSignalling, {}};
+    if (found.kind != StreamStart::kOther) return {};
+    hasTpkts_ = true;
+    const CallNames* const call = finder_.directory().callBetween(flow_);
+    if (call == nullptr || !finder_.isExactly(FamilyId::kH245, found.message)) return {};
+    return Known{Purpose::kH245, *call};
+}
+
+/// It is known now what the conversation is: what is held is read.
+void Conversation::start(const Known& known) {
+    known_ = known;
+    if (known.purpose == Purpose::kSignalling)
+        for (const Side side : {Side::kClient, Side::kServer})
+            tpktOf(side).setContent(TpktContent::kQ931);
+    isWanted_ = known.purpose == Purpose::kH245 && finder_.isWanted(known.call);
+    for (const auto held = std::move(held_); const Held& piece : held) {
+        if (known.purpose == Purpose::kNone) break;
+        if (piece.isGap)
+            gap(piece.time, piece.side, piece.gap);
+        else
+            read(piece.time, piece.side, piece.octets);
+    }
+    release();
+}
+
+void Conversation::read(Time time, Side side, std::span<const uint8_t> octets) {
+    now_ = time;
+    side_ = side;
+    tpktOf(side).read(octets, *this);
+}
+
+void Conversation::gap(Time time, Side side, size_t octets) {
+    if (!known_) {
+        hold({.time = time, .side = side, .isGap = true, .gap = octets, .octets = {}});
+        return;
+    }
+    if (known_->purpose == Purpose::kNone) return;
+    remark(time, side, octets > 0 ? Remark::kOctetsMissing : Remark::kStartsMidway, octets);
+    now_ = time;
+    side_ = side;
+    tpktOf(side).gap(octets, *this);
+}
+
+void Conversation::end(Time time) {
+    if (!known_)
+        if (const auto known = finder_.directory().find(Protocol::kTcp, flow_)) start(*known);
+    if (!known_ && hasTpkts_) finder_.unread().count("TCP streams of TPKTs that nobody announced");
+    if (!known_) return;
+    for (const Side side : {Side::kClient, Side::kServer}) {
+        now_ = time;
+        side_ = side;
+        tpktOf(side).gap(0, *this);
+    }
+}
+
+void Conversation::tpkt(std::span<const uint8_t> message) {
+    if (message.empty()) return;  // keeps the connection alive
+    if (known_->purpose == Purpose::kSignalling)
+        finder_.signalling(now_, flowOf(side_), message, this);
+    else
+        finder_.h245(now_, flowOf(side_), message, known_->call, this);
+}
+
+void Conversation::wanted() {
+    if (isWanted_) return;
+    isWanted_ = true;
+    for (const CaptureRemark& remark : remarks_) finder_.sink().remark(remark);
+    remarks_.clear();
+}
+
+void Conversation::lost(size_t octets) {
+    remark(now_, side_, Remark::kOctetsPassedOver, octets);
+}
+
+/// If one call is looked for, remarks are of interest if the conversation has that call, which its
+/// messages may tell later.
+void Conversation::remark(Time time, Side side, Remark what, size_t octets) {
+    const CaptureRemark remark{time, flowOf(side), what, octets};
+    if (isWanted_ || !finder_.wantsOneCall())
+        finder_.sink().remark(remark);
+    else if (remarks_.size() < kMaxRemarks)
+        remarks_.push_back(remark);
+}

@@ -1,0 +1,77 @@
+#include "fragments.h"
+
+#include <algorithm>
+
+namespace {
+
+/// Packets in parts are given up after this time; the oldest also if there are more of them.
+constexpr Time kLife = 30'000'000;
+constexpr size_t kMaxPackets = 4096;
+constexpr size_t kMaxOctets = 4 << 20;
+constexpr size_t kMaxPacket = 65535;
+/// What a part costs besides its octets.
+constexpr size_t kPartCost = 96;
+
+}  // namespace
+
+std::span<const uint8_t> Fragments::add(const Key& key, Time now, size_t offset, bool more,
+                                        std::span<const uint8_t> octets) {
+    if (octets.empty() || offset + octets.size() > kMaxPacket || (more && octets.size() % 8 != 0)) {
+        unread_.count("malformed IP fragments");
+        return {};
+    }
+    auto known = byKey_.find(key);
+    if (known != byKey_.end() && known->second->first + kLife < now) {
+        giveUp(known->second);
+        known = byKey_.end();
+    }
+    if (known == byKey_.end()) {
+        packets_.push_back({.key = key, .first = now, .size = 0, .held = 0, .parts = {}});
+        known = byKey_.emplace(key, std::prev(packets_.end())).first;
+    }
+    Packet& packet = *known->second;
+    const auto [part, isNew] = packet.parts.try_emplace(offset);
+    if (isNew) {
+        part->second.assign(octets.begin(), octets.end());
+        packet.held += octets.size();
+        held_ += octets.size() + kPartCost;
+    }
+    if (!more) packet.size = offset + octets.size();
+    if (packet.size > 0 && packet.held >= packet.size && join(packet)) {
+        remove(known->second);
+        return whole_;
+    }
+    while (packets_.size() > kMaxPackets || held_ > kMaxOctets) giveUp(packets_.begin());
+    return {};
+}
+
+/// Writes a packet to whole_; false if a part is missing. If parts overlap, the first in the packet
+/// is taken.
+bool Fragments::join(const Packet& packet) {
+    whole_.clear();
+    for (const auto& [offset, octets] : packet.parts) {
+        if (offset > whole_.size()) return false;
+        const size_t known = whole_.size() - offset;
+        if (known < octets.size())
+            whole_.insert(whole_.end(), octets.begin() + static_cast<std::ptrdiff_t>(known),
+                          octets.end());
+    }
+    if (whole_.size() < packet.size) return false;
+    whole_.resize(packet.size);
+    return true;
+}
+
+void Fragments::remove(Packets::iterator packet) {
+    held_ -= packet->held + packet->parts.size() * kPartCost;
+    byKey_.erase(packet->key);
+    packets_.erase(packet);
+}
+
+void Fragments::giveUp(Packets::iterator packet) {
+    unread_.count("IP fragments without the rest of their packet", packet->parts.size());
+    remove(packet);
+}
+
+void Fragments::end() {
+    while (!packets_.empty()) giveUp(packets_.begin());
+}

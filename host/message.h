@@ -1,0 +1,65 @@
+// What is found in a capture, and who is told.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "frame.h"
+#include "message_facts.h"
+#include "q931.h"
+
+/// How a message came.
+enum class Transport {
+    kUdp,
+    kTcp,
+    kTunnel,     // in a call-signalling message's h245Control
+    kFastStart,  // in its fastStart: an H.245 OpenLogicalChannel, which is no whole message
+};
+std::string_view toString(Transport transport);
+
+enum class Outcome {
+    kDecoded,
+    kRefused,   // it does not decode
+    kProposal,  // of fastStart: not decoded
+    kBare,      // a Q.931 message that carries no H.225.0 message
+};
+
+/// One message found. The views are valid during the call.
+struct CapturedMessage {
+    Time time = 0;
+    Flow flow;
+    Transport transport = Transport::kUdp;
+    FamilyId family = FamilyId::kRas;
+    std::span<const uint8_t> octets;
+    Outcome outcome = Outcome::kDecoded;
+    std::string_view name;
+    CallNames call;                     // of the message, or of the stream that it came in
+    std::string reason;                 // why it was refused
+    const Q931Message* q931 = nullptr;  // what was around it; null if nothing was
+    TamselDecoder* decoder = nullptr;   // holds the message, if it was decoded
+};
+
+/// What a stream holds besides messages, or lacks.
+enum class Remark {
+    kOctetsMissing,     // lost in the capture
+    kOctetsPassedOver,  // no TPKT, or a part of one whose rest is missing
+    kStartsMidway,      // the stream began before the capture
+    kOctetsAfter,       // after a message, and no message themselves
+};
+constexpr size_t kRemarks = 4;
+
+struct CaptureRemark {
+    Time time = 0;
+    Flow flow;
+    Remark what = Remark::kOctetsMissing;
+    size_t octets = 0;  // how many
+};
+
+class MessageSink {
+  public:
+    virtual ~MessageSink() = default;
+    virtual void message(const CapturedMessage& message) = 0;
+    virtual void remark(const CaptureRemark& remark) = 0;
+};

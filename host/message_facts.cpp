@@ -1,0 +1,207 @@
+#include "message_facts.h"
+
+#include "H245.h"
+#include "H323.h"
+#include "message_names.h"
+
+namespace {
+
+/// The types of one set of modules.
+struct Modules1998 {
+    using Ras = H225RasMessage;
+    using Ui = H225H323_UserInformation;
+    using H245 = H245MultimediaSystemControlMessage;
+    static constexpr const TamselModules& kModules = kTamsel1998;
+};
+
+/// Names an alternative; the first has the tag 1, and an unknown one has none that is listed.
+void nameIt(Names names, uint32_t tag, MessageFacts& facts) {
+    if (tag > 0 && tag <= names.size())
+        facts.name = names[tag - 1];
+    else
+        facts.alternative = tag > 0 ? "alternative " + std::to_string(tag) : "unknown";
+}
+
+template <class Octets>
+void readGuid(const Octets& octets, Guid& guid) {
+    if (octets.numocts == guid.size()) std::copy_n(octets.data, guid.size(), guid.begin());
+}
+
+/// A transport address, or a list of them. An absent one is zero, as all absent components are.
+template <class Type>
+void announce(const Type& addresses, Purpose purpose, MessageFacts& facts) {
+    if constexpr (requires { addresses.elem; }) {
+        for (uint32_t i = 0; i < addresses.n; ++i) announce(addresses.elem[i], purpose, facts);
+    } else {
+        const auto add = [&](const auto& address) {
+            facts.announcements.push_back(
+                {purpose, makeEndpoint({address.ip.data, address.ip.numocts},
+                                       static_cast<unsigned>(address.port))});
+        };
+        if (addresses.t == Type::ipAddress) add(*addresses.u.ipAddress);
+        if (addresses.t == Type::ip6Address) add(*addresses.u.ip6Address);
+    }
+}
+
+/// Reads the components that tell what a message is about, of those that its type has.
+template <class Body>
+void readBody(const Body& body, MessageFacts& facts) {
+    if constexpr (requires { body.requestSeqNum; })
+        facts.sequenceNumber = static_cast<uint32_t>(body.requestSeqNum);
+    if constexpr (requires { body.callIdentifier; })
+        readGuid(body.callIdentifier.guid, facts.call.callIdentifier);
+    if constexpr (requires { body.conferenceID; })
+        readGuid(body.conferenceID, facts.call.conferenceID);
+    if constexpr (requires { body.perCallInfo; })
+        if (body.perCallInfo.n == 1) readBody(body.perCallInfo.elem[0], facts);
+
+    if constexpr (requires { body.h245Address; }) announce(body.h245Address, Purpose::kH245, facts);
+    if constexpr (requires { body.rasAddress; }) announce(body.rasAddress, Purpose::kRas, facts);
+    if constexpr (requires { body.replyAddress; })
+        announce(body.replyAddress, Purpose::kRas, facts);
+    if constexpr (requires { body.callSignalAddress; })
+        announce(body.callSignalAddress, Purpose::kSignalling, facts);
+    if constexpr (requires { body.destCallSignalAddress; })
+        announce(body.destCallSignalAddress, Purpose::kSignalling, facts);
+    if constexpr (requires { body.srcCallSignalAddress; })
+        announce(body.srcCallSignalAddress, Purpose::kSignalling, facts);
+    if constexpr (requires { body.sourceCallSignalAddress; })
+        announce(body.sourceCallSignalAddress, Purpose::kSignalling, facts);
+    if constexpr (requires { body.alternativeAddress; })
+        announce(body.alternativeAddress, Purpose::kSignalling, facts);
+
+    if constexpr (requires { body.alternateGatekeeper; })
+        for (uint32_t i = 0; i < body.alternateGatekeeper.n; ++i)
+            announce(body.alternateGatekeeper.elem[i].rasAddress, Purpose::kRas, facts);
+    if constexpr (requires { body.altGKInfo; }) readBody(body.altGKInfo, facts);
+    if constexpr (requires { body.alternateEndpoints; })
+        for (uint32_t i = 0; i < body.alternateEndpoints.n; ++i)
+            readBody(body.alternateEndpoints.elem[i], facts);
+
+    if constexpr (requires { body.fastStart; })
+        for (uint32_t i = 0; i < body.fastStart.n; ++i)
+            facts.fastStart.emplace_back(body.fastStart.elem[i].data,
+                                         body.fastStart.elem[i].numocts);
+}
+
+#define TAMSEL_BODY(Choice, alternative) \
+    case Choice::alternative:            \
+        readBody(*u.alternative, facts); \
+        break;
+
+/// Reads the body of the alternative chosen.
+template <class Ras>
+void readRas(const Ras& message, MessageFacts& facts) {
+    const auto& u = message.u;
+    switch (message.t) {
+        TAMSEL_BODY(Ras, gatekeeperRequest)
+        TAMSEL_BODY(Ras, gatekeeperConfirm)
+        TAMSEL_BODY(Ras, gatekeeperReject)
+        TAMSEL_BODY(Ras, registrationRequest)
+        TAMSEL_BODY(Ras, registrationConfirm)
+        TAMSEL_BODY(Ras, registrationReject)
+        TAMSEL_BODY(Ras, unregistrationRequest)
+        TAMSEL_BODY(Ras, unregistrationConfirm)
+        TAMSEL_BODY(Ras, unregistrationReject)
+        TAMSEL_BODY(Ras, admissionRequest)
+        TAMSEL_BODY(Ras, admissionConfirm)
+        TAMSEL_BODY(Ras, admissionReject)
+        TAMSEL_BODY(Ras, bandwidthRequest)
+        TAMSEL_BODY(Ras, bandwidthConfirm)
+        TAMSEL_BODY(Ras, bandwidthReject)
+        TAMSEL_BODY(Ras, disengageRequest)
+        TAMSEL_BODY(Ras, disengageConfirm)
+        TAMSEL_BODY(Ras, disengageReject)
+        TAMSEL_BODY(Ras, locationRequest)
+        TAMSEL_BODY(Ras, locationConfirm)
+        TAMSEL_BODY(Ras, locationReject)
+        TAMSEL_BODY(Ras, infoRequest)
+        TAMSEL_BODY(Ras, infoRequestResponse)
+        TAMSEL_BODY(Ras, nonStandardMessage)
+        TAMSEL_BODY(Ras, unknownMessageResponse)
+        TAMSEL_BODY(Ras, requestInProgress)
+        TAMSEL_BODY(Ras, resourcesAvailableIndicate)
+        TAMSEL_BODY(Ras, resourcesAvailableConfirm)
+        TAMSEL_BODY(Ras, infoRequestAck)
+        TAMSEL_BODY(Ras, infoRequestNak)
+        default:
+            break;
+    }
+    facts.isRequest = facts.name.ends_with("Request") || facts.name.ends_with("Indicate");
+}
+
+template <class Ui>
+void readUi(const Ui& message, MessageFacts& facts) {
+    using Chosen = std::remove_cvref_t<decltype(message.h323_uu_pdu.h323_message_body)>;
+    const auto& u = message.h323_uu_pdu.h323_message_body.u;
+    switch (message.h323_uu_pdu.h323_message_body.t) {
+        TAMSEL_BODY(Chosen, setup)
+        TAMSEL_BODY(Chosen, callProceeding)
+        TAMSEL_BODY(Chosen, connect)
+        TAMSEL_BODY(Chosen, alerting)
+        TAMSEL_BODY(Chosen, information)
+        TAMSEL_BODY(Chosen, releaseComplete)
+        TAMSEL_BODY(Chosen, facility)
+        TAMSEL_BODY(Chosen, progress)
+        default:
+            break;
+    }
+    const auto& tunnelled = message.h323_uu_pdu.h245Control;
+    for (uint32_t i = 0; i < tunnelled.n; ++i)
+        facts.h245Control.emplace_back(tunnelled.elem[i].data, tunnelled.elem[i].numocts);
+}
+
+#undef TAMSEL_BODY
+
+/// The names are in two CHOICEs. A message that did not decode may lack the inner one.
+template <class H245>
+void nameH245(const H245& message, MessageFacts& facts) {
+    const auto& u = message.u;
+    if (message.t == H245::request && u.request != nullptr)
+        nameIt(kRequestNames, u.request->t, facts);
+    else if (message.t == H245::response && u.response != nullptr)
+        nameIt(kResponseNames, u.response->t, facts);
+    else if (message.t == H245::command && u.command != nullptr)
+        nameIt(kCommandNames, u.command->t, facts);
+    else if (message.t == H245::indication && u.indication != nullptr)
+        nameIt(kIndicationNames, u.indication->t, facts);
+    else
+        facts.alternative = "unknown";
+}
+
+template <class Modules>
+void readFactsOf(FamilyId family, const TamselDecoder& decoder, MessageFacts& facts) {
+    const bool isDecoded = decoder.status() == kAsnOk;
+    if (family == FamilyId::kRas) {
+        const auto& message = decoder.value<typename Modules::Ras>();
+        nameIt(kRasNames, message.t, facts);
+        if (isDecoded) readRas(message, facts);
+    } else if (family == FamilyId::kUi) {
+        const auto& message = decoder.value<typename Modules::Ui>();
+        nameIt(kUiNames, message.h323_uu_pdu.h323_message_body.t, facts);
+        if (isDecoded) readUi(message, facts);
+    } else {
+        nameH245(decoder.value<typename Modules::H245>(), facts);
+    }
+}
+
+}  // namespace
+
+const TamselFamily& familyOf(FamilyId family) {
+    const TamselModules& modules = Modules1998::kModules;
+    return family == FamilyId::kRas  ? modules.ras
+           : family == FamilyId::kUi ? modules.ui
+                                     : modules.h245;
+}
+
+void readFacts(FamilyId family, const TamselDecoder& decoder, MessageFacts& facts) {
+    facts.name = {};
+    facts.alternative.clear();
+    facts.call = {};
+    facts.sequenceNumber = 0;
+    facts.isRequest = false;
+    facts.announcements.clear();
+    facts.h245Control.clear();
+    facts.fastStart.clear();
+    readFactsOf<Modules1998>(family, decoder, facts);
+}

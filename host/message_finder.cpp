@@ -1,0 +1,246 @@
+#include "message_finder.h"
+
+#include <algorithm>
+#include <array>
+
+#include "conversation.h"
+
+namespace {
+
+constexpr size_t kMaxDialogues = 65536;
+
+/// Tells a call reference from a RAS sequence number.
+constexpr uint32_t kCallReference = 1U << 16;
+
+/// On ports that are not known to be of RAS, shorter datagrams are not believed: too many of other
+/// protocols decode as well.
+constexpr size_t kMinOctetsElsewhere = 10;
+
+/// Why a message did not decode, and where.
+std::string reasonOf(const TamselDecoder& decoder, size_t octets) {
+    std::array<char, 200> text{};
+    asnErrorText(decoder.errors(), text.data(), text.size());
+    return std::string(text.data()) + " (status " + std::to_string(decoder.status()) +
+           ") at octet " + std::to_string(decoder.bitPosition() / 8) + " of " +
+           std::to_string(octets);
+}
+
+}  // namespace
+
+std::string_view toString(Transport transport) {
+    switch (transport) {
+        case Transport::kUdp:
+            return "udp";
+        case Transport::kTcp:
+            return "tcp";
+        case Transport::kTunnel:
+            return "tunnel";
+        default:
+            return "fastStart";
+    }
+}
+
+MessageFinder::MessageFinder(MessageSink& sink, MemoryBudget& budget, Unread& unread,
+                             FinderOptions options)
+    : sink_(sink),
+      budget_(budget),
+      unread_(unread),
+      call_(std::move(options.call)),
+      directory_(std::move(options.ports)),
+      dialogues_(kMaxDialogues) {
+}
+
+std::unique_ptr<StreamReader> MessageFinder::open(const Flow& flow) {
+    return std::make_unique<Conversation>(*this, flow);
+}
+
+void MessageFinder::datagram(Time time, const Flow& flow, std::span<const uint8_t> octets) {
+    const auto known = directory_.find(Protocol::kUdp, flow);
+    if (known && known->purpose == Purpose::kNone) return;
+    if (!known && (octets.size() < kMinOctetsElsewhere || !isExactly(FamilyId::kRas, octets)))
+        return;
+    messages({.time = time, .flow = flow, .octets = octets, .name = {}, .call = {}, .reason = {}});
+    if (known) return;
+    // Whoever speaks RAS here will do so again, in shorter messages too.
+    directory_.announce({Purpose::kRas, flow.source}, flow.destination.address, {});
+    directory_.announce({Purpose::kRas, flow.destination}, flow.source.address, {});
+}
+
+bool MessageFinder::exported(Time time, const Flow& flow, std::string_view protocol,
+                             std::span<const uint8_t> octets) {
+    if (protocol == "h225.ras") {
+        messages(
+            {.time = time, .flow = flow, .octets = octets, .name = {}, .call = {}, .reason = {}});
+    } else if (protocol == "h245") {
+        h245(time, flow, octets, {}, nullptr);
+    } else if (protocol == "q931") {
+        signalling(time, flow, octets, nullptr);
+    } else if (protocol == "tpkt") {
+        if (octets.size() > 4) signalling(time, flow, octets.subspan(4), nullptr);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+/// Whether octets start with a message of a kind that is known.
+bool MessageFinder::isMessage(FamilyId family, std::span<const uint8_t> octets) {
+    if (carriedDecoder_.decode(familyOf(family), octets, true) != kAsnOk) return false;
+    readFacts(family, carriedDecoder_, carriedFacts_);
+    return !carriedFacts_.name.empty();
+}
+
+bool MessageFinder::isExactly(FamilyId family, std::span<const uint8_t> octets) {
+    return isMessage(family, octets) && carriedDecoder_.octets() == octets.size();
+}
+
+void MessageFinder::h245(Time time, const Flow& flow, std::span<const uint8_t> octets,
+                         const CallNames& call, Conversation* conversation) {
+    conversation_ = conversation;
+    messages({.time = time,
+              .flow = flow,
+              .transport = Transport::kTcp,
+              .family = FamilyId::kH245,
+              .octets = octets,
+              .name = {},
+              .call = call,
+              .reason = {}});
+    conversation_ = nullptr;
+}
+
+/// What is no Q.931 in a call-signalling stream may be H.245.
+void MessageFinder::signalling(Time time, const Flow& flow, std::span<const uint8_t> octets,
+                               Conversation* conversation) {
+    if (!startsQ931(octets)) {
+        h245(time, flow, octets, {}, conversation);
+        return;
+    }
+    Q931Message q931;
+    const bool isWhole = readQ931(octets, q931);
+    CapturedMessage found{.time = time,
+                          .flow = flow,
+                          .transport = Transport::kTcp,
+                          .family = FamilyId::kUi,
+                          .octets = octets,
+                          .name = {},
+                          .call = {},
+                          .reason = {},
+                          .q931 = &q931};
+    conversation_ = conversation;
+    if (isWhole && !q931.userUser.empty()) {
+        found.octets = q931.userUser;
+        messages(found);
+    } else {
+        const std::string name = q931.name();
+        found.name = name;
+        found.outcome = isWhole ? Outcome::kBare : Outcome::kRefused;
+        if (!isWhole) found.reason = "Q.931 that ends within an information element";
+        facts_ = {};
+        identify(found);
+        pass(found);
+    }
+    conversation_ = nullptr;
+}
+
+/// Decodes the octets of one packet, which may be several messages.
+void MessageFinder::messages(const CapturedMessage& found) {
+    CallNames call;
+    for (auto rest = found.octets; !rest.empty();) {
+        const bool isFirst = rest.size() == found.octets.size();
+        if (!isFirst && !isMessage(found.family, rest)) {
+            if (isWanted(call))
+                sink_.remark({found.time, found.flow, Remark::kOctetsAfter, rest.size()});
+            break;
+        }
+        CapturedMessage message = found;
+        message.octets = rest;
+        this->message(message);
+        call = message.call;
+        if (message.outcome != Outcome::kDecoded) break;
+        rest = rest.subspan(message.octets.size());
+    }
+}
+
+/// Decodes one message, passes it on and follows it. Its octets become those that it took.
+void MessageFinder::message(CapturedMessage& message) {
+    decode(message, decoder_, facts_);
+    identify(message);
+    pass(message);
+    if (message.outcome != Outcome::kDecoded) return;
+    for (const Announcement& announcement : facts_.announcements)
+        directory_.announce(announcement, message.flow.destination.address, message.call);
+    if (message.family == FamilyId::kUi) directory_.noteCall(message.flow, message.call);
+    if (!facts_.fastStart.empty() || !facts_.h245Control.empty()) carried(message);
+}
+
+void MessageFinder::decode(CapturedMessage& message, TamselDecoder& decoder, MessageFacts& facts) {
+    const AsnStatus status = decoder.decode(familyOf(message.family), message.octets, true);
+    readFacts(message.family, decoder, facts);
+    if (status == kAsnOk) {
+        message.decoder = &decoder;
+        message.octets =
+            message.octets.first(std::clamp<size_t>(decoder.octets(), 1, message.octets.size()));
+    } else {
+        message.outcome = Outcome::kRefused;
+        message.reason = reasonOf(decoder, message.octets.size());
+        if (message.q931 != nullptr) facts.alternative = message.q931->name();
+    }
+    message.name = facts.name.empty() ? std::string_view(facts.alternative) : facts.name;
+}
+
+/// Finds out a message's call: it tells itself, or an earlier message of the same dialogue did.
+void MessageFinder::identify(CapturedMessage& message) {
+    const bool hasNumber = message.q931 != nullptr || facts_.sequenceNumber > 0;
+    if (message.family == FamilyId::kH245 || !hasNumber) {
+        if (!facts_.call.isEmpty()) message.call = facts_.call;
+        return;
+    }
+    const Dialogue dialogue{std::min(message.flow.source, message.flow.destination),
+                            std::max(message.flow.source, message.flow.destination),
+                            message.q931 != nullptr ? kCallReference | message.q931->callReference
+                                                    : facts_.sequenceNumber};
+    const CallNames* const known = dialogues_.find(dialogue);
+    if (facts_.call.isEmpty()) {
+        // A request without a call begins another dialogue, of the same number.
+        if (known != nullptr && !facts_.isRequest) message.call = *known;
+        if (known != nullptr && facts_.isRequest) dialogues_.put(dialogue, {});
+        return;
+    }
+    message.call = facts_.call;
+    if (known != nullptr) message.call.complete(*known);
+    dialogues_.put(dialogue, message.call);
+}
+
+/// What a call-signalling message carries of H.245.
+void MessageFinder::carried(const CapturedMessage& message) {
+    CapturedMessage found{.time = message.time,
+                          .flow = message.flow,
+                          .transport = Transport::kFastStart,
+                          .family = FamilyId::kH245,
+                          .octets = {},
+                          .outcome = Outcome::kProposal,
+                          .name = "openLogicalChannel",
+                          .call = message.call,
+                          .reason = {}};
+    for (const auto proposal : facts_.fastStart) {
+        found.octets = proposal;
+        pass(found);
+    }
+    for (const auto tunnelled : facts_.h245Control) {
+        found.transport = Transport::kTunnel;
+        found.outcome = Outcome::kDecoded;
+        found.octets = tunnelled;
+        found.reason.clear();
+        decode(found, carriedDecoder_, carriedFacts_);
+        pass(found);
+        const size_t after = tunnelled.size() - found.octets.size();
+        if (after > 0 && isWanted(found.call))
+            sink_.remark({found.time, found.flow, Remark::kOctetsAfter, after});
+    }
+}
+
+void MessageFinder::pass(const CapturedMessage& message) {
+    if (!isWanted(message.call)) return;
+    if (conversation_ != nullptr) conversation_->wanted();
+    sink_.message(message);
+}

@@ -1,0 +1,173 @@
+#include "pcapng.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr uint32_t kSectionHeader = 0x0A0D0D0A;  // the same in either byte order
+constexpr uint32_t kByteOrderMagic = 0x1A2B3C4D;
+constexpr uint32_t kInterfaceDescription = 1;
+constexpr uint32_t kPacket = 2;  // obsolete
+constexpr uint32_t kSimplePacket = 3;
+constexpr uint32_t kEnhancedPacket = 6;
+
+constexpr size_t kBlockFrame = 12;          // type, and the length twice
+constexpr size_t kMaxBlock = 16 << 20;      // of the blocks that are read
+constexpr size_t kMaxInterfaces = 1 << 16;  // in a section
+
+constexpr unsigned kOptionResolution = 9;
+constexpr unsigned kOptionOffset = 14;
+
+size_t padded(size_t size) {
+    return (size + 3) / 4 * 4;
+}
+
+/// Ticks of an interface's clock in microseconds.
+Time microseconds(uint64_t ticks, uint8_t resolution) {
+    unsigned power = resolution & 0x7FU;
+    if ((resolution & 0x80) != 0) {
+        if (power > 63) return 0;
+        const uint64_t seconds = ticks >> power;
+        uint64_t fraction = ticks - (seconds << power);
+        for (; power > 32; --power) fraction >>= 1;  // so that the product fits
+        return static_cast<Time>(seconds * 1000000 + (fraction * 1000000 >> power));
+    }
+    for (; power > 6; --power) ticks /= 10;
+    for (; power < 6; ++power) ticks *= 10;
+    return static_cast<Time>(ticks);
+}
+
+}  // namespace
+
+bool PcapngReader::recognises(std::span<const uint8_t> start) {
+    return start.size() == 4 && start[0] == 0x0A && start[1] == 0x0D && start[2] == 0x0D &&
+           start[3] == 0x0A;
+}
+
+/// A number of the block's body, in the byte order of the section.
+uint64_t PcapngReader::number(size_t at, size_t octets) const {
+    if (at + octets > body_.size()) throw BadCapture("a pcapng block is too short");
+    uint64_t value = 0;
+    for (size_t i = 0; i < octets; ++i)
+        value = value << 8 | body_[isBigEndian_ ? at + i : at + octets - 1 - i];
+    return value;
+}
+
+void PcapngReader::skip(size_t octets) {
+    std::array<uint8_t, 4096> ignored;
+    while (octets > 0) {
+        const size_t got = input_.read(ignored.data(), std::min(octets, ignored.size()));
+        if (got == 0) throw BadCapture("the file ends within a block");
+        octets -= got;
+    }
+}
+
+/// Reads the next block; false at the end of the file.
+bool PcapngReader::readBlock() {
+    body_.resize(12);  // the section header's byte order is told by the third number
+    const size_t got = input_.readAll(body_.data(), 8);
+    if (got == 0) return false;
+    if (got < 8) throw BadCapture("the file ends within a block");
+    type_ = static_cast<uint32_t>(number(0, 4));
+    size_t here = 8;
+    if (type_ == kSectionHeader) {
+        if (input_.readAll(body_.data() + 8, 4) < 4)
+            throw BadCapture("the file ends within a block");
+        here = 12;
+        isBigEndian_ = body_[8] == 0x1A;
+        if (number(8, 4) != kByteOrderMagic) throw BadCapture("a pcapng section without its mark");
+    }
+    const auto length = static_cast<size_t>(number(4, 4));
+    if (length < here + 4 || length % 4 != 0) throw BadCapture("a pcapng block of no valid length");
+    const bool isKnown = type_ == kInterfaceDescription || type_ == kPacket ||
+                         type_ == kSimplePacket || type_ == kEnhancedPacket;
+    if (!isKnown) {
+        skip(length - here);
+        body_.clear();
+        return true;
+    }
+    if (length > kMaxBlock)
+        throw BadCapture("a pcapng block of " + std::to_string(length) + " octets");
+    body_.resize(length - kBlockFrame);
+    if (input_.readAll(body_.data(), body_.size()) < body_.size())
+        throw BadCapture("the file ends within a block");
+    skip(4);
+    return true;
+}
+
+void PcapngReader::readInterface() {
+    if (interfaces_.size() == kMaxInterfaces) throw BadCapture("too many interfaces");
+    Interface interface {
+        .linkType = static_cast<unsigned>(number(0, 2)),
+        .snapLength = static_cast<uint32_t>(number(4, 4))
+    };
+    for (size_t at = 8; at + 4 <= body_.size();) {
+        const auto code = static_cast<unsigned>(number(at, 2));
+        const auto length = static_cast<size_t>(number(at + 2, 2));
+        if (code == 0) break;
+        if (code == kOptionResolution && length == 1)
+            interface.resolution = static_cast<uint8_t>(number(at + 4, 1));
+        if (code == kOptionOffset && length == 8)
+            interface.offset = static_cast<int64_t>(number(at + 4, 8));
+        at += 4 + padded(length);
+    }
+    interfaces_.push_back(interface);
+}
+
+const PcapngReader::Interface& PcapngReader::interfaceAt(size_t index) const {
+    if (index >= interfaces_.size())
+        throw BadCapture("a frame of an interface that is not described");
+    return interfaces_[index];
+}
+
+/// An Enhanced Packet Block, or the obsolete Packet Block.
+void PcapngReader::readFrame(Frame& frame, size_t interfaceOctets) {
+    const Interface& interface = interfaceAt(static_cast<size_t>(number(0, interfaceOctets)));
+    const uint64_t ticks = number(4, 4) << 32 | number(8, 4);
+    const auto size = static_cast<size_t>(number(12, 4));
+    if (20 + size > body_.size()) throw BadCapture("a frame longer than its block");
+    const uint64_t offset = static_cast<uint64_t>(interface.offset) * 1000000;
+    lastTime_ = static_cast<Time>(static_cast<uint64_t>(microseconds(ticks, interface.resolution)) +
+                                  offset);
+    frame = {.time = lastTime_,
+             .linkType = interface.linkType,
+             .octets = std::span(body_).subspan(20, size),
+             .length = static_cast<size_t>(number(16, 4))};
+}
+
+/// A Simple Packet Block: of the first interface, without a time.
+void PcapngReader::readSimple(Frame& frame) {
+    const Interface& interface = interfaceAt(0);
+    const auto length = static_cast<size_t>(number(0, 4));
+    size_t size = std::min(length, body_.size() - 4);
+    if (interface.snapLength > 0) size = std::min<size_t>(size, interface.snapLength);
+    frame = {.time = lastTime_,
+             .linkType = interface.linkType,
+             .octets = std::span(body_).subspan(4, size),
+             .length = length};
+}
+
+bool PcapngReader::next(Frame& frame) {
+    while (readBlock()) {
+        switch (type_) {
+            case kSectionHeader:
+                interfaces_.clear();
+                break;
+            case kInterfaceDescription:
+                readInterface();
+                break;
+            case kPacket:
+                readFrame(frame, 2);
+                return true;
+            case kEnhancedPacket:
+                readFrame(frame, 4);
+                return true;
+            case kSimplePacket:
+                readSimple(frame);
+                return true;
+            default:
+                break;
+        }
+    }
+    return false;
+}

@@ -1,0 +1,273 @@
+#include "tcp_streams.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+namespace {
+
+constexpr size_t kMaxOpenings = 16384;
+constexpr size_t kMaxRead = 65536;
+constexpr size_t kMaxUnwanted = 16384;
+
+/// A conversation without a segment for so long is given up. Signalling is silent while people
+/// talk.
+constexpr Time kLife = Time{24} * 3600 * 1'000'000;
+
+/// A segment that is further away belongs to another conversation between the same ports.
+constexpr int32_t kMaxDistance = 1 << 24;
+
+/// Octets of one side that wait behind a gap.
+constexpr size_t kMaxWaiting = 1 << 20;
+constexpr size_t kMaxSegmentsWaiting = 512;
+
+/// A SYN this close before the octets that came earlier in the capture is theirs.
+constexpr int32_t kMaxLate = 1 << 16;
+
+/// How far a sequence number is ahead of another, round the clock.
+int32_t ahead(uint32_t sequence, uint32_t of) {
+    return static_cast<int32_t>(sequence - of);
+}
+
+/// The segment that comes first behind the gap that a side waits at.
+auto behindGap(Tins::TCPIP::DataTracker& order) {
+    auto& waiting = order.buffered_payload();
+    return std::min_element(waiting.begin(), waiting.end(), [&](const auto& a, const auto& b) {
+        return ahead(a.first, order.sequence_number()) < ahead(b.first, order.sequence_number());
+    });
+}
+
+}  // namespace
+
+size_t TcpStreams::Hash::operator()(const Key& key) const {
+    std::array<char, 36> octets;
+    char* to = octets.data();
+    for (const Endpoint& endpoint : {key.source, key.destination}) {
+        to = std::copy(endpoint.address.begin(), endpoint.address.end(), to);
+        *to++ = static_cast<char>(endpoint.port >> 8);
+        *to++ = static_cast<char>(endpoint.port);
+    }
+    return std::hash<std::string_view>()({octets.data(), octets.size()});
+}
+
+TcpStreams::TcpStreams(StreamListener& listener, MemoryBudget& budget)
+    : listener_(listener), budget_(budget), openings_(kMaxOpenings) {
+}
+
+TcpStreams::~TcpStreams() = default;
+
+bool TcpStreams::Half::isComplete() const {
+    return isFinished && (!hasBegun || ahead(last, order.sequence_number()) <= 0);
+}
+
+Side TcpStreams::Conversation::sideOf(bool isFirst) const {
+    return isFirst != isReversed ? Side::kClient : Side::kServer;
+}
+
+void TcpStreams::segment(Time time, const Flow& flow, const Segment& segment) {
+    limit(time);
+    const bool fromFirst = flow.source < flow.destination;
+    const Key key = fromFirst ? flow : flow.reversed();
+    if (segment.syn) opening(time, key, fromFirst, segment);
+    const auto known = conversations_.find(key);
+    if (known == conversations_.end() && segment.payload.empty()) return;
+    auto at = known != conversations_.end() ? known->second : begin(key, fromFirst, segment);
+    at->last = time;
+    auto& list = at->reader ? read_ : unwanted_;
+    list.splice(list.end(), list, at);
+    if (!segment.payload.empty()) at = payload(time, at, fromFirst, segment);
+    if (!at->reader) return;
+
+    const Side side = at->sideOf(fromFirst);
+    if (segment.ack) acknowledged(time, *at, otherSide(side), segment.acknowledged);
+    if (segment.fin && at->reader) {
+        Half& half = at->half(side);
+        half.isFinished = true;
+        half.last = segment.sequence + static_cast<uint32_t>(segment.payload.size());
+    }
+    const bool isComplete = at->halves[0].isComplete() && at->halves[1].isComplete();
+    if (at->reader && (segment.rst || isComplete)) finish(time, at);
+}
+
+/// A SYN: of a new conversation, or again that of one that is known.
+void TcpStreams::opening(Time time, const Key& key, bool fromFirst, const Segment& segment) {
+    const uint32_t first = segment.sequence + 1;
+    if (const auto known = conversations_.find(key); known != conversations_.end()) {
+        Conversation& conversation = *known->second;
+        const Half& half = conversation.half(conversation.sideOf(fromFirst));
+        if (half.isOpened && half.first == first) return;
+        // A SYN may also come late in the capture.
+        const int32_t late = ahead(half.first, first);
+        if (!half.isOpened && half.hasBegun && late >= 0 && late <= kMaxLate) return;
+        if (!half.hasBegun && segment.ack) return;
+        remove(time, known->second);
+    }
+    Opening opening;
+    const Side side = segment.ack ? Side::kServer : Side::kClient;
+    opening.isReversed = fromFirst != (side == Side::kClient);
+    const size_t sender = side == Side::kClient ? 0 : 1;
+    opening.isKnown.at(sender) = true;
+    opening.first.at(sender) = first;
+    if (segment.ack) {  // which tells the client's number as well
+        opening.isKnown[0] = true;
+        opening.first[0] = segment.acknowledged;
+    } else if (const Opening* const answered = openings_.find(key);
+               answered != nullptr && answered->isKnown[0] && answered->first[0] == first) {
+        return;
+    }
+    openings_.put(key, opening);
+}
+
+/// A conversation's first octets.
+TcpStreams::Conversations::iterator TcpStreams::begin(const Key& key, bool fromFirst,
+                                                      const Segment& segment) {
+    Opening opening{.isReversed = !fromFirst};
+    if (const Opening* const found = openings_.find(key)) {
+        const Side side = fromFirst != found->isReversed ? Side::kClient : Side::kServer;
+        const size_t sender = side == Side::kClient ? 0 : 1;
+        const int32_t distance = ahead(segment.sequence, found->first.at(sender));
+        if (found->isKnown.at(sender) && std::abs(int64_t{distance}) <= kMaxDistance) {
+            opening = *found;
+            // A first segment acknowledges the other side's SYN if it acknowledges anything.
+            if (side == Side::kClient && !opening.isKnown[1] && segment.ack && distance == 0) {
+                opening.isKnown[1] = true;
+                opening.first[1] = segment.acknowledged;
+            }
+            openings_.put(key, {});
+        }
+    }
+    const auto at = read_.insert(read_.end(), {.key = key, .isReversed = opening.isReversed});
+    for (size_t i = 0; i < 2; ++i) {
+        Half& half = at->halves.at(i);
+        half.hasBegun = half.isOpened = opening.isKnown.at(i);
+        half.first = opening.first.at(i);
+        half.order.sequence_number(half.first);
+    }
+    conversations_[key] = at;
+    at->reader = listener_.open(opening.isReversed ? key.reversed() : key);
+    return at;
+}
+
+/// Octets of one side. Returns the conversation that they belong to, which may be another.
+TcpStreams::Conversations::iterator TcpStreams::payload(Time time, Conversations::iterator at,
+                                                        bool fromFirst, const Segment& segment) {
+    const uint32_t sequence = segment.sequence + (segment.syn ? 1 : 0);
+    const auto size = static_cast<uint32_t>(segment.payload.size());
+    if (const Half& half = at->half(at->sideOf(fromFirst));
+        half.hasBegun &&
+        std::abs(int64_t{ahead(sequence, half.order.sequence_number())}) > kMaxDistance) {
+        const Key key = at->key;
+        remove(time, at);  // the ports are used again, and the capture does not have the SYN
+        at = begin(key, fromFirst, segment);
+        at->last = time;
+    }
+    const Side side = at->sideOf(fromFirst);
+    Half& half = at->half(side);
+    if (!half.hasBegun) {
+        half.hasBegun = true;
+        half.first = sequence;
+        half.order.sequence_number(sequence);
+        if (at->reader) at->reader->gap(time, side, 0);
+    }
+    const int32_t distance = ahead(sequence, half.order.sequence_number());
+    const bool isNext = distance == 0 && half.waiting == 0;
+    if (isNext || (!at->reader && ahead(sequence + size, half.order.sequence_number()) > 0))
+        half.order.sequence_number(sequence + size);
+    if (!at->reader) return at;
+    if (isNext)
+        deliver(time, *at, side, segment.payload);
+    else if (ahead(sequence + size, half.order.sequence_number()) > 0)
+        takeLater(time, *at, side, sequence, segment.payload);
+    return at;
+}
+
+/// Octets that overlap those that came before, or wait for others.
+void TcpStreams::takeLater(Time time, Conversation& conversation, Side side, uint32_t sequence,
+                           std::span<const uint8_t> octets) {
+    Half& half = conversation.half(side);
+    if (half.order.process_payload(sequence, {octets.begin(), octets.end()})) {
+        const auto next = std::move(half.order.payload());
+        half.order.payload().clear();
+        countWaiting(half);
+        deliver(time, conversation, side, next);
+        return;
+    }
+    countWaiting(half);
+    const bool isTooMuch = half.waiting > kMaxWaiting || budget_.isSpent() ||
+                           half.order.buffered_payload().size() > kMaxSegmentsWaiting;
+    while (isTooMuch && conversation.reader && half.waiting > 0) skipGap(time, conversation, side);
+}
+
+void TcpStreams::deliver(Time time, Conversation& conversation, Side side,
+                         std::span<const uint8_t> octets) {
+    if (conversation.reader && !conversation.reader->octets(time, side, octets)) drop(conversation);
+}
+
+/// What a host acknowledges has reached it. If the capture does not have it, it will not come.
+void TcpStreams::acknowledged(Time time, Conversation& conversation, Side side, uint32_t next) {
+    Half& half = conversation.half(side);
+    if (!half.hasBegun || ahead(next, half.order.sequence_number()) > kMaxDistance) return;
+    while (conversation.reader && half.waiting > 0 && ahead(next, behindGap(half.order)->first) > 0)
+        skipGap(time, conversation, side);
+    const int32_t missing = ahead(half.last, half.order.sequence_number());
+    if (conversation.reader && half.isFinished && missing > 0 && ahead(next, half.last) > 0) {
+        conversation.reader->gap(time, side, static_cast<size_t>(missing));
+        half.order.sequence_number(half.last);
+    }
+}
+
+/// Gives up what a side waits for, and passes on the segment behind.
+void TcpStreams::skipGap(Time time, Conversation& conversation, Side side) {
+    Half& half = conversation.half(side);
+    const auto behind = behindGap(half.order);
+    const uint32_t sequence = behind->first;
+    auto octets = std::move(behind->second);
+    half.order.buffered_payload().erase(behind);
+    const int32_t missing = ahead(sequence, half.order.sequence_number());
+    if (missing > 0) conversation.reader->gap(time, side, static_cast<size_t>(missing));
+    half.order.advance_sequence(sequence);
+    takeLater(time, conversation, side, sequence, octets);
+}
+
+void TcpStreams::countWaiting(Half& half) {
+    budget_.giveBack(half.waiting);
+    half.waiting = 0;
+    for (const auto& [sequence, octets] : half.order.buffered_payload())
+        half.waiting += octets.size();
+    budget_.take(half.waiting);
+}
+
+void TcpStreams::finish(Time time, Conversations::iterator at) {
+    for (const Side side : {Side::kClient, Side::kServer})
+        while (at->reader && at->half(side).waiting > 0) skipGap(time, *at, side);
+    if (!at->reader) return;
+    at->reader->end(time);
+    drop(*at);
+}
+
+/// No more of a conversation is wanted. It is still known, so that what is sent again is.
+void TcpStreams::drop(Conversation& conversation) {
+    conversation.reader.reset();
+    for (Half& half : conversation.halves) {
+        half.order.buffered_payload().clear();
+        countWaiting(half);
+    }
+    const auto at = conversations_.find(conversation.key)->second;
+    unwanted_.splice(unwanted_.end(), read_, at);
+}
+
+void TcpStreams::remove(Time time, Conversations::iterator at) {
+    if (at->reader) finish(time, at);
+    conversations_.erase(at->key);
+    unwanted_.erase(at);
+}
+
+void TcpStreams::limit(Time time) {
+    while (!read_.empty() && (read_.size() > kMaxRead || read_.front().last + kLife < time))
+        remove(time, read_.begin());
+    while (unwanted_.size() > kMaxUnwanted) remove(time, unwanted_.begin());
+}
+
+void TcpStreams::end(Time time) {
+    while (!read_.empty()) remove(time, read_.begin());
+}

@@ -1,0 +1,121 @@
+// TCP conversations: which segment belongs to which, where they begin and end, what order their
+// octets have. libtins puts segments in order. Its follower of whole streams is not used: it keeps
+// each SYN for ever and joins two conversations that have the same ports.
+#pragma once
+
+#include <tins/tcp_ip/data_tracker.h>
+
+#include <array>
+#include <list>
+#include <memory>
+#include <unordered_map>
+
+#include "memory_budget.h"
+#include "packet_reader.h"
+#include "recent.h"
+
+/// Who sent: the host that opened the conversation, or the other.
+enum class Side { kClient, kServer };
+
+inline Side otherSide(Side side) {
+    return side == Side::kClient ? Side::kServer : Side::kClient;
+}
+
+/// Reads one conversation. Spans are valid during the call.
+class StreamReader {
+  public:
+    StreamReader() = default;
+    virtual ~StreamReader() = default;
+    StreamReader(const StreamReader&) = delete;
+    StreamReader& operator=(const StreamReader&) = delete;
+
+    /// The next octets of a side, as one segment brought them. Returns false if no more of the
+    /// conversation is wanted; the reader is destroyed then.
+    virtual bool octets(Time time, Side side, std::span<const uint8_t> octets) = 0;
+    /// So many octets come next that the capture does not have; 0 if the side began before the
+    /// capture, and nobody can tell.
+    virtual void gap(Time time, Side side, size_t octets) = 0;
+    /// No more comes: the conversation has ended, or the captures have.
+    virtual void end(Time time) = 0;
+};
+
+class StreamListener {
+  public:
+    virtual ~StreamListener() = default;
+    /// A conversation has its first octets. `flow` is from the client.
+    virtual std::unique_ptr<StreamReader> open(const Flow& flow) = 0;
+};
+
+class TcpStreams {
+  public:
+    TcpStreams(StreamListener& listener, MemoryBudget& budget);
+    ~TcpStreams();
+
+    void segment(Time time, const Flow& flow, const Segment& segment);
+
+    /// Ends all conversations.
+    void end(Time time);
+
+  private:
+    /// Both endpoints, the smaller first.
+    using Key = Flow;
+    struct Hash {
+        size_t operator()(const Key& key) const;
+    };
+
+    /// What the opening segments told. An attack leaves nothing else, so it is small and bounded.
+    struct Opening {
+        bool isReversed = false;          // the client is the second endpoint of the key
+        std::array<bool, 2> isKnown{};    // by Side
+        std::array<uint32_t, 2> first{};  // the sequence number of the first octet
+    };
+
+    /// What one side sends.
+    struct Half {
+        Tins::TCPIP::DataTracker order;
+        bool hasBegun = false;
+        bool isOpened = false;    // the capture has its SYN
+        bool isFinished = false;  // and its FIN
+        uint32_t first = 0;       // sequence number of the first octet
+        uint32_t last = 0;        // and of the FIN
+        size_t waiting = 0;       // octets behind a gap
+
+        bool isComplete() const;
+    };
+
+    /// A conversation with octets.
+    struct Conversation {
+        Key key;
+        bool isReversed = false;
+        std::array<Half, 2> halves{};
+        std::unique_ptr<StreamReader> reader{};  // null: no more is wanted
+        Time last = 0;
+
+        Half& half(Side side) { return halves[side == Side::kClient ? 0 : 1]; }
+        /// The side that the key's first endpoint is, or the second.
+        Side sideOf(bool isFirst) const;
+    };
+    using Conversations = std::list<Conversation>;
+
+    void opening(Time time, const Key& key, bool fromFirst, const Segment& segment);
+    Conversations::iterator begin(const Key& key, bool fromFirst, const Segment& segment);
+    Conversations::iterator payload(Time time, Conversations::iterator at, bool fromFirst,
+                                    const Segment& segment);
+    void takeLater(Time time, Conversation& conversation, Side side, uint32_t sequence,
+                   std::span<const uint8_t> octets);
+    void deliver(Time time, Conversation& conversation, Side side, std::span<const uint8_t> octets);
+    void acknowledged(Time time, Conversation& conversation, Side side, uint32_t next);
+    void skipGap(Time time, Conversation& conversation, Side side);
+    void countWaiting(Half& half);
+    void finish(Time time, Conversations::iterator at);
+    void drop(Conversation& conversation);
+    void remove(Time time, Conversations::iterator at);
+    void limit(Time time);
+
+    StreamListener& listener_;
+    MemoryBudget& budget_;
+    Recent<Key, Opening> openings_;
+    Conversations read_;      // with a reader, the one heard last at the end
+    Conversations unwanted_;  // without: those nobody reads, and those that have ended
+    std::unordered_map<Key, Conversations::iterator, Hash> conversations_;
+};

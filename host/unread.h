@@ -1,0 +1,25 @@
+// What a capture has that is not read, by kind: for the final lines.
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+class Unread {
+  public:
+    /// Counts one more of a kind, named in the plural: "frames of EtherType 0x88f7".
+    void count(std::string_view kind, size_t count = 1) {
+        auto found = kinds_.find(kind);
+        if (found == kinds_.end())
+            found = kinds_.emplace(kinds_.size() < kMaxKinds ? kind : kOthers, 0).first;
+        found->second += count;
+    }
+
+    const std::map<std::string, size_t, std::less<>>& kinds() const { return kinds_; }
+
+  private:
+    static constexpr size_t kMaxKinds = 64;
+    static constexpr std::string_view kOthers = "frames of other kinds";
+
+    std::map<std::string, size_t, std::less<>> kinds_;
+};
