@@ -20,16 +20,11 @@ string(REPEAT "00" 70000 large)
 file(WRITE ${OUT}/large.hex 01000080924fd5${large})
 file(WRITE ${OUT}/empty.hex "")
 
-# run(ARGS): result, stdout and stderr of the caller. Every line of a Windows program ends in CR LF.
+# run(ARGS): result, stdout and stderr of the caller. CMake turns CR LF into LF; tools/try-zip looks at
+# the line ends of tamsel-dump.exe.
 function(run input arguments)
     execute_process(COMMAND ${DUMP} ${arguments} WORKING_DIRECTORY ${OUT} INPUT_FILE ${input}
         RESULT_VARIABLE result OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
-    if("${DUMP}" MATCHES "\\.exe$")
-        string(REGEX REPLACE "\r\n" "" rest "${stdout}")
-        if(rest MATCHES "[\r\n]")
-            message(SEND_ERROR "tamsel-dump ${arguments}: line ends\n${stdout}")
-        endif()
-    endif()
     string(REPLACE "\r" "" stdout "${stdout}")
     string(REPLACE "\r" "" stderr "${stderr}")
     return(PROPAGATE result stdout stderr)
