@@ -20,13 +20,10 @@ string(REPEAT "00" 70000 large)
 file(WRITE ${OUT}/large.hex 01000080924fd5${large})
 file(WRITE ${OUT}/empty.hex "")
 
-# run(ARGS): result, stdout and stderr of the caller. CMake turns CR LF into LF; tools/try-zip looks at
-# the line ends of tamsel-dump.exe.
+# run(INPUT ARGS): sets result, stdout and stderr of the caller. CMake drops each CR before a LF.
 function(run input arguments)
     execute_process(COMMAND ${DUMP} ${arguments} WORKING_DIRECTORY ${OUT} INPUT_FILE ${input}
         RESULT_VARIABLE result OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
-    string(REPLACE "\r" "" stdout "${stdout}")
-    string(REPLACE "\r" "" stderr "${stderr}")
     return(PROPAGATE result stdout stderr)
 endfunction()
 
@@ -96,13 +93,19 @@ if(NOT result EQUAL 2 OR NOT stderr MATCHES "x245")
     message(SEND_ERROR "unknown family: exit ${result}\n${stderr}")
 endif()
 
-# -o: replaced by a dump, left unchanged without one.
-foreach(message one.hex cut.hex)
-    run(${OUT}/one.hex "-o;dump.txt;h245;${message}")
-    file(READ ${OUT}/dump.txt text)
-    string(REPLACE "\r" "" text "${text}")
-    if(NOT text STREQUAL dump OR NOT stdout STREQUAL "")
-        message(SEND_ERROR "-o with ${message}: ${text}")
+# -o: replaced by a dump, left unchanged without one. Lines end as on the system.
+set(textFile "${dump}")
+if("${DUMP}" MATCHES "\\.exe$")
+    string(REPLACE "\n" "\r\n" textFile "${dump}")
+endif()
+string(HEX "${textFile}" expected)
+execute_process(COMMAND ${DUMP} h245 one.hex WORKING_DIRECTORY ${OUT} OUTPUT_FILE stdout.txt)
+run(${OUT}/one.hex "-o;dump.txt;h245;one.hex")
+run(${OUT}/one.hex "-o;dump.txt;h245;cut.hex")
+foreach(file stdout.txt dump.txt)
+    file(READ ${OUT}/${file} octets HEX)
+    if(NOT octets STREQUAL expected)
+        message(SEND_ERROR "${file}: ${octets}")
     endif()
 endforeach()
 if(EXISTS /dev/full AND NOT "${DUMP}" MATCHES "\\.exe$")
