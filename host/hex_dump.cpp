@@ -83,7 +83,11 @@ void HexDumpReader::readLine(const Offset& offset) {
         if (octets != 0 && areCharacters(at_, end, octets)) {
             at_ = end;
         } else if (isBlank(text_[at_])) {
+            const size_t gap = at_;
             while (isBlank(text_[at_])) ++at_;
+            const bool isWide = at_ - gap > 1 || text_[gap] == '\t';
+            if (isWide && octets != 0 && octets != 8)
+                fail(at_, "these are not the characters of the octets");
         } else {
             const size_t digits = digitsAt(at_);
             readDigits(false);

@@ -8,9 +8,10 @@
 //    either ':' and a blank, or blanks and octets of two digits each; in the second case the
 //    offset must be 0. (xxd, hexdump -C, od -A x -t x1, tcpdump -XX, "as Hex Dump" of Wireshark.)
 //    Each line: an offset, octets in groups of whole octets, perhaps the characters of these
-//    octets. What follows two blanks is the characters if it agrees with the octets of the line;
-//    '.' agrees with each octet, and '|' or '>' '<' may surround it. An offset must be the count of
-//    the octets before it. Offset 0 begins the next message; empty lines are skipped.
+//    octets. A gap of two or more blanks is allowed after the eighth octet. Otherwise what follows
+//    it must be the characters of all octets of the line; '.' stands for any, and '|' or '>' '<'
+//    may surround them. An offset must be the count of the octets before it. Offset 0 begins the
+//    next message; empty lines are skipped.
 // 2. C arrays, if there is a '{' and no backslash before it: each pair of braces is a message. All
 //    elements are octets, 0x and one or two digits, with commas between. Comments are skipped, and
 //    so is what is outside braces. (xxd -i, "as C Array" of Wireshark.)
