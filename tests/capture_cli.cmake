@@ -27,15 +27,47 @@ function(expect_part what got wanted)
     endif()
 endfunction()
 
-# Ladders, with what is said in closing: of the sample, and of what real captures are full of.
-foreach(golden call=0 odd=1)
-    string(REPLACE "=" ";" golden ${golden})
-    list(GET golden 0 name)
-    list(GET golden 1 status)
-    run(${status} --list ${name}.pcap)
+# Ladders, with what is said in closing: of the sample, of what real captures are full of, and of each
+# condition in wire.md.
+foreach(golden call.pcap=0 odd.pcap=1 resync.pcap=0 several.pcap=0 ports.pcap=0 foreign.pcap=0
+        early.pcap=0 shared.pcap=0 reused.pcap=0 refused.pcap=1 around.pcap=0 tunnels.pcapng=1
+        interfaces.pcapng=0)
+    string(REGEX MATCH "^((.*)[.].*)=(.)$" golden ${golden})
+    set(name ${CMAKE_MATCH_2})
+    run(${CMAKE_MATCH_3} --list ${CMAKE_MATCH_1})
     file(READ ${CAPTURES}/${name}.txt ladder)
-    expect("${name}.pcap" "${stdout}${stderr}" "${ladder}")
+    expect("${name}" "${stdout}${stderr}" "${ladder}")
 endforeach()
+
+# Compressed, from a file and from a pipe. A build without libzstd says so.
+file(READ ${CAPTURES}/interfaces.txt ladder)
+run(0 --list interfaces.pcapng.gz)
+expect("gzip" "${stdout}${stderr}" "${ladder}")
+execute_process(COMMAND ${CAPTURE} --list - INPUT_FILE ${CAPTURES}/interfaces.pcapng.gz
+    OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
+expect("standard input" "${stdout}${stderr}" "${ladder}")
+execute_process(COMMAND ${CAPTURE} --list interfaces.pcapng.zst WORKING_DIRECTORY ${CAPTURES}
+    OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
+if(NOT stderr MATCHES "which this build does not read")
+    expect("zstd" "${stdout}${stderr}" "${ladder}")
+endif()
+
+# A call among others: its messages, and the remarks about its streams.
+run(0 --list --call 02020202 shared.pcap)
+string(REGEX MATCHALL "call [0-9a-f]+" calls "${stdout}")
+expect("--call" "${calls}" "call 02020202;call 02020202")
+run(0 --list --call c0fef93e resync.pcap)
+string(REGEX MATCHALL "passed over|missing" remarks "${stdout}")
+expect("--call: remarks about its streams alone" "${remarks}"
+    "passed over;passed over;missing;passed over")
+
+# What the user says of ports wins.
+run(0 --list --port 1720=none --port 3002=none call.pcap)
+expect_part("--port" "${stderr}" "4 messages: 4 ras, 0 ui, 0 h245")
+run(0 --list --port 3005=h245 early.pcap)
+expect_part("--port" "${stdout}" "10.0.0.1:3004 ---> 10.0.0.3:3005          h245  terminalCapabilitySet\n")
+run(2 --port 1730 call.pcap)
+expect_part("--port" "${stderr}" "--port 1730: not as in 1730=ui")
 
 # One call, in two captures cut within a TPKT, is one ladder.
 file(READ ${CAPTURES}/call.txt ladder)
