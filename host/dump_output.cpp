@@ -5,8 +5,12 @@ DumpOutput::~DumpOutput() {
 }
 
 AsnDumpSink DumpOutput::sink() {
-    if (stream_ == nullptr) stream_ = file_.empty() ? stdout : std::fopen(file_.c_str(), "w");
-    if (stream_ == nullptr) throw OutputFailed(file_ + ": cannot be written");
+    if (stream_ == nullptr) {
+        stream_ = file_.empty() ? stdout : std::fopen(file_.c_str(), "w");
+        if (stream_ == nullptr) throw OutputFailed(file_ + ": cannot be written");
+        // Windows writes to a console character by character if it has no buffer.
+        (void)std::setvbuf(stream_, nullptr, _IOFBF, 1 << 16);
+    }
     return {[](void* target, const char* text, size_t size) {
                 (void)std::fwrite(text, 1, size, static_cast<FILE*>(target));  // see flush
             },
