@@ -57,18 +57,18 @@ HexDumpReader::Offset HexDumpReader::offsetAt(size_t at) const {
     const auto endsAt = [&](size_t place) {
         return place >= text_.size() || isBlank(text_[place]);
     };
-    const auto startsBlank = [&](size_t place) {
-        return place < text_.size() && text_[place] == ' ';
-    };
     const bool hasColon = at < text_.size() && text_[at] == ':';
     offset.end = at + (hasColon ? 1 : 0);
     if (!endsAt(offset.end)) return offset;
     while (at < text_.size() && (text_[at] == ' ' || text_[at] == '\t')) ++at;
+    const bool moreFollow = text_.substr(std::min(at + 2, text_.size())).starts_with(' ');
+    const bool arePairs =
+        digitsAt(at) == 2 && endsAt(at + 2) && (!moreFollow || digitsAt(at + 3) <= 2);
+    // Some programs end with a line that has the size alone.
+    const bool isSize = !messages_.empty() && endsAt(at);
     if (hasColon)
         offset.kind = Offset::kWithColon;
-    else if (digitsAt(at) == 2 && endsAt(at + 2) && (!startsBlank(at + 2) || digitsAt(at + 3) <= 2))
-        offset.kind = Offset::kBeforePairs;
-    else if (!messages_.empty() && endsAt(at))  // the last line of some programs: the size alone
+    else if (arePairs || isSize)
         offset.kind = Offset::kBeforePairs;
     return offset;
 }
