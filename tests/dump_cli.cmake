@@ -10,15 +10,18 @@ file(READ ${GOLDEN}/fields.txt fields)
 file(COPY ${GOLDEN}/control.bin ${GOLDEN}/wrapped.hex DESTINATION ${OUT})
 file(WRITE ${OUT}/one.hex "0x01 00:00 80 92 4F d5\n")
 file(WRITE ${OUT}/wrapped-lines.hex "01 00 00 80\n92 4F D5\n")
-file(WRITE ${OUT}/two.hex "01 00 00 80 92\n01 00 00 80 92 4F D5 05 06\n")
+file(WRITE ${OUT}/two.hex "01 00 00 80 92\n01 00 00 80 92 4F D5 05\n")
 file(WRITE ${OUT}/bad.hex "01 00\n00 8x\n")
 file(WRITE ${OUT}/cut.hex "01")
 file(WRITE ${OUT}/none.hex "7f 03")
 file(WRITE ${OUT}/tpkt.hex "0300000b01000080924fd5")
 file(WRITE ${OUT}/long.hex "0300000c01000080924fd5")
 string(REPEAT "00" 70000 large)
+file(WRITE ${OUT}/bare.hex "080200015a")
 file(WRITE ${OUT}/large.hex 01000080924fd5${large})
 file(WRITE ${OUT}/empty.hex "")
+file(WRITE ${OUT}/blank.hex " \n")
+file(WRITE ${OUT}/decodes.hex "0300000a000000000000")
 
 # run(INPUT ARGS): sets result, stdout and stderr of the caller. CMake drops each CR before a LF.
 function(run input arguments)
@@ -52,7 +55,7 @@ check("h245;one.hex" 0 "${dump}")
 check("h245;control.bin" 0 "${control}")
 check("h245;one.hex;control.bin" 0 "==> one.hex <==\n${dump}==> control.bin <==\n${control}")
 check("h245;two.hex" 1 "==> two.hex:2 <==\n${dump}" "two.hex:1: ${short}"
-    "two.hex:2: the message takes 7 of 9 octets")
+    "two.hex:2: the message takes 7 of 8 octets")
 check("h245;--join;wrapped-lines.hex" 0 "${dump}")
 check("h245;large.hex" 0 "${dump}" "large.hex: the message takes 7 of 70007 octets")
 check("h245;cut.hex;one.hex" 1 "==> one.hex <==\n${dump}" "cut.hex: no H.245 message: ${cut}")
@@ -65,14 +68,17 @@ OctetString"
 check("--unaligned;h245;cut.hex" 1 "" "cut.hex: no H.245 message (UNALIGNED): ${cut}")
 
 check("--check;h245;two.hex;one.hex" 1 "two.hex:1: ${short}
-two.hex:2: decodes, 7 of 9 octets
+two.hex:2: decodes, 7 of 8 octets
 one.hex: decodes, 7 octets
 ")
+check("--check;ui;decodes.hex" 0 "decodes.hex: decodes, 5 of 10 octets\n"
+    "hint: these octets begin like TPKT\\; --strip removes it")
 check("--fields;h245;two.hex" 1 "${fields}" "two.hex:1: ${short}"
-    "two.hex:2: the message takes 7 of 9 octets")
+    "two.hex:2: the message takes 7 of 8 octets")
 check("--strip;h245;tpkt.hex" 0 "${dump}")
 check("--strip;h245;one.hex" 0 "${dump}")
 check("--strip;h245;long.hex" 2 "" "long.hex: 11 of 11 octets are not in a complete TPKT")
+check("--strip;ui;bare.hex" 2 "" "bare.hex: no complete Q.931 message with a user-user element")
 check("--strip;--check;ui;wrapped.hex" 0 "wrapped.hex:1 (message 1): decodes, 33 octets
 wrapped.hex:1 (message 2): decodes, 33 octets
 wrapped.hex:2: decodes, 33 octets
@@ -81,7 +87,7 @@ wrapped.hex:3: decodes, 33 octets
 
 check("h245;bad.hex;one.hex" 2 "==> one.hex <==\n${dump}"
     "bad.hex: 'x' is no hex digit at line 2, column 5")
-check("h245;empty.hex" 2 "" "empty.hex: no message")
+check("h245;empty.hex;blank.hex" 2 "" "empty.hex: no message" "blank.hex: no message")
 check("h245;missing.hex;cut.hex" 2 "" "missing.hex: cannot be read" "cut.hex: no H.245 message: ${cut}")
 check("-o;missing/dump.txt;h245;one.hex" 2 "" "missing/dump.txt: cannot be written")
 run(${OUT}/control.bin "h245")
