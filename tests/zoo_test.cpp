@@ -200,10 +200,11 @@ const ZooCase kLists[] = {
     {"Ping", "1 1 0", "=", 0, ".t = 2; .u@pong.a = 1; .u@pong.ping.t = 1"},
 };
 
-const AsnTypeInfo& zooType(const std::string& name) {
+const AsnTypeInfo& zooType(const char* name) {
     const AsnTypeInfo* const end = kZooTypes + kZooTypeCount;
-    const AsnTypeInfo* const type = std::find_if(
-        kZooTypes, end, [&](const AsnTypeInfo& info) { return "Zoo" + name == info.name; });
+    const AsnTypeInfo* const type = std::find_if(kZooTypes, end, [&](const AsnTypeInfo& info) {
+        return std::string("Zoo") + name == info.name;
+    });
     EXPECT_NE(type, end) << name;
     return type != end ? *type : kZooTypes[0];
 }
