@@ -1,11 +1,12 @@
-# Runs the generator over asn1/: a further module is a further file there.
-#   TAMSEL_MODULE_DIR      where headers and sources are written
-#   TAMSEL_MODULE_SOURCES  decoders and printers
-#   TAMSEL_TYPE_TABLES     tables of all types, for tests and fuzzers
+# Runs the generator over the sets of modules. A set is a folder of asn1/, and one line at the end of
+# this file; a further module is a further file there. What the sets give:
+#   TAMSEL_MODULE_DIR       holds a folder of headers and sources for each set
+#   TAMSEL_MODULE_INCLUDES  where headers are found: those of 1998 as "H245.h", of all sets by the
+#                           name of the set as "2009/H245.h"
+#   TAMSEL_MODULE_SOURCES   decoders and printers of all sets
+#   TAMSEL_TYPE_TABLES      tables of all types of all sets, for tests and fuzzers
 
-file(GLOB TAMSEL_ASN1_FILES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/asn1/*.asn)
 set(TAMSEL_MODULE_DIR ${CMAKE_CURRENT_BINARY_DIR}/modules)
-file(MAKE_DIRECTORY ${TAMSEL_MODULE_DIR})
 
 if(CMAKE_CROSSCOMPILING)
     include(ExternalProject)
@@ -24,8 +25,8 @@ else()
     set(gen_depends tamsel-gen)
 endif()
 
-# Adds the command that writes the modules of `files` into `directory`. What it writes is listed in
-# `prefix`_SOURCES and `prefix`_TABLES. The generator leaves a file alone that would not change, so
+# Adds the command that writes the modules of `files` into `directory`; options of the generator may
+# follow. What it writes is listed in `prefix`_SOURCES and `prefix`_TABLES. The generator leaves a file alone that would not change, so
 # that nothing made of it is built again; the stamp, which is among the sources, tells that it ran.
 function(tamsel_generate prefix directory files)
     set(headers)
@@ -44,7 +45,7 @@ function(tamsel_generate prefix directory files)
     add_custom_command(
         OUTPUT ${directory}.stamp
         BYPRODUCTS ${written}
-        COMMAND ${TAMSEL_GEN} ${directory} ${files}
+        COMMAND ${TAMSEL_GEN} ${ARGN} ${directory} ${files}
         COMMAND ${CMAKE_COMMAND} -E touch ${directory}.stamp
         DEPENDS ${files} ${gen_depends}
         COMMENT "Generating modules into ${directory}"
@@ -53,17 +54,27 @@ function(tamsel_generate prefix directory files)
     set(${prefix}_TABLES ${tables} PARENT_SCOPE)
 endfunction()
 
-tamsel_generate(TAMSEL_MODULE ${TAMSEL_MODULE_DIR} "${TAMSEL_ASN1_FILES}")
-set(TAMSEL_TYPE_TABLES ${TAMSEL_MODULE_TABLES})
-# A traced decode need not be fast. For the others, the compiler should keep the cursor in
-# registers: loads and stores of several members at once would wait for each other.
-foreach(file IN LISTS TAMSEL_MODULE_SOURCES)
-    if(file MATCHES "Trace\\.cpp$")
-        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
-            $<$<NOT:$<CONFIG:Debug>>:-Os>)
-    elseif(file MATCHES "Decode\\.cpp$")
-        set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
-            "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")
-    endif()
-endforeach()
-add_custom_target(tamsel_modules DEPENDS ${TAMSEL_MODULE_DIR}.stamp)
+# Adds the set of modules in asn1/`name`; options of the generator may follow.
+function(tamsel_module_set name)
+    file(GLOB files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/asn1/${name}/*.asn)
+    tamsel_generate(set ${TAMSEL_MODULE_DIR}/${name} "${files}" ${ARGN})
+    # A traced decode need not be fast. For the others, the compiler should keep the cursor in
+    # registers: loads and stores of several members at once would wait for each other.
+    foreach(file IN LISTS set_SOURCES)
+        if(file MATCHES "Trace\\.cpp$")
+            set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
+                $<$<NOT:$<CONFIG:Debug>>:-Os>)
+        elseif(file MATCHES "Decode\\.cpp$")
+            set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
+                "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")
+        endif()
+    endforeach()
+    add_custom_target(tamsel_modules_${name} DEPENDS ${TAMSEL_MODULE_DIR}/${name}.stamp)
+    set(TAMSEL_ASN1_FILES_${name} ${files} PARENT_SCOPE)
+    set(TAMSEL_MODULE_SOURCES ${TAMSEL_MODULE_SOURCES} ${set_SOURCES} PARENT_SCOPE)
+    set(TAMSEL_TYPE_TABLES ${TAMSEL_TYPE_TABLES} ${set_TABLES} PARENT_SCOPE)
+endfunction()
+
+tamsel_module_set(1998)
+tamsel_module_set(2009 --namespace asn2009 --published)
+set(TAMSEL_MODULE_INCLUDES ${TAMSEL_MODULE_DIR}/1998 ${TAMSEL_MODULE_DIR})

@@ -12,7 +12,8 @@ install(TARGETS tamsel_core EXPORT TamselTargets ARCHIVE COMPONENT development)
 install(FILES ${PROJECT_SOURCE_DIR}/include/Tamsel.h TYPE INCLUDE COMPONENT development)
 install(FILES ${PROJECT_SOURCE_DIR}/src/TamselCore.h
     DESTINATION ${core_headers} COMPONENT development)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/rtsrc/asn1per ${TAMSEL_MODULE_DIR}/
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/rtsrc/asn1per
+    ${TAMSEL_MODULE_DIR}/1998/ ${TAMSEL_MODULE_DIR}/2009
     DESTINATION ${core_headers} COMPONENT development
     FILES_MATCHING PATTERN "*.h" PATTERN "*Decode.h" EXCLUDE)
 

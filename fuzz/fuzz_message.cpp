@@ -19,15 +19,18 @@
 
 namespace {
 
-constexpr const TamselFamily& kFamily = kTamsel1998.FUZZ_FAMILY;  // ras, ui or h245
+constexpr const TamselFamily& k1998 = kTamsel1998.FUZZ_FAMILY;  // ras, ui or h245
+constexpr const TamselFamily& k2009 = kTamsel2009.FUZZ_FAMILY;
 
-/// Decodes as that family; the value is zeroed first.
+/// Decodes as a family; the value is zeroed first.
 class Root {
   public:
-    AsnStatus decode(AsnContext& ctx) { return kFamily.decode(ctx, value_); }
-    void print(AsnDump& dump) const { kFamily.print(dump, value_); }
+    explicit Root(const TamselFamily& family) : family_(family) {}
+    AsnStatus decode(AsnContext& ctx) { return family_.decode(ctx, value_); }
+    void print(AsnDump& dump) const { family_.print(dump, value_); }
 
   private:
+    const TamselFamily& family_;
     alignas(16) unsigned char value_[kTamselValueSize] = {};
 };
 
@@ -38,7 +41,7 @@ void require(bool holds, const char* property) {
 }
 
 /// The dump of a message, or nothing. The octets stand in a block of exactly their size.
-std::string dumpOf(const uint8_t* octets, size_t size, bool aligned) {
+std::string dumpOf(const TamselFamily& family, const uint8_t* octets, size_t size, bool aligned) {
     if (size == 0) return "";
     const std::unique_ptr<uint8_t[]> block(new uint8_t[size]);
     std::memcpy(block.get(), octets, size);
@@ -46,7 +49,7 @@ std::string dumpOf(const uint8_t* octets, size_t size, bool aligned) {
     AsnContext ctx;
     require(asnInitContext(ctx, block.get(), static_cast<uint32_t>(size)) == kAsnOk, "init");
     ctx.aligned = aligned ? 1 : 0;
-    Root root;
+    Root root(family);
     const AsnStatus status = root.decode(ctx);
     require(allocation.octets < (2 << 20) + int64_t{4096} * static_cast<int64_t>(size),
             "memory stays below 2 MiB and 4 KiB an octet");
@@ -56,7 +59,7 @@ std::string dumpOf(const uint8_t* octets, size_t size, bool aligned) {
                           static_cast<std::string*>(to)->append(piece, length);
                       },
                       &text},
-                     kFamily.root);
+                     family.root);
         root.print(dump);
     }
     asnFreeContext(ctx);
@@ -83,14 +86,15 @@ struct Field {
     int64_t start;
     int64_t count;
 };
-std::vector<Field> fieldsOf(const uint8_t* octets, size_t size, bool aligned) {
+std::vector<Field> fieldsOf(const TamselFamily& family, const uint8_t* octets, size_t size,
+                            bool aligned) {
     std::vector<Field> fields;
     AsnContext ctx;
     if (size == 0 || asnInitContext(ctx, octets, static_cast<uint32_t>(size)) != kAsnOk)
         return fields;
     ctx.aligned = aligned ? 1 : 0;
     asnSetFieldTrace(ctx, 1);
-    Root root;
+    Root root(family);
     (void)root.decode(ctx);  // where it fails, the fields so far
     for (const AsnBitFieldLink* link = ctx.fieldList.head; link != nullptr; link = link->next)
         fields.push_back({link->field->bitOffset, link->field->bitCount});
@@ -122,7 +126,8 @@ extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t max
             octets[length + i] = static_cast<uint8_t>(random() & random() & 0xFF);
         length += more;
     }
-    const std::vector<Field> fields = fieldsOf(octets, length, (data[0] & 1) != 0);
+    const std::vector<Field> fields =
+        fieldsOf(random() % 2 == 0 ? k1998 : k2009, octets, length, (data[0] & 1) != 0);
     if (fields.empty()) return LLVMFuzzerMutate(data, size, maxSize);
     const size_t chosen = random() % fields.size();
     const Field& field = fields[chosen];
@@ -147,26 +152,37 @@ extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t max
     return length + 1;
 }
 
+namespace {
+
+/// The properties of one set. Returns the dump.
+std::string checkDumps(const TamselFamily& family, const uint8_t* octets, size_t length,
+                       bool aligned, size_t cut) {
+    const std::string dump = dumpOf(family, octets, length, aligned);
+    require(dumpOf(family, octets, length, aligned) == dump, "the same octets give the same dump");
+    if (dump.empty() || length >= 65500) return dump;
+    std::string longer(reinterpret_cast<const char*>(octets), length);
+    // With the modules of 1998, a message may end before its last flags, which then count as 0:
+    // what follows it must not be taken for them.
+    if (&family == &k1998) longer += std::string(8, '\0');
+    longer += "\xFF\x55";
+    require(dumpOf(family, reinterpret_cast<const uint8_t*>(longer.data()), longer.size(),
+                   aligned) == dump,
+            "octets behind a message do not change its dump");
+    require(dumpOf(family, octets, cut, aligned).size() <= dump.size(),
+            "a message cut short gives no longer dump");
+    return dump;
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2 || size > 65536) return 0;
     const bool aligned = (data[0] & 1) != 0;
     const uint8_t* const octets = data + 1;
     const size_t length = size - 1;
-    const std::string dump = dumpOf(octets, length, aligned);
-    require(dumpOf(octets, length, aligned) == dump, "the same octets give the same dump");
+    const size_t cut = (data[0] >> 1) * length / 128;
+    const std::string dump = checkDumps(k1998, octets, length, aligned, cut);
     require(exported(octets, length, aligned) == dump, "the export writes that dump");
-
-    std::string longer(reinterpret_cast<const char*>(octets), length);
-    if (!dump.empty() && length < 65500) {
-        // A message may end before its last flags, which then count as 0: what follows it must not
-        // be taken for them.
-        longer += std::string(8, '\0') + "\xFF\x55";
-        require(
-            dumpOf(reinterpret_cast<const uint8_t*>(longer.data()), longer.size(), aligned) == dump,
-            "octets behind a message do not change its dump");
-        const size_t cut = (data[0] >> 1) * length / 128;
-        require(dumpOf(octets, cut, aligned).size() <= dump.size(),
-                "a message cut short gives no longer dump");
-    }
+    checkDumps(k2009, octets, length, aligned, cut);
     return 0;
 }

@@ -9,7 +9,8 @@ namespace {
 /// A call of the table of kinds.
 std::string fillCall(std::string_view call, const Type& type, const Where& where) {
     const Bounds range = type.range.value_or(Bounds());
-    const std::string full = std::string(kindRow(type.kind).alphabetName) + "Set";
+    const std::string full =
+        std::string(kindRow(type.kind).alphabetName) + (type.published ? "PublishedSet" : "Set");
     return fill(call, {{"in", where.reader},
                        {"value", where.value},
                        {"address", where.address},
@@ -82,6 +83,14 @@ std::string typeComment(const Type& type) {
 
 std::string heading(const Module& module, const std::string& purpose) {
     return "// Made by tamsel-gen from " + module.source + ": " + purpose + ". Do not edit.\n";
+}
+
+std::string namespaceBegin(const Module& module) {
+    return module.set.space.empty() ? "" : "\nnamespace " + module.set.space + " {\n";
+}
+
+std::string namespaceEnd(const Module& module) {
+    return module.set.space.empty() ? "" : "\n}  // namespace " + module.set.space + "\n";
 }
 
 std::string literal(const std::string& text) {

@@ -62,5 +62,8 @@ std::string bitsText(LeastBits bits);
 std::string typeComment(const Type& type);
 /// The first line of a generated file.
 std::string heading(const Module& module, const std::string& purpose);
+/// The lines that open and close the namespace of a set, if it has one.
+std::string namespaceBegin(const Module& module);
+std::string namespaceEnd(const Module& module);
 /// Text as a C++ literal.
 std::string literal(const std::string& text);

@@ -21,24 +21,24 @@ std::string componentLines(const std::vector<Member>& members) {
 }
 
 std::string uncleared(const Type& type) {
+    const std::string& space = type.module->set.space;
+    const std::string name = (space.empty() ? "" : space + "::") + type.cppName;
     std::string spans;
     for (const InlineOctets& octets : type.uncleared)
-        spans += fill(R"(
+        spans += fill(
+            R"(
 {offsetof($Type, $member), $size},
 )",
-                      {{"Type", type.cppName},
-                       {"member", octets.member},
-                       {"size", std::to_string(octets.size)}});
+            {{"Type", name}, {"member", octets.member}, {"size", std::to_string(octets.size)}});
     if (spans.empty() || !kindRow(type.kind).cppType.empty() || type.target != nullptr) return "";
-    return fill(R"(
+    return fill(
+        R"(
 template <>
 inline constexpr std::array<AsnSpan, $count> asnUncleared<$Type>{{
     $spans
 }};
 )",
-                {{"count", std::to_string(type.uncleared.size())},
-                 {"Type", type.cppName},
-                 {"spans", spans}});
+        {{"count", std::to_string(type.uncleared.size())}, {"Type", name}, {"spans", spans}});
 }
 
 std::string declarations(const Type& type) {
@@ -48,9 +48,9 @@ $comment
 $structure
 $uncleared
 template <bool Tracing>
-[[nodiscard]] AsnStatus Decode$Type(AsnReader<Tracing> in, $Type& value);
+[[nodiscard]] AsnStatus Decode$Type($Reader in, $Type& value);
 [[nodiscard]] inline AsnStatus Decode$Type(AsnContext& ctx, $Type& value) {
-    return asnRead(ctx, [&value](auto in) { return Decode$Type(in, value); });
+    return $asnRead(ctx, [&value](auto in) { return Decode$Type(in, value); });
 }
 void Print$Type(AsnDump& dump, const $Type& value);
 inline void Print$Type(const char* path, const $Type& value) {
@@ -60,7 +60,9 @@ inline void Print$Type(const char* path, const $Type& value) {
 )",
                 {{"comment", typeComment(type)},
                  {"structure", kindRow(type.kind).text.structure(type)},
-                 {"uncleared", uncleared(type)},
+                 {"uncleared", type.module->set.space.empty() ? uncleared(type) : ""},
+                 {"Reader", type.published ? "AsnPublishedReader<Tracing>" : "AsnReader<Tracing>"},
+                 {"asnRead", type.published ? "asnRead<AsnRules::published>" : "asnRead"},
                  {"Type", type.cppName}});
 }
 
@@ -116,7 +118,9 @@ $unknown
               {"root", componentLines(type.root)},
               {"comment", additions.empty() ? "" : "// extension additions"},
               {"additions", additions},
-              {"unknown", type.keepsUnknown ? "AsnOpenType extElem1;" : ""}});
+              {"unknown", !type.keepsUnknown ? ""
+                          : type.published   ? "AsnUnknownAdditions extElem1;"
+                                             : "AsnOpenType extElem1;"}});
     if (members.empty()) return "struct " + type.cppName + " {};\n";
     return fill(R"(
 struct $Type {
@@ -134,7 +138,7 @@ std::string choiceStructure(const Type& type) {
         values += memberLine(*member, !heldInUnion(*member->type));
     }
     if (type.keepsUnknown) {
-        enumerators += "extElem1 = " + std::to_string(type.root.size() + 1) + ",\n";
+        enumerators += "extElem1 = " + std::to_string(allMembers(type).size() + 1) + ",\n";
         values += "AsnOpenType* extElem1;\n";
     }
     const std::string alternatives = values.empty() ? ""
@@ -174,17 +178,27 @@ std::string emitHeader(const Module& module) {
     if (!forward.empty()) forward = "\n" + forward;
     std::string types;
     for (const Type* type : module.ordered) types += declarations(*type);
+    std::string spans;  // of templates that are in no namespace
+    if (!module.set.space.empty())
+        for (const Type* type : module.ordered) spans += uncleared(*type);
+    if (!spans.empty()) spans = "\n" + spans;
     return layOut(fill(R"(
 $heading
 #pragma once
 
 $includes
 #include "asn1per/asn1per.h"
+$begin
 $forward
 $types
+$end
+$spans
 )",
                        {{"heading", heading(module, "value structures, decoders and printers")},
                         {"includes", includes},
                         {"forward", forward},
+                        {"begin", namespaceBegin(module)},
+                        {"end", namespaceEnd(module)},
+                        {"spans", spans},
                         {"types", types}}));
 }

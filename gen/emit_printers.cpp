@@ -80,25 +80,41 @@ std::string dumpSequence(const Type& type) {
     for (const Member* member : allMembers(type)) text += presence(*member);
     for (const Member* member : allMembers(type)) text += component(*member);
     if (!type.keepsUnknown) return text;
+    if (type.published) return text + "asnPrintUnknownAdditions(dump, value.extElem1);\n";
     return text + R"(const AsnComponentStep step(dump, "extElem1");
 asnPrintOpenType(dump, value.extElem1.numocts, value.extElem1.data, ".");
 )";
 }
 
+/// As published, the tag of an unknown alternative continues those that are known.
+std::string dumpAnyAlternative(const Type& type) {
+    return fill(R"(
+if (value.t >= $Type::extElem1) {
+    const AsnAlternativeStep step(dump, "extElem1");
+    asnPrintOpenType(dump, value.u.extElem1->numocts, value.u.extElem1->data, ".");
+}
+)",
+                {{"Type", type.cppName}});
+}
+
 std::string dumpChoice(const Type& type) {
     std::string cases;
     for (const Member* member : allMembers(type)) cases += alternative(type, *member);
-    cases += unknownAlternative(type);
-    if (cases.empty()) return "asnPrintTag(dump, value.t);\n";
-    return fill(R"(
+    const bool anyAlternative = type.published && type.keepsUnknown;
+    if (!anyAlternative) cases += unknownAlternative(type);
+    if (cases.empty() && !anyAlternative) return "asnPrintTag(dump, value.t);\n";
+    if (cases.empty()) return "asnPrintTag(dump, value.t);\n" + dumpAnyAlternative(type);
+    return fill(
+        R"(
 asnPrintTag(dump, value.t);
 switch (value.t) {
     $cases
     default:
-        break;  // only the tag
+        $otherwise
 }
 )",
-                {{"cases", cases}});
+        {{"cases", cases},
+         {"otherwise", anyAlternative ? dumpAnyAlternative(type) : "break;  // only the tag"}});
 }
 
 std::string dumpList(const Type& type) {
@@ -119,7 +135,13 @@ std::string emitPrinters(const Module& module) {
         R"(
 $heading
 #include "$stem.h"
+$begin
 $printers
+$end
 )",
-        {{"heading", heading(module, "printers")}, {"stem", module.stem}, {"printers", printers}}));
+        {{"heading", heading(module, "printers")},
+         {"stem", module.stem},
+         {"begin", namespaceBegin(module)},
+         {"printers", printers},
+         {"end", namespaceEnd(module)}}));
 }

@@ -9,7 +9,7 @@ namespace {
 std::string row(const Type& type) {
     const Type* const element = type.element;
     return fill(R"(
-{"$Type",
+{"$name",
  sizeof($Type),
  $least,
  $elementSize,
@@ -18,6 +18,8 @@ std::string row(const Type& type) {
  asnPrintAny<$Type, Print$Type>},
 )",
                 {{"Type", type.cppName},
+                 {"name", (type.module->set.space.empty() ? "" : type.module->set.space + "::") +
+                              type.cppName},
                  {"least", bitsText(type.least)},
                  {"elementSize", element != nullptr ? "sizeof(" + element->cppName + ")" : "0"},
                  {"elementLeast", element != nullptr ? bitsText(element->least) : "{0, 0}"}});
@@ -32,13 +34,17 @@ std::string emitTypes(const Module& module) {
 $heading
 #include "$stem.h"
 #include "asn1per/typetable.h"
+$begin
 
 extern const AsnTypeInfo k${stem}Types[] = {
     $rows
 };
 extern const size_t k${stem}TypeCount = $count;
+$end
 )",
                        {{"heading", heading(module, "the table of its types")},
+                        {"begin", namespaceBegin(module)},
+                        {"end", namespaceEnd(module)},
                         {"stem", module.stem},
                         {"rows", rows},
                         {"count", std::to_string(module.ordered.size())}}));

@@ -9,13 +9,20 @@
 namespace {
 
 bool isUnsigned(const TypeNotation& type) {
-    return type.range && type.range->upper > INT32_MAX && !type.range->extensible;
+    return type.range && type.range->upper > INT32_MAX && !type.range->extensible &&
+           type.range->upper != kNoUpperBound;
 }
 bool isExtensible(const TypeNotation& type) {
     return type.range && type.range->extensible;
 }
 bool isUnbounded(const TypeNotation& type) {
     return !type.range;
+}
+bool hasNoUpperBound(const TypeNotation& type) {
+    return type.range && type.range->upper == kNoUpperBound && !type.range->extensible;
+}
+bool always(const TypeNotation&) {
+    return true;
 }
 bool hasSize(const TypeNotation& type) {
     return type.size.has_value();
@@ -61,6 +68,14 @@ constexpr KindRow characterString(Kind kind, std::string_view notation, const As
             .text = kSimple};
 }
 
+constexpr KindRow publishedIa5String() {
+    KindRow row = characterString(Kind::ia5StringOf128, "IA5String", kAsnIA5StringOf128,
+                                  "kAsnIA5StringOf128", "pd_IA5String($in, $address, $permitted)");
+    row.fits = always;
+    row.asPublished = true;
+    return row;
+}
+
 constexpr std::array<KindRow, kKindCount> kKinds = {{
     {.kind = Kind::null, .notation = "NULL", .hasValue = false, .least = noBits, .text = kSimple},
     {.kind = Kind::boolean,
@@ -102,6 +117,29 @@ constexpr std::array<KindRow, kKindCount> kKinds = {{
      .print = "asnPrintInteger(dump, $value)",
      .least = extensibleRangeBits,
      .text = kSimple},
+    {.kind = Kind::extensibleLongInteger,
+     .notation = "INTEGER",
+     .fits = isExtensible,
+     .asPublished = true,
+     .cppType = "int64_t",
+     .inUnion = true,
+     .lowest = INT32_MIN,
+     .highest = INT32_MAX,
+     .read = "asnExtLongInteger($in, $address, $lower, $upper)",
+     .print = "asnPrintLongInteger(dump, $value)",
+     .least = extensibleRangeBits,
+     .text = kSimple},
+    {.kind = Kind::lowerBoundedInteger,
+     .notation = "INTEGER",
+     .fits = hasNoUpperBound,
+     .cppType = "int64_t",
+     .inUnion = true,
+     .lowest = INT32_MIN,
+     .highest = kNoUpperBound,
+     .read = "asnSemiConsInteger($in, $address, $lower)",
+     .print = "asnPrintLongInteger(dump, $value)",
+     .least = plainLengthBits,
+     .text = kSimple},
     {.kind = Kind::unboundedInteger,
      .notation = "INTEGER",
      .fits = isUnbounded,
@@ -110,6 +148,37 @@ constexpr std::array<KindRow, kKindCount> kKinds = {{
      .read = "pd_UnconsInteger($in, $address)",
      .print = "asnPrintInteger(dump, $value)",
      .least = plainLengthBits,
+     .text = kSimple},
+    {.kind = Kind::unboundedLongInteger,
+     .notation = "INTEGER",
+     .fits = isUnbounded,
+     .asPublished = true,
+     .cppType = "int64_t",
+     .inUnion = true,
+     .read = "asnLongInteger($in, $address)",
+     .print = "asnPrintLongInteger(dump, $value)",
+     .least = plainLengthBits,
+     .text = kSimple},
+    {.kind = Kind::enumerated,
+     .notation = "ENUMERATED",
+     .cppType = "uint32_t",
+     .inUnion = true,
+     .lowest = 0,
+     .highest = UINT32_MAX,
+     .read = "asnEnumerated($in, $address, ${upper}U)",
+     .print = "asnPrintUnsigned(dump, $value)",
+     .least = rangeBits,
+     .text = kSimple},
+    {.kind = Kind::extensibleEnumerated,
+     .notation = "ENUMERATED",
+     .fits = isExtensible,
+     .cppType = "uint32_t",
+     .inUnion = true,
+     .lowest = 0,
+     .highest = UINT32_MAX,
+     .read = "asnExtEnumerated($in, $address, ${upper}U)",
+     .print = "asnPrintUnsigned(dump, $value)",
+     .least = extensibleItemBits,
      .text = kSimple},
     {.kind = Kind::octetString,
      .notation = "OCTET STRING",
@@ -167,8 +236,19 @@ constexpr std::array<KindRow, kKindCount> kKinds = {{
                     "pd_VisibleString($in, $address, $permitted)"),
     characterString(Kind::ia5String, "IA5String", kAsnIA5String, "kAsnIA5String",
                     "pd_IA5String($in, $address, $permitted)"),
+    publishedIa5String(),
     characterString(Kind::generalString, "GeneralString", kAsnGeneralString, "kAsnGeneralString",
                     "pd_GeneralString($in, $address, $permitted)"),
+    {.kind = Kind::octetText,
+     .notation = "GeneralString",
+     .fits = always,
+     .asPublished = true,
+     .cppType = "const char*",
+     .inUnion = true,
+     .read = "asnOctetText($in, $address)",
+     .print = "asnPrintCharStr(dump, $value)",
+     .least = plainLengthBits,
+     .text = kSimple},
     {.kind = Kind::bmpString,
      .notation = "BMPString",
      .cppType = "AsnBMPString",
@@ -220,11 +300,12 @@ const KindRow& kindRow(Kind kind) {
     return kKinds[static_cast<size_t>(kind)];
 }
 
-Kind exactKind(const TypeNotation& type) {
+Kind exactKind(const TypeNotation& type, bool published) {
     const std::string_view notation = kindRow(type.kind).notation;
-    const auto fits = [&](const KindRow& row) {
-        return row.notation == notation && row.fits != nullptr && row.fits(type);
-    };
-    const auto found = std::find_if(kKinds.begin(), kKinds.end(), fits);
-    return found != kKinds.end() ? found->kind : type.kind;
+    for (const bool asPublished : {true, false})
+        for (const KindRow& row : kKinds)
+            if (row.notation == notation && row.fits != nullptr && row.fits(type) &&
+                row.asPublished == asPublished && (published || !asPublished))
+                return row.kind;
+    return type.kind;
 }

@@ -16,7 +16,12 @@ enum class Kind : uint8_t {
     integer,
     unsignedInteger,    // a range above 2147483647
     extensibleInteger,  // a range with an extension marker
+    extensibleLongInteger,
+    lowerBoundedInteger,  // up to MAX
     unboundedInteger,
+    unboundedLongInteger,
+    enumerated,
+    extensibleEnumerated,
     octetString,
     sizedOctetString,  // held in its structure
     bitString,
@@ -27,7 +32,9 @@ enum class Kind : uint8_t {
     printableString,
     visibleString,
     ia5String,
+    ia5StringOf128,  // its alphabet is the whole of it
     generalString,
+    octetText,  // a GeneralString carried as octets
     bmpString,
     sequence,
     choice,
@@ -63,6 +70,7 @@ struct KindRow {
     /// Which of the kinds with the same notation a type is: the first that fits, or else the one
     /// with null here.
     bool (*fits)(const TypeNotation&) = nullptr;
+    bool asPublished = false;  // only in sets that are decoded as published; preferred there
 
     std::string_view cppType{};  // holds a value; empty: the type has a structure of its own
     bool hasValue = true;        // has a member in its record
@@ -85,4 +93,5 @@ struct KindRow {
 const KindRow& kindRow(Kind kind);
 
 /// The kind of a type, whose notation may stand for several.
-Kind exactKind(const TypeNotation& type);
+///   published  in a set that is decoded as published
+Kind exactKind(const TypeNotation& type, bool published);

@@ -11,9 +11,11 @@
 namespace {
 
 constexpr const char* kUsage =
-    "usage: tamsel-gen DIRECTORY MODULE.asn...\n"
+    "usage: tamsel-gen [--namespace NAME] [--published] DIRECTORY MODULE.asn...\n"
     "Writes MODULE.h, MODULEDecode.h, MODULEDecode.cpp, MODULETrace.cpp, MODULEPrint.cpp and\n"
-    "MODULETypes.cpp into DIRECTORY. A file that would not change is left alone.\n";
+    "MODULETypes.cpp into DIRECTORY. A file that would not change is left alone.\n"
+    "  --namespace NAME  what is written is in this namespace\n"
+    "  --published       what is written decodes by the rules of X.691, without any deviation\n";
 
 std::string readFile(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
@@ -29,13 +31,14 @@ void writeFile(const std::filesystem::path& path, const std::string& text) {
     if (!out.flush()) throw std::runtime_error("cannot write " + path.string());
 }
 
-int generate(const std::filesystem::path& directory, const std::vector<std::string>& files) {
+int generate(const ModuleSet& set, const std::filesystem::path& directory,
+             const std::vector<std::string>& files) {
     Errors errors;
     std::vector<ModuleNotation> notations;
     notations.reserve(files.size());
     for (const std::filesystem::path path : files)
         notations.push_back(parseModule(path.filename().string(), readFile(path), errors));
-    const Model model = resolve(notations, errors);
+    const Model model = resolve(notations, set, errors);
     if (!errors.lines.empty()) {
         for (const std::string& line : errors.lines) std::cerr << line << "\n";
         return 1;
@@ -58,12 +61,22 @@ int generate(const std::filesystem::path& directory, const std::vector<std::stri
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 3) {
+    std::vector<std::string> words(argv + 1, argv + argc);
+    ModuleSet set;
+    if (words.size() > 2 && words[0] == "--namespace") {
+        set.space = words[1];
+        words.erase(words.begin(), words.begin() + 2);
+    }
+    if (!words.empty() && words[0] == "--published") {
+        set.published = true;
+        words.erase(words.begin());
+    }
+    if (words.size() < 2 || words[0].starts_with("--")) {
         std::cerr << kUsage;
         return 2;
     }
     try {
-        return generate(argv[1], {argv + 2, argv + argc});
+        return generate(set, words[0], {words.begin() + 1, words.end()});
     } catch (const std::exception& error) {
         std::cerr << "tamsel-gen: " << error.what() << "\n";
         return 1;

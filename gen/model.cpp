@@ -11,17 +11,19 @@
 
 namespace {
 
-/// The flags of a SEQUENCE are one word.
-constexpr size_t kMostFlags = 32;
+/// The flags of a SEQUENCE are one word, or two. Those of the root are read as one.
+constexpr size_t kMostFlags = 64;
+constexpr size_t kMostRootFlags = 32;
 
 /// Builds the types of one module.
 class Builder {
   public:
-    Builder(const ModuleNotation& notation, Model& model, Errors& errors)
+    Builder(const ModuleNotation& notation, const ModuleSet& set, Model& model, Errors& errors)
         : notation_(notation),
           model_(model),
           errors_(errors),
           module_(model.modules.emplace_back()) {
+        module_.set = set;
         module_.source = notation.file;
         module_.name = notation.name;
         module_.stem = fileStem(notation.file);
@@ -78,7 +80,7 @@ class Builder {
 
     Type& newType(const TypeNotation& notation, const std::string& cppName) {
         Type& type = model_.types.emplace_back();
-        type.kind = exactKind(notation);
+        type.kind = exactKind(notation, module_.set.published);
         type.cppName = cppName;
         type.module = &module_;
         return type;
@@ -112,7 +114,9 @@ class Builder {
         type.range = notation.range;
         type.size = notation.size;
         type.extensible = notation.extensible;
-        type.keepsUnknown = row.keepsUnknown && type.extensible && notation.additions.empty();
+        type.published = module_.set.published;
+        type.keepsUnknown =
+            row.keepsUnknown && type.extensible && (type.published || notation.additions.empty());
         if (notation.kind == Kind::reference) {
             type.target = referred(notation, path);
             return;
@@ -140,7 +144,10 @@ class Builder {
 
     void characters(Type& type, const KindRow& row, const TypeNotation& notation) {
         const char* const permitted = notation.alphabet ? notation.alphabet->c_str() : nullptr;
-        const AsnCharSet set = asnCharSet(*row.alphabet, permitted);
+        const AsnCharSet set = type.published ? asnPublishedCharSet(*row.alphabet, permitted)
+                                              : asnCharSet(*row.alphabet, permitted);
+        if (type.published && set.unalignedBits == 0)
+            error(type.line, type.path, "an alphabet of one character is not supported");
         type.characterBits = {set.alignedBits, set.unalignedBits};
         if (notation.alphabet) type.alphabetName = alphabetConstant(row, *notation.alphabet);
     }
@@ -150,8 +157,8 @@ class Builder {
             if (known.alphabet == row.alphabetName && known.permitted == permitted)
                 return known.name;
         const std::string number = std::to_string(module_.alphabets.size() + 1);
-        module_.alphabets.push_back(
-            {"k" + module_.prefix + "Alphabet" + number, row.alphabetName, permitted});
+        module_.alphabets.push_back({"k" + module_.prefix + "Alphabet" + number, row.alphabetName,
+                                     permitted, module_.set.published});
         return module_.alphabets.back().name;
     }
 
@@ -165,8 +172,13 @@ class Builder {
         const auto all = allMembers(type);
         const auto flags = std::count_if(
             all.begin(), all.end(), [](const Member* member) { return !member->flag.empty(); });
+        const auto rootFlags =
+            std::count_if(type.root.begin(), type.root.end(),
+                          [](const Member& member) { return !member.flag.empty(); });
         if (static_cast<size_t>(flags) > kMostFlags)
-            error(type.line, type.path, "more than 32 presence bits are not supported");
+            error(type.line, type.path, "more than 64 presence bits are not supported");
+        if (static_cast<size_t>(rootFlags) > kMostRootFlags)
+            error(type.line, type.path, "more than 32 optional root components are not supported");
         if (type.kind == Kind::choice && type.root.empty())
             error(type.line, type.path, "a CHOICE without root alternatives is not supported");
     }
@@ -215,14 +227,14 @@ std::vector<const Member*> allMembers(const Type& type) {
     return all;
 }
 
-Model resolve(const std::vector<ModuleNotation>& notations, Errors& errors) {
+Model resolve(const std::vector<ModuleNotation>& notations, const ModuleSet& set, Errors& errors) {
     Model model;
     for (const ModuleNotation& notation : notations)
         if (!notation.headerRead) return model;
     std::list<Builder> builders;
     std::map<std::string, const Builder*> byName;
     for (const ModuleNotation& notation : notations)
-        byName.emplace(notation.name, &builders.emplace_back(notation, model, errors));
+        byName.emplace(notation.name, &builders.emplace_back(notation, set, model, errors));
     checkModuleNames(model, errors);
     for (Builder& builder : builders) builder.declare();
     for (Builder& builder : builders) builder.import(byName);

@@ -31,6 +31,7 @@ struct Type {
     bool hasFunctions = false;  // Decode and Print of its own
     bool extensible = false;
     bool keepsUnknown = false;  // has extElem1
+    bool published = false;     // decoded as X.691 has it
     bool recursive = false;     // nests in itself: its decoder counts the levels
     int line = 0;
     /// The structure, or for a type without functions of its own the C++ type that holds a value.
@@ -76,9 +77,17 @@ struct AlphabetConstant {
     std::string name;           // "kH245Alphabet1"
     std::string_view alphabet;  // "kAsnIA5String"
     std::string permitted;      // "0123456789#*,"
+    bool published = false;
+};
+
+/// Modules that are read together, and what holds for all of them.
+struct ModuleSet {
+    std::string space;       // the namespace of all that is written; empty: none
+    bool published = false;  // decoded as X.691 has it, without any deviation
 };
 
 struct Module {
+    ModuleSet set;
     std::string source;                  // "H323.asn"
     std::string name;                    // "H323-MESSAGES"
     std::string stem;                    // "H323": names the files and the trail entries
@@ -97,4 +106,4 @@ struct Model {
 };
 
 /// Resolves modules in any order.
-Model resolve(const std::vector<ModuleNotation>& notations, Errors& errors);
+Model resolve(const std::vector<ModuleNotation>& notations, const ModuleSet& set, Errors& errors);

@@ -116,6 +116,7 @@ void checkTypeNames(const Model& model, Errors& errors) {
 }
 
 void applyNameExceptions(Module& module, Errors& errors) {
+    if (module.set.published) return;
     for (const NameException& exception : kNameExceptions) {
         if (exception.module != module.stem) continue;
         bool matched = false;

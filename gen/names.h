@@ -19,5 +19,5 @@ bool isSharedMember(const std::string& cppName);
 void checkModuleNames(const Model& model, Errors& errors);
 /// Refuses types whose structures would have the same name.
 void checkTypeNames(const Model& model, Errors& errors);
-/// Renames members in the dump as exceptions.h says.
+/// Renames members in the dump as exceptions.h says; none in a set that is decoded as published.
 void applyNameExceptions(Module& module, Errors& errors);

@@ -16,6 +16,9 @@ struct Errors {
     std::vector<std::string> lines;
 };
 
+/// The upper bound that is written MAX: there is none.
+constexpr int64_t kNoUpperBound = INT64_MAX;
+
 struct Bounds {
     int64_t lower = 0;
     int64_t upper = 0;
@@ -28,12 +31,13 @@ struct TypeNotation {
     Kind kind = Kind::null;  // the first of those with its notation
     int line = 0;
     std::string reference;                // Kind::reference: the name of the type
-    std::optional<Bounds> range;          // of an INTEGER
+    std::optional<Bounds> range;          // of an INTEGER; of the root of an ENUMERATED
     std::optional<Bounds> size;           // of a string or list
     std::optional<std::string> alphabet;  // FROM
     std::vector<ComponentNotation> root;  // components or alternatives
     std::vector<ComponentNotation> additions;
     bool extensible = false;
+    std::vector<std::string> items;         // of an ENUMERATED, additions included
     std::unique_ptr<TypeNotation> element;  // of a list
 };
 

@@ -100,9 +100,10 @@ std::vector<Type*> forwardDeclared(const Module& module) {
     return forward;
 }
 
-/// A decoder logs if the array of a list cannot be allocated, or if unknown content of a CHOICE
-/// cannot be read.
+/// As designed, a decoder logs if the array of a list cannot be allocated, or if unknown content of
+/// a CHOICE cannot be read.
 bool logs(const Type& type) {
+    if (type.published) return false;  // the run-time does
     return type.kind == Kind::sequenceOf || (type.kind == Kind::choice && type.keepsUnknown);
 }
 
@@ -152,7 +153,7 @@ void numberTrailLines(Module& module, Errors& errors) {
         if (logs(*type)) logging.push_back(type);
     int first = kTrailStep;
     for (const TrailException& exception : kTrailExceptions) {
-        if (exception.module != module.stem) continue;
+        if (exception.module != module.stem || module.set.published) continue;
         const auto fixed = std::find_if(logging.begin(), logging.end(), [&](const Type* type) {
             return type->path == exception.type;
         });

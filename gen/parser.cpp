@@ -20,10 +20,24 @@ constexpr int kMaxNesting = 100;
 
 /// Types of X.680 that this generator does not support. No type name may be one of these.
 constexpr std::string_view kUnsupported[] = {
-    "REAL",          "ENUMERATED",      "SET",           "EMBEDDED",        "EXTERNAL",
-    "UTF8String",    "UniversalString", "TeletexString", "T61String",       "VideotexString",
-    "GraphicString", "ISO646String",    "UTCTime",       "GeneralizedTime", "ObjectDescriptor",
-    "RELATIVE-OID",  "CHARACTER",       "ANY",           "INSTANCE",
+    "REAL",
+    "SET",
+    "EMBEDDED",
+    "EXTERNAL",
+    "UTF8String",
+    "UniversalString",
+    "TeletexString",
+    "T61String",
+    "VideotexString",
+    "GraphicString",
+    "ISO646String",
+    "UTCTime",
+    "GeneralizedTime",
+    "ObjectDescriptor",
+    "RELATIVE-OID",
+    "CHARACTER",
+    "ANY",
+    "INSTANCE",
 };
 
 bool isUpper(const Token& token) {
@@ -190,6 +204,7 @@ class Parser {
         if (type.kind == Kind::reference) type.reference = take().value;
         if (type.kind == Kind::sequenceOf) list(type, depth);
         if (kindRow(type.kind).takesMembers) components(type, depth);
+        if (type.kind == Kind::enumerated) enumeration(type);
         while (at("(")) constraint(type);
         if (at("{")) fail("parameters and named values are not supported");
         return type;
@@ -216,6 +231,34 @@ class Parser {
         path_ += ".elem";
         type.element = std::make_unique<TypeNotation>(this->type(depth + 1));
         path_ = outer;
+    }
+
+    /// The items of an ENUMERATED. Their numbers have to be those that they get without any.
+    void enumeration(TypeNotation& type) {
+        expect("{");
+        bool extensible = false;
+        int64_t roots = 0;
+        do {
+            if (takeIf("...")) {
+                if (extensible) fail("a second extension marker is not supported");
+                extensible = true;
+                continue;
+            }
+            const std::string item = word("item name", false);
+            if (std::count(type.items.begin(), type.items.end(), item) != 0)
+                fail("item " + item + " is named twice");
+            const auto position = static_cast<int64_t>(type.items.size());
+            if (takeIf("(")) {
+                if (number() != position)
+                    fail("item " + item + " has a number other than " + std::to_string(position));
+                expect(")");
+            }
+            type.items.push_back(item);
+            if (!extensible) ++roots;
+        } while (takeIf(","));
+        if (roots == 0) fail("an ENUMERATED without root items is not supported");
+        expect("}");
+        type.range = Bounds{0, roots - 1, extensible};
     }
 
     void components(TypeNotation& type, int depth) {
@@ -247,7 +290,7 @@ class Parser {
         }
     }
 
-    /// "(a..b)", or "(a)".
+    /// "(a..b)", "(a..MAX)", or "(a)".
     Bounds bounds() {
         expect("(");
         const Bounds bounds = boundsWithin();
@@ -257,7 +300,7 @@ class Parser {
     Bounds boundsWithin() {
         Bounds bounds;
         bounds.lower = bounds.upper = number();
-        if (takeIf("..")) bounds.upper = number();
+        if (takeIf("..")) bounds.upper = takeIf("MAX") ? kNoUpperBound : number();
         if (takeIf(",")) {
             expect("...");
             bounds.extensible = true;
@@ -311,8 +354,22 @@ void Errors::add(const std::string& file, int line, const std::string& path,
 
 std::string boundsText(const Bounds& bounds) {
     std::string text = std::to_string(bounds.lower);
-    if (bounds.upper != bounds.lower) text += ".." + std::to_string(bounds.upper);
+    if (bounds.upper != bounds.lower)
+        text += ".." + (bounds.upper == kNoUpperBound ? "MAX" : std::to_string(bounds.upper));
     return text + (bounds.extensible ? ", ..." : "");
+}
+
+/// "{ a, b, ..., c }"
+static std::string itemsText(const TypeNotation& type) {
+    std::string text = "{ ";
+    for (size_t i = 0; i < type.items.size(); ++i) {
+        if (i != 0) text += ", ";
+        if (type.range->extensible && static_cast<int64_t>(i) == type.range->upper + 1)
+            text += "..., ";
+        text += type.items[i];
+    }
+    const bool noAdditions = static_cast<int64_t>(type.items.size()) == type.range->upper + 1;
+    return text + (type.range->extensible && noAdditions ? ", ... }" : " }");
 }
 
 std::string notationText(const TypeNotation& type) {
@@ -321,6 +378,7 @@ std::string notationText(const TypeNotation& type) {
         return "SEQUENCE" + size + " OF " + notationText(*type.element);
     }
     std::string text(kindRow(type.kind).notation);
+    if (type.kind == Kind::enumerated) return text + " " + itemsText(type);
     if (type.kind == Kind::reference) text = type.reference;
     if (type.range) text += " (" + boundsText(*type.range) + ")";
     if (type.size) text += " (SIZE (" + boundsText(*type.size) + "))";

@@ -16,8 +16,11 @@ constexpr uint64_t kWorthSkipping = 1024;
 /// From here on a number of bits does not grow: no message has as many.
 constexpr uint64_t kManyBits = uint64_t{1} << 40;
 
+/// A normally small number that is small.
+constexpr uint64_t kSmallNumberBits = 7;
+
 /// An open type of no octets, behind the index of an extension alternative.
-constexpr uint64_t kExtensionAlternativeBits = 7 + 8;
+constexpr uint64_t kExtensionAlternativeBits = kSmallNumberBits + 8;
 
 uint64_t plus(uint64_t a, uint64_t b) {
     if (a == kEndless || b == kEndless) return kEndless;
@@ -140,13 +143,17 @@ LeastBits exactly(uint64_t bits) {
 
 LeastBits rangeBits(const Type& type) {
     const auto last = static_cast<uint64_t>(type.range->upper - type.range->lower);
-    // The number of all signed values does not fit 32 bits: they are read as they are.
-    if (last == UINT32_MAX && type.range->lower < 0) return exactly(32);
+    // As designed, the number of all signed values does not fit 32 bits: they are read as they are.
+    if (last == UINT32_MAX && type.range->lower < 0 && !type.published) return exactly(32);
     return wholeNumberBits(last);
 }
 
 LeastBits extensibleRangeBits(const Type& type) {
     return plus(exactly(1), smaller(rangeBits(type), exactly(8)));
+}
+
+LeastBits extensibleItemBits(const Type& type) {
+    return plus(exactly(1), smaller(rangeBits(type), exactly(kSmallNumberBits)));
 }
 
 LeastBits bitStringBits(const Type& type) {

@@ -21,6 +21,7 @@ void measure(Model& model, Errors& errors);
 LeastBits exactly(uint64_t bits);
 LeastBits rangeBits(const Type& type);            // INTEGER with bounds
 LeastBits extensibleRangeBits(const Type& type);  // with a marker behind them
+LeastBits extensibleItemBits(const Type& type);   // ENUMERATED with a marker
 LeastBits bitStringBits(const Type& type);
 LeastBits octetStringBits(const Type& type);
 LeastBits characterStringBits(const Type& type);

@@ -37,6 +37,10 @@ TEST(Limits, LongCountsOfEveryList) {
                 octets[1] = static_cast<uint8_t>(count);
                 decodeWithin(*type, octets, true);
                 decodeWithin(*type, octets, false);
+                octets.assign(1 << 14, static_cast<uint8_t>(fill));
+                octets[0] = 0xC1;  // and in fragments, as many as fit
+                decodeWithin(*type, octets, true);
+                decodeWithin(*type, octets, false);
             }
 }
 

@@ -102,7 +102,9 @@ class Search {
     /// open type, or that of an INTEGER, before a length of 0.
     void extend(size_t known, uint32_t bit, bool isChoice) {
         const Octets undecided = octets_;
-        const uint32_t length = (bit + 15) / 8 * 8;
+        // As published, an open type is aligned only in the ALIGNED variant.
+        const bool published = std::string(type_.name).find("::") != std::string::npos;
+        const uint32_t length = published && !aligned_ ? bit + 8 : (bit + 15) / 8 * 8;
         set(octets_, bit, 1, 1);
         for (uint32_t index = 0; index < (isChoice ? 12 : 1); ++index)
             for (uint32_t octets = 0; octets < (isChoice ? 4 : 1); ++octets) {

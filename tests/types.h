@@ -7,21 +7,36 @@
 #include "asn1per/typetable.h"
 #include "support.h"
 
-extern const AsnTypeInfo kH235Types[];
-extern const size_t kH235TypeCount;
-extern const AsnTypeInfo kH245Types[];
-extern const size_t kH245TypeCount;
-extern const AsnTypeInfo kH323Types[];
-extern const size_t kH323TypeCount;
-extern const AsnTypeInfo kZooTypes[];
-extern const size_t kZooTypeCount;
+#define TYPES_OF(module)                         \
+    extern const AsnTypeInfo k##module##Types[]; \
+    extern const size_t k##module##TypeCount
+TYPES_OF(H235);
+TYPES_OF(H245);
+TYPES_OF(H323);
+TYPES_OF(Zoo);
+namespace asn2009 {
+TYPES_OF(H235);
+TYPES_OF(H245);
+TYPES_OF(H323);
+}  // namespace asn2009
+namespace published {
+TYPES_OF(Zoo);
+}  // namespace published
 
+/// The types of both sets, and of the zoo in both.
 inline std::vector<const AsnTypeInfo*> allTypes() {
     std::vector<const AsnTypeInfo*> types;
-    for (size_t i = 0; i < kH235TypeCount; ++i) types.push_back(&kH235Types[i]);
-    for (size_t i = 0; i < kH245TypeCount; ++i) types.push_back(&kH245Types[i]);
-    for (size_t i = 0; i < kH323TypeCount; ++i) types.push_back(&kH323Types[i]);
-    for (size_t i = 0; i < kZooTypeCount; ++i) types.push_back(&kZooTypes[i]);
+    const auto add = [&](const AsnTypeInfo* table, size_t count) {
+        for (size_t i = 0; i < count; ++i) types.push_back(&table[i]);
+    };
+    add(kH235Types, kH235TypeCount);
+    add(kH245Types, kH245TypeCount);
+    add(kH323Types, kH323TypeCount);
+    add(kZooTypes, kZooTypeCount);
+    add(asn2009::kH235Types, asn2009::kH235TypeCount);
+    add(asn2009::kH245Types, asn2009::kH245TypeCount);
+    add(asn2009::kH323Types, asn2009::kH323TypeCount);
+    add(published::kZooTypes, published::kZooTypeCount);
     return types;
 }
 

@@ -36,8 +36,10 @@
 #pragma once
 
 #include "constructs.h"
+#include "integers.h"
 #include "objid.h"
 #include "print.h"
+#include "published.h"
 #include "real.h"
 #include "strings.h"
 #include "trace.h"

@@ -40,8 +40,8 @@
 
 // --- the rules ---
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_IncrBitIdx(AsnReader<Tracing> in, AsnCursor& at) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_IncrBitIdx(AsnReader<Tracing, rules> in, AsnCursor& at) {
     uint32_t index = at.byteIndex;
     uint32_t unread = asnUnread(at);
     if (unread == 0) [[unlikely]] {
@@ -58,8 +58,9 @@ template <bool Tracing>
 }
 
 /// pd_bit at a second cursor over the same octets.
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus asnBitAt(AsnReader<Tracing> in, AsnCursor& at, uint8_t* value) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus asnBitAt(AsnReader<Tracing, rules> in, AsnCursor& at,
+                                        uint8_t* value) {
     const AsnStatus status = pd_IncrBitIdx(in, at);
     if (status != kAsnOk || value == nullptr) return status;
     *value = at.data[at.byteIndex] >> at.bitOffset & 1;
@@ -67,14 +68,14 @@ template <bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_bit(AsnReader<Tracing> in, uint8_t* value) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_bit(AsnReader<Tracing, rules> in, uint8_t* value) {
     return asnBitAt(in, in.ctx, value);
 }
 
 /// pd_bits if the current octet does not hold all the bits. Returns the number, or the failure.
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE int64_t asnBitsAcross(AsnReader<Tracing> in, uint64_t nbits) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE int64_t asnBitsAcross(AsnReader<Tracing, rules> in, uint64_t nbits) {
     AsnContext& ctx = in.ctx;
     if (asnBitsLeft(ctx) < static_cast<int64_t>(nbits))
         return in.log(AsnSource::bits, kAsnEndOfData);
@@ -91,15 +92,17 @@ template <bool Tracing>
     return word;
 }
 
-template <bool Tracing>
-[[nodiscard, gnu::noinline]] int64_t asnCallBitsAcross(AsnReader<Tracing> in, uint64_t nbits) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard, gnu::noinline]] int64_t asnCallBitsAcross(AsnReader<Tracing, rules> in,
+                                                       uint64_t nbits) {
     return asnBitsAcross(in, nbits);
 }
 
 /// The common case is inline. `wholeOctets`: so is the other one, because the bits are whole octets
 /// at a boundary.
-template <bool wholeOctets = false, bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus pd_bits(AsnReader<Tracing> in, uint32_t* value, uint64_t nbits) {
+template <bool wholeOctets = false, bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus pd_bits(AsnReader<Tracing, rules> in, uint32_t* value,
+                                           uint64_t nbits) {
     AsnContext& ctx = in.ctx;
     in.diag("pd_bits: nbits = %d, nbytes = %d\n", static_cast<int>(nbits),
             static_cast<int>(((static_cast<uint32_t>(nbits) - 1) >> 3) + 1));
@@ -125,8 +128,8 @@ template <bool wholeOctets = false, bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_moveBitCursor(AsnReader<Tracing> in, int64_t nbits) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_moveBitCursor(AsnReader<Tracing, rules> in, int64_t nbits) {
     AsnContext& ctx = in.ctx;
     in.diag("pd_moveBitCursor: bitOffset = %d\n", static_cast<int>(nbits));
     in.diag("context before move: bitOffset = %d, byteIndex = %d\n",
@@ -143,8 +146,8 @@ template <bool Tracing>
 /// do not form whole octets at a boundary.
 void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint64_t nbits);
 
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus pd_octets(AsnReader<Tracing> in, uint8_t* buffer,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus pd_octets(AsnReader<Tracing, rules> in, uint8_t* buffer,
                                              uint32_t capacity, uint64_t nbits) {
     AsnContext& ctx = in.ctx;
     const uint64_t octets = (nbits + 7) / 8;
@@ -168,8 +171,8 @@ template <bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_byteAlign(AsnReader<Tracing> in) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_byteAlign(AsnReader<Tracing, rules> in) {
     AsnContext& ctx = in.ctx;
     if (ctx.bitOffset != 8) {
         ++ctx.byteIndex;

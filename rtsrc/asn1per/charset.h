@@ -2,6 +2,7 @@
 // sets are constants that are computed when the code is compiled.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 
@@ -48,6 +49,8 @@ inline constexpr AsnAlphabet kAsnPrintableString = asnAlphabet(
 inline constexpr AsnAlphabet kAsnVisibleString = asnCodeAlphabet(0x7E, 0, 0x1F);
 /// Ends at 0x5F. Without a permitted alphabet codes up to 0x7F are accepted all the same.
 inline constexpr AsnAlphabet kAsnIA5String = asnCodeAlphabet(0x5F, 0x100, 0x100);
+/// The whole of it (T.50): for sets that are decoded as published.
+inline constexpr AsnAlphabet kAsnIA5StringOf128 = asnCodeAlphabet(0x7F, 0x100, 0x100);
 inline constexpr AsnAlphabet kAsnGeneralString = asnCodeAlphabet(0xFF, 0x88, 0x8F);
 inline constexpr AsnAlphabet kAsn86CharString = asnAlphabet(
     " !\"%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[]_abcdefghijklmnopqrstuvwxyz", 7, 8,
@@ -84,9 +87,35 @@ constexpr AsnCharSet asnCharSet(const AsnAlphabet& alphabet, const char* permitt
     return set;
 }
 
+/// The same as published (X.691 27.5.2 and 27.5.4): 2^n characters take n bits, and are sent as
+/// codes if these bits hold all of them. One character would take none.
+constexpr AsnCharSet asnPublishedCharSet(const AsnAlphabet& alphabet, const char* permitted) {
+    AsnCharSet set = asnCharSet(alphabet, permitted);
+    if (permitted == nullptr) {
+        std::copy_n(alphabet.codes, alphabet.size, set.permitted);
+        set.count = alphabet.size;
+    }
+    set.unalignedBits = asnBitCount(set.count - 1);
+    set.alignedBits = std::bit_ceil(set.unalignedBits);
+    uint32_t largest = 0;
+    for (uint32_t i = 0; i < set.count; ++i)
+        largest = std::max<uint32_t>(largest, set.permitted[i]);
+    set.charSetBits = asnBitCount(largest);
+    return set;
+}
+
 /// The sets of the string types without a permitted alphabet.
 inline constexpr AsnCharSet kAsnNumericStringSet = asnCharSet(kAsnNumericString, nullptr);
 inline constexpr AsnCharSet kAsnPrintableStringSet = asnCharSet(kAsnPrintableString, nullptr);
 inline constexpr AsnCharSet kAsnVisibleStringSet = asnCharSet(kAsnVisibleString, nullptr);
 inline constexpr AsnCharSet kAsnIA5StringSet = asnCharSet(kAsnIA5String, nullptr);
 inline constexpr AsnCharSet kAsnGeneralStringSet = asnCharSet(kAsnGeneralString, nullptr);
+
+inline constexpr AsnCharSet kAsnNumericStringPublishedSet =
+    asnPublishedCharSet(kAsnNumericString, nullptr);
+inline constexpr AsnCharSet kAsnPrintableStringPublishedSet =
+    asnPublishedCharSet(kAsnPrintableString, nullptr);
+inline constexpr AsnCharSet kAsnVisibleStringPublishedSet =
+    asnPublishedCharSet(kAsnVisibleString, nullptr);
+inline constexpr AsnCharSet kAsnIA5StringOf128PublishedSet =
+    asnPublishedCharSet(kAsnIA5StringOf128, nullptr);

@@ -25,8 +25,8 @@ inline constexpr auto kAsnReversed = [] {
 /// `count` extension or presence bits, 1 to 32; the first one is bit 0 of the result. A bit beyond
 /// the end of the data counts as 0: the status of these reads is ignored by design, and the next
 /// checked read fails.
-template <bool Tracing>
-inline uint32_t asnFlags(AsnReader<Tracing> in, uint32_t count) {
+template <bool Tracing, AsnRules rules>
+inline uint32_t asnFlags(AsnReader<Tracing, rules> in, uint32_t count) {
     AsnContext& ctx = in.ctx;
     const uint32_t unread = asnUnread(ctx);
     if (!Tracing && count <= unread && ctx.byteIndex < ctx.size) {  // at once: all in one octet
@@ -43,8 +43,8 @@ inline uint32_t asnFlags(AsnReader<Tracing> in, uint32_t count) {
     return flags;
 }
 
-template <bool Tracing>
-inline bool asnExtensionBit(AsnReader<Tracing> in) {
+template <bool Tracing, AsnRules rules>
+inline bool asnExtensionBit(AsnReader<Tracing, rules> in) {
     uint8_t extended = 0;
     (void)pd_bit(in, &extended);                // ignored by design
     return __builtin_expect(extended, 0) != 0;  // most values have no extension
@@ -59,18 +59,25 @@ static_assert(std::bit_cast<AsnFlagOrder>(uint32_t{1}).first == 1,
               "a number is copied onto bit-fields, which must start at its lowest bit");
 #endif
 
+/// Flags as the record `m` of a SEQUENCE: one word, or two.
+template <class Flags>
+inline Flags asnFlagRecord(uint32_t flags) {
+    if constexpr (sizeof(Flags) == sizeof flags) return std::bit_cast<Flags>(flags);
+    if constexpr (sizeof(Flags) != sizeof flags) return std::bit_cast<Flags>(uint64_t{flags});
+}
+
 /// Reads the presence bits of `count` optional root components, 1 to 32, into the word `m`: bit 0
 /// is the first component in declaration order. The bits of additions are cleared.
-template <class Flags, bool Tracing>
-inline void asnPresenceBits(AsnReader<Tracing> in, Flags& m, uint32_t count) {
-    m = std::bit_cast<Flags>(asnFlags(in, count));
+template <class Flags, bool Tracing, AsnRules rules>
+inline void asnPresenceBits(AsnReader<Tracing, rules> in, Flags& m, uint32_t count) {
+    m = asnFlagRecord<Flags>(asnFlags(in, count));
 }
 
 /// The same after an extension bit, which is returned; at most 31 components.
-template <class Flags, bool Tracing>
-inline bool asnExtensionAndPresenceBits(AsnReader<Tracing> in, Flags& m, uint32_t count) {
+template <class Flags, bool Tracing, AsnRules rules>
+inline bool asnExtensionAndPresenceBits(AsnReader<Tracing, rules> in, Flags& m, uint32_t count) {
     const uint32_t flags = asnFlags(in, count + 1);
-    m = std::bit_cast<Flags>(flags >> 1);
+    m = asnFlagRecord<Flags>(flags >> 1);
     return (flags & 1) != 0;
 }
 
@@ -97,8 +104,8 @@ inline uint32_t asnSkipZeros(AsnCursor& at) {
 /// Enters the open type of the next addition from `index` on that is present, if there is one;
 /// `bitmap` is where the bit of that index stands. Each bit is read, but the plain reader, which
 /// has nothing to report, moves at once over those that are 0.
-template <bool Tracing>
-[[nodiscard]] AsnStatus asnEnterAddition(AsnReader<Tracing> in, AsnAdditions& additions,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus asnEnterAddition(AsnReader<Tracing, rules> in, AsnAdditions& additions,
                                          AsnCursor bitmap, uint64_t index) {
     uint8_t present = 0;
     for (;; ++index) {
@@ -113,23 +120,41 @@ template <bool Tracing>
     return additions.done ? kAsnOk : asnEnterOpenType(in, additions.outer);
 }
 
-/// Reads the length of the bitmap, once the extension bit was read as 1, and enters the open type
-/// of the first addition that is present. Returns 0, -2 or -12.
-template <bool Tracing>
-[[nodiscard, gnu::flatten]] AsnStatus asnFirstAddition(AsnReader<Tracing> in,
-                                                       AsnAdditions& additions) {
+/// Reads the number of bits of the bitmap, 1 to 64, or another one after a 1: as designed, the last
+/// index, as published, a length (X.691 10.9.3.4). Returns 0 or -2, or, as published, -5 for a
+/// length of 0 or in fragments.
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus asnBitmapLength(AsnReader<Tracing, rules> in, uint64_t* count) {
     uint32_t last = 0;
-    AsnStatus status = pd_SmallNonNegWholeNumber(in, &last);
+    if constexpr (rules == AsnRules::published) {
+        uint8_t isLong = 0;
+        AsnStatus status = pd_bit(in, &isLong);
+        if (status == kAsnOk) status = isLong != 0 ? pd_Length(in, &last) : pd_bits(in, &last, 6);
+        if (status < 0) return status;
+        if (status == kAsnFragment || (isLong != 0 && last == 0)) return kAsnInvalidLength;
+        *count = uint64_t{last} + (isLong != 0 ? 0 : 1);
+        return asnBitsLeft(in.ctx) < static_cast<int64_t>(*count) ? kAsnEndOfData : kAsnOk;
+    }
+    const AsnStatus status = pd_SmallNonNegWholeNumber(in, &last);
+    *count = uint64_t{last} + 1;
+    return status;
+}
+
+/// Reads the length of the bitmap, once the extension bit was read as 1, and enters the open type
+/// of the first addition that is present. Returns 0, -2 or -12; as published, also -5.
+template <bool Tracing, AsnRules rules>
+[[nodiscard, gnu::flatten]] AsnStatus asnFirstAddition(AsnReader<Tracing, rules> in,
+                                                       AsnAdditions& additions) {
+    AsnStatus status = asnBitmapLength(in, &additions.count);
     if (status != kAsnOk) return status;
     const AsnCursor bitmap = asnSaveCursor(in.ctx);
-    additions.count = uint64_t{last} + 1;
-    status = pd_moveBitCursor(in, int64_t{last} + 1);
+    status = pd_moveBitCursor(in, static_cast<int64_t>(additions.count));
     return status == kAsnOk ? asnEnterAddition(in, additions, bitmap, 0) : status;
 }
 
 /// Leaves an addition, however much of it was read, and enters the next one that is present.
-template <bool Tracing>
-[[nodiscard]] AsnStatus asnNextAddition(AsnReader<Tracing> in, AsnAdditions& additions) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus asnNextAddition(AsnReader<Tracing, rules> in, AsnAdditions& additions) {
     asnLeaveOpenType(in, additions.outer);
     return asnEnterAddition(in, additions, additions.bitmap, additions.index + 1);
 }
@@ -138,8 +163,8 @@ template <bool Tracing>
 
 /// Reads the index of one of `roots` root alternatives into the tag, which is index + 1. Returns 0,
 /// -2, or -11 for an index beyond the root.
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus asnRootAlternative(AsnReader<Tracing> in, uint32_t* t,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus asnRootAlternative(AsnReader<Tracing, rules> in, uint32_t* t,
                                                       uint32_t roots) {
     uint32_t index = 0;
     const AsnStatus status = pd_ConsUnsigned(in, &index, 0, roots - 1);
@@ -152,9 +177,9 @@ template <bool Tracing>
 /// which continues that of the `roots` root alternatives; moves to the next octet boundary in
 /// either variant; and enters the open type. Returns 0, -2, -12, or -11 for an index that is not
 /// one of the `known` alternatives: the cursor is then in its open type.
-template <bool Tracing>
-[[nodiscard]] AsnStatus asnEnterAlternative(AsnReader<Tracing> in, uint32_t* t, uint32_t roots,
-                                            uint32_t known, AsnCursor& outer) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus asnEnterAlternative(AsnReader<Tracing, rules> in, uint32_t* t,
+                                            uint32_t roots, uint32_t known, AsnCursor& outer) {
     uint32_t index = 0;
     AsnStatus status = pd_SmallNonNegWholeNumber(in, &index);
     if (status != kAsnOk) return status;
@@ -168,8 +193,8 @@ template <bool Tracing>
 
 /// Registers the size constraint of the next string or list. The status is ignored by design: no
 /// other constraint is pending there.
-template <bool Tracing>
-inline void asnSetSize(AsnReader<Tracing> in, const AsnSizeConstraint& size) {
+template <bool Tracing, AsnRules rules>
+inline void asnSetSize(AsnReader<Tracing, rules> in, const AsnSizeConstraint& size) {
     (void)pd_SetSizeConstraint(in.ctx, &size);
 }
 
@@ -180,9 +205,10 @@ struct AsnElementBits {
 };
 
 /// asnListLength under a constraint that is no longer pending.
-template <bool Tracing>
+template <bool Tracing, AsnRules rules>
 [[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus asnListLengthUnder(
-    AsnReader<Tracing> in, const AsnSizeConstraint* size, uint32_t* count, AsnElementBits least) {
+    AsnReader<Tracing, rules> in, const AsnSizeConstraint* size, uint32_t* count,
+    AsnElementBits least) {
     const AsnStatus status = asnLength(in, size, count);
     if (status != kAsnOk) return status;
     const uint32_t elementBits = in.ctx.aligned != 0 ? least.aligned : least.unaligned;
@@ -192,8 +218,8 @@ template <bool Tracing>
 /// Reads the count of a list. If its elements cannot fit into the data that is left, it fails with
 /// -2 before anything is allocated. Otherwise returns the status of pd_Length; 2 is a failure,
 /// because fragmented lists are not supported.
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus asnListLength(AsnReader<Tracing> in, uint32_t* count,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus asnListLength(AsnReader<Tracing, rules> in, uint32_t* count,
                                                  AsnElementBits least) {
     return asnListLengthUnder(in, asnTakeSize(in.ctx), count, least);
 }
@@ -221,8 +247,8 @@ void* asnAllocRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan*
 
 /// The elements of a list; also a count of 0 gives an address. Null if memory is exhausted, which
 /// the caller logs.
-template <class T, bool Tracing>
-T* asnNewElements(AsnReader<Tracing> in, uint32_t count) {
+template <class T, bool Tracing, AsnRules rules>
+T* asnNewElements(AsnReader<Tracing, rules> in, uint32_t count) {
     constexpr auto& spans = asnUncleared<T>;
     if constexpr (spans.empty())
         return static_cast<T*>(asnAllocCleared(in.ctx, count, sizeof(T)));
@@ -233,8 +259,8 @@ T* asnNewElements(AsnReader<Tracing> in, uint32_t count) {
 
 /// The value of a choice alternative, zeroed. Null if memory is exhausted: -12 has been logged, and
 /// the caller returns it.
-template <class T, bool Tracing>
-T* asnNewValue(AsnReader<Tracing> in) {
+template <class T, bool Tracing, AsnRules rules>
+T* asnNewValue(AsnReader<Tracing, rules> in) {
     constexpr size_t kClearedInline = 64;  // a call would take longer
     T* value = nullptr;
     if constexpr (sizeof(T) <= kClearedInline) {

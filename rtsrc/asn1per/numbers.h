@@ -47,7 +47,7 @@ constexpr uint32_t asnBitCount(uint32_t number) {
 [[nodiscard]] AsnStatus pd_UnconsUnsigned(AsnContext& ctx, uint32_t* value);
 
 /// A normally small non-negative whole number (X.691 10.6). The long form aligns in both variants.
-/// Returns 0 or -2.
+/// Returns 0 or -2. As published, it does not align, and returns -5 for more than 4 octets.
 [[nodiscard]] AsnStatus pd_SmallNonNegWholeNumber(AsnContext& ctx, uint32_t* value);
 
 /// A length determinant (X.691 10.9) under the pending size constraint, which it clears even if it
@@ -78,17 +78,18 @@ inline AsnStatus pd_SetSizeConstraint(AsnContext& ctx, const AsnSizeConstraint* 
 // --- the rules ---
 
 /// The number of bits in the ALIGNED variant of a number with more than 65536 values.
-template <bool Tracing>
-[[nodiscard, gnu::noinline]] AsnStatus asnLargeRangeBits(AsnReader<Tracing> in, uint32_t* nbits) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard, gnu::noinline]] AsnStatus asnLargeRangeBits(AsnReader<Tracing, rules> in,
+                                                         uint32_t* nbits) {
     uint32_t last = 0;
     const AsnStatus status = pd_bits(in, &last, 2);
     if (status == kAsnOk) *nbits = (last + 1) * 8;
     return status;
 }
 
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus pd_ConsWholeNumber(AsnReader<Tracing> in, uint32_t* offset,
-                                                      uint32_t rangeSize) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus pd_ConsWholeNumber(AsnReader<Tracing, rules> in,
+                                                      uint32_t* offset, uint32_t rangeSize) {
     if (in.ctx.aligned == 0 || rangeSize < 256)
         return pd_bits(in, offset, asnBitCount(rangeSize - 1));
     uint32_t nbits = rangeSize == 256 ? 8 : 16;
@@ -102,8 +103,8 @@ template <bool Tracing>
     return pd_bits<true>(in, offset, nbits);
 }
 
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus pd_ConsInteger(AsnReader<Tracing> in, int32_t* value,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus pd_ConsInteger(AsnReader<Tracing, rules> in, int32_t* value,
                                                   int32_t lower, int32_t upper) {
     in.newField("ConsInteger");
     if (lower > upper) return kAsnRange;
@@ -119,8 +120,8 @@ template <bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus pd_ConsUnsigned(AsnReader<Tracing> in, uint32_t* value,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus pd_ConsUnsigned(AsnReader<Tracing, rules> in, uint32_t* value,
                                                    uint32_t lower, uint32_t upper) {
     in.newField("ConsUnsigned");
     uint32_t offset = 0;
@@ -144,8 +145,8 @@ inline const AsnSizeConstraint* asnFindSize(const AsnSizeConstraint* chain, uint
 
 /// The forms of a length at its first bit: 0 + 7 bits, 10 + 14 bits, or 11 + 6 bits that count
 /// 16384 items each.
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus asnLengthForms(AsnReader<Tracing> in, uint32_t* count) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus asnLengthForms(AsnReader<Tracing, rules> in, uint32_t* count) {
     uint8_t isLong = 0;
     uint8_t isFragment = 0;
     AsnStatus status = pd_bit(in, &isLong);
@@ -159,8 +160,8 @@ template <bool Tracing>
 }
 
 /// A length without an upper bound below 65536. The compiler makes use of the alignment.
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus asnUnboundedLength(AsnReader<Tracing> in, uint32_t* count) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus asnUnboundedLength(AsnReader<Tracing, rules> in, uint32_t* count) {
     if (in.ctx.aligned == 0) return asnLengthForms(in, count);
     const AsnStatus status = pd_byteAlign(in);
     return status == kAsnOk ? asnLengthForms(in, count) : status;
@@ -168,8 +169,8 @@ template <bool Tracing>
 
 /// Picks the record of a chain that applies: if there are extended sizes, a bit says whether it is
 /// one of them. Null: no record applies, and the length is not bounded.
-template <bool Tracing>
-[[nodiscard, gnu::noinline]] AsnStatus asnPickSize(AsnReader<Tracing> in,
+template <bool Tracing, AsnRules rules>
+[[nodiscard, gnu::noinline]] AsnStatus asnPickSize(AsnReader<Tracing, rules> in,
                                                    const AsnSizeConstraint** chain) {
     uint8_t extended = 0;
     if (asnFindSize(*chain, 1) != nullptr) {
@@ -183,16 +184,16 @@ template <bool Tracing>
 }
 
 /// The distance of a bounded length from its lower bound.
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus asnLengthOffset(AsnReader<Tracing> in, const AsnSizeConstraint& size,
-                                               uint32_t* offset) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus asnLengthOffset(AsnReader<Tracing, rules> in,
+                                               const AsnSizeConstraint& size, uint32_t* offset) {
     return pd_ConsWholeNumber(in, offset, size.upper - size.lower + 1);
 }
 
 /// pd_Length under a constraint that is no longer pending.
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus asnLength(AsnReader<Tracing> in, const AsnSizeConstraint* size,
-                                             uint32_t* count) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus asnLength(AsnReader<Tracing, rules> in,
+                                             const AsnSizeConstraint* size, uint32_t* count) {
     AsnStatus status = kAsnOk;
     if (size != nullptr && (size->next != nullptr || size->extended != 0)) {
         status = asnPickSize(in, &size);
@@ -217,15 +218,15 @@ inline const AsnSizeConstraint* asnTakeSize(AsnContext& ctx) {
     return std::exchange(ctx.sizeConstraint, nullptr);
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_Length(AsnReader<Tracing> in, uint32_t* count) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_Length(AsnReader<Tracing, rules> in, uint32_t* count) {
     return asnLength(in, asnTakeSize(in.ctx), count);
 }
 
 /// Adds up the lengths of the fragments that follow a first one of `total` items.
-template <bool Tracing>
-[[nodiscard, gnu::noinline]] AsnStatus asnAddFragments(AsnReader<Tracing> in, uint32_t itemBits,
-                                                       int64_t* total) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard, gnu::noinline]] AsnStatus asnAddFragments(AsnReader<Tracing, rules> in,
+                                                       uint32_t itemBits, int64_t* total) {
     int64_t length = *total;
     AsnStatus status = kAsnFragment;
     while (status == kAsnFragment) {
@@ -250,8 +251,8 @@ struct AsnLookAhead {
 /// keeps the cursor at its contents and the constraint no longer pending: asnStringAfter goes on
 /// from there. Otherwise it reads as a second cursor would that asnForkContext makes, but costs
 /// less: what it changes is restored, and what it logs is dropped.
-template <bool Tracing>
-[[nodiscard]] ASN_INLINE int32_t asnLookAhead(AsnReader<Tracing> in, uint32_t itemBits,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE int32_t asnLookAhead(AsnReader<Tracing, rules> in, uint32_t itemBits,
                                               AsnLookAhead& found) {
     AsnContext& ctx = in.ctx;
     const AsnCursor start = asnSaveCursor(ctx);
@@ -279,8 +280,9 @@ template <bool Tracing>
     return in.log(AsnSource::numbers, status);
 }
 
-template <bool Tracing>
-[[nodiscard]] inline int32_t pd_GetComponentLength(AsnReader<Tracing> in, uint32_t itemBits) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline int32_t pd_GetComponentLength(AsnReader<Tracing, rules> in,
+                                                   uint32_t itemBits) {
     const AsnCursor start = asnSaveCursor(in.ctx);
     AsnLookAhead found;
     const int32_t total = asnLookAhead(in, itemBits, found);
@@ -289,8 +291,8 @@ template <bool Tracing>
     return total;
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_UnconsInteger(AsnReader<Tracing> in, int32_t* value) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_UnconsInteger(AsnReader<Tracing, rules> in, int32_t* value) {
     in.diag("pd_UnconsInteger: start\n");
     uint32_t octets = 0;
     AsnStatus status = pd_Length(in, &octets);
@@ -313,8 +315,8 @@ template <bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_UnconsUnsigned(AsnReader<Tracing> in, uint32_t* value) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_UnconsUnsigned(AsnReader<Tracing, rules> in, uint32_t* value) {
     uint32_t octets = 0;
     AsnStatus status = pd_Length(in, &octets);
     if (status < 0) return in.log(AsnSource::numbers, status);
@@ -327,8 +329,8 @@ template <bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_ExtInteger(AsnReader<Tracing> in, int32_t* value, int32_t lower,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_ExtInteger(AsnReader<Tracing, rules> in, int32_t* value, int32_t lower,
                                       int32_t upper) {
     uint8_t extended = 0;
     AsnStatus status = pd_bit(in, &extended);
@@ -338,8 +340,8 @@ template <bool Tracing>
     return status == kAsnOk ? status : in.log(AsnSource::numbers, status);
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_SmallNonNegWholeNumber(AsnReader<Tracing> in, uint32_t* value) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_SmallNonNegWholeNumber(AsnReader<Tracing, rules> in, uint32_t* value) {
     uint8_t isLong = 0;
     uint64_t nbits = 6;
     AsnStatus status = pd_bit(in, &isLong);
@@ -347,7 +349,10 @@ template <bool Tracing>
         uint32_t octets = 0;
         status = pd_Length(in, &octets);
         nbits = uint64_t{octets} * 8;
-        if (status >= 0) status = pd_byteAlign(in);
+        if (in.published && status >= 0)
+            status = octets > 4 ? kAsnInvalidLength : kAsnOk;
+        else if (status >= 0)
+            status = pd_byteAlign(in);
     }
     if (status == kAsnOk) status = pd_bits(in, value, nbits);
     return status == kAsnOk ? status : in.log(AsnSource::numbers, status);

@@ -28,8 +28,8 @@ struct AsnOctetReader {
 
 // --- the rule ---
 
-template <bool Tracing>
-[[nodiscard, gnu::flatten]] AsnStatus pd_ObjectId(AsnReader<Tracing> in, AsnObjId& value) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard, gnu::flatten]] AsnStatus pd_ObjectId(AsnReader<Tracing, rules> in, AsnObjId& value) {
     uint32_t length = 0;
     AsnStatus status = pd_Length(in, &length);
     if (status < 0) return in.log(AsnSource::objid, status);

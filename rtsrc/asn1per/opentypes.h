@@ -34,8 +34,8 @@ enum class AsnContents {
 
 /// pd_OpenType, and what a generated decoder does instead: it enters an open type in place. If data
 /// is missing, nothing is allocated: the contents are then skipped up to the failure.
-template <AsnContents contents, bool Tracing>
-[[nodiscard]] inline AsnStatus asnOpenType(AsnReader<Tracing> in, const uint8_t** data,
+template <AsnContents contents, bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus asnOpenType(AsnReader<Tracing, rules> in, const uint8_t** data,
                                            uint32_t* numocts) {
     AsnContext& ctx = in.ctx;
     AsnLookAhead found;
@@ -57,15 +57,16 @@ template <AsnContents contents, bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_OpenType(AsnReader<Tracing> in, const uint8_t** data,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_OpenType(AsnReader<Tracing, rules> in, const uint8_t** data,
                                     uint32_t* numocts) {
     return asnOpenType<AsnContents::copied>(in, data, numocts);
 }
 
 /// Reads an open type and moves the cursor to its first octet; `outer` receives the place after it.
-template <bool Tracing>
-[[nodiscard, gnu::flatten]] AsnStatus asnEnterOpenType(AsnReader<Tracing> in, AsnCursor& outer) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard, gnu::flatten]] AsnStatus asnEnterOpenType(AsnReader<Tracing, rules> in,
+                                                       AsnCursor& outer) {
     const uint8_t* data = nullptr;
     uint32_t numocts = 0;
     const AsnStatus status = asnOpenType<AsnContents::inPlace>(in, &data, &numocts);
@@ -75,20 +76,20 @@ template <bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-void asnLeaveOpenType(AsnReader<Tracing> in, const AsnCursor& outer) {
+template <bool Tracing, AsnRules rules>
+void asnLeaveOpenType(AsnReader<Tracing, rules> in, const AsnCursor& outer) {
     asnRestoreCursor(in.ctx, outer);
 }
 
-template <bool Tracing>
-[[nodiscard, gnu::flatten]] AsnStatus asnSkipOpenType(AsnReader<Tracing> in) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard, gnu::flatten]] AsnStatus asnSkipOpenType(AsnReader<Tracing, rules> in) {
     const uint8_t* data = nullptr;
     uint32_t numocts = 0;
     return asnOpenType<AsnContents::skipped>(in, &data, &numocts);
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_OpenTypeExt(AsnReader<Tracing> in, const uint8_t** data,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_OpenTypeExt(AsnReader<Tracing, rules> in, const uint8_t** data,
                                        uint32_t* numocts) {
     AsnContext& ctx = in.ctx;
     const uint32_t start = ctx.byteIndex;
@@ -119,8 +120,8 @@ template <bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_ChoiceOpenTypeExt(AsnReader<Tracing> in, const uint8_t** data,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_ChoiceOpenTypeExt(AsnReader<Tracing, rules> in, const uint8_t** data,
                                              uint32_t* numocts) {
     AsnContext& ctx = in.ctx;
     const uint32_t start = ctx.byteIndex;

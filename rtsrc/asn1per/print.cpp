@@ -1,5 +1,6 @@
 #include "print.h"
 
+#include <charconv>
 #include <cstring>
 
 namespace {
@@ -14,7 +15,7 @@ void commit(AsnDump& dump, const char* end) {
     dump.textLength = static_cast<size_t>(end - dump.text);
 }
 
-constexpr size_t kNumberSize = 11;  // "-2147483648"
+constexpr size_t kNumberSize = 20;  // "-9223372036854775808"
 
 /// path, middle, number.
 template <class Format, class Number>
@@ -88,6 +89,23 @@ void asnPrintBoolean(AsnDump& dump, uint8_t value) {
 
 void asnPrintInteger(AsnDump& dump, int32_t value) {
     numberLine(dump, " = ", asnFormatInteger, value);
+}
+
+void asnPrintLongInteger(AsnDump& dump, int64_t value) {
+    const auto format = [](char* at, int64_t number) {
+        return std::to_chars(at, at + kNumberSize, number).ptr;
+    };
+    numberLine(dump, " = ", format, value);
+}
+
+void asnPrintUnknownAdditions(AsnDump& dump, const AsnUnknownAdditions& additions) {
+    for (uint32_t i = 0; i < additions.n; ++i) {
+        const AsnUnknownAddition& addition = additions.elem[i];
+        char number[12];
+        const char* const end = asnFormatUnsigned(number, addition.number);
+        const AsnDumpStep step(dump, ".extElem", {number, static_cast<size_t>(end - number)});
+        asnPrintOpenType(dump, addition.contents.numocts, addition.contents.data, ".");
+    }
 }
 
 void asnPrintUnsigned(AsnDump& dump, uint32_t value) {

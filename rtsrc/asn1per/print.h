@@ -9,6 +9,7 @@
 #include "dump.h"
 #include "objid.h"
 #include "opentypes.h"
+#include "published.h"
 #include "strings.h"
 
 // Character strings come out octet for octet, unless the dump is `escaped`, for a terminal: then
@@ -21,12 +22,18 @@ void asnPrintReal(AsnDump& dump, double value);          // path = 0.500000
 void asnPrintOID(AsnDump& dump, const AsnObjId& value);  // path = { / 0 0 8 }
 void asnPrintOIDValue(AsnDump& dump, const AsnObjId& value);
 
+void asnPrintLongInteger(AsnDump& dump, int64_t value);  // path = -1
+
 // Count line, data line, and a hex dump of the octets. A BMPString's characters are dumped as the
 // machine holds them.
 void asnPrintBitStr(AsnDump& dump, uint32_t numbits, const uint8_t* data, const char* separator);
 void asnPrintOctStr(AsnDump& dump, uint32_t numocts, const uint8_t* data, const char* separator);
 void asnPrintOpenType(AsnDump& dump, uint32_t numocts, const uint8_t* data, const char* separator);
 void asnPrintBMPStr(AsnDump& dump, const AsnBMPString& value, const char* separator);
+
+/// The additions that a SEQUENCE does not know, as open types under path.extElem1 (the first one
+/// after those that are known), path.extElem2 and on: those that are present.
+void asnPrintUnknownAdditions(AsnDump& dump, const AsnUnknownAdditions& additions);
 
 /// 16 octets a line: hex column of 48, a blank, ASCII column. The last line, if partial, loses the
 /// trailing blanks of its ASCII column; no octets give one line of 49 blanks.

@@ -2,6 +2,10 @@
 // passed by value as `in` and refers to the context. There are two readers: the plain one only logs
 // failures; the tracing one also writes diagnostics and the bit-field trace. Which of them runs is
 // decided once, when a function that takes a context is called.
+//
+// Both exist for two sets of rules. Which rules hold is a property of a set of modules, and known
+// when its decoders are compiled: a rule that is the same in both costs nothing, and one that
+// differs asks the reader.
 #pragma once
 
 #include "context.h"
@@ -25,8 +29,15 @@ enum class AsnSource : int32_t {
     real = 5000,
     opentypes = 6000,
     constructs = 7000,
+    integers = 8000,
+    published = 9000,
 };
 constexpr const char* kAsnRuntime = "rtsrc/asn1per";
+
+enum class AsnRules {
+    designed,   // those of the exports, with the deviations that docs/modules.md lists
+    published,  // those of X.691
+};
 
 /// What a tracing reader knows besides the context: the path of the value.
 template <bool Tracing>
@@ -35,11 +46,12 @@ template <>
 struct AsnReaderPath<true> {
     const AsnPathStep* path = nullptr;
 };
-template <bool Tracing>
+template <bool Tracing, AsnRules rules>
 struct AsnReaderAt;
 
-template <bool Tracing>
+template <bool Tracing, AsnRules rules = AsnRules::designed>
 struct AsnReader {
+    static constexpr bool published = rules == AsnRules::published;
     AsnContext& ctx;
     [[no_unique_address]] AsnReaderPath<Tracing> at = {};
 
@@ -69,35 +81,40 @@ struct AsnReader {
     // The same reader for a part of the value: a component of a SEQUENCE, an alternative of a
     // CHOICE, an element of a list. Only the tracing reader keeps the path.
     auto component([[maybe_unused]] const char* name) const {
-        if constexpr (Tracing) return AsnReaderAt<true>(*this, ".", name, 0);
+        if constexpr (Tracing) return AsnReaderAt<true, rules>(*this, ".", name, 0);
         if constexpr (!Tracing) return *this;
     }
     auto alternative([[maybe_unused]] const char* name) const {
-        if constexpr (Tracing) return AsnReaderAt<true>(*this, ".u@", name, 0);
+        if constexpr (Tracing) return AsnReaderAt<true, rules>(*this, ".u@", name, 0);
         if constexpr (!Tracing) return *this;
     }
     auto element([[maybe_unused]] uint32_t index) const {
-        if constexpr (Tracing) return AsnReaderAt<true>(*this, ".elem[", nullptr, index);
+        if constexpr (Tracing) return AsnReaderAt<true, rules>(*this, ".elem[", nullptr, index);
         if constexpr (!Tracing) return *this;
     }
 };
 using AsnPlainReader = AsnReader<false>;
 using AsnTracingReader = AsnReader<true>;
 
-/// A tracing reader with a step of its own: it lives while the part is read.
 template <bool Tracing>
-struct AsnReaderAt : AsnReader<Tracing> {
-    AsnReaderAt(const AsnReader<Tracing>& outer, const char* prefix, const char* name,
+using AsnPublishedReader = AsnReader<Tracing, AsnRules::published>;
+using AsnPlainPublishedReader = AsnPublishedReader<false>;
+using AsnTracingPublishedReader = AsnPublishedReader<true>;
+
+/// A tracing reader with a step of its own: it lives while the part is read.
+template <bool Tracing, AsnRules rules>
+struct AsnReaderAt : AsnReader<Tracing, rules> {
+    AsnReaderAt(const AsnReader<Tracing, rules>& outer, const char* prefix, const char* name,
                 uint32_t index)
-        : AsnReader<Tracing>{outer.ctx, {&step}}, step{outer.at.path, prefix, name, index} {}
+        : AsnReader<Tracing, rules>{outer.ctx, {&step}}, step{outer.at.path, prefix, name, index} {}
     AsnReaderAt(const AsnReaderAt&) = delete;
     AsnReaderAt& operator=(const AsnReaderAt&) = delete;
     AsnPathStep step;
 };
 
 /// Runs `decode(reader)` with the reader that the context asks for.
-template <class Decode>
+template <AsnRules rules = AsnRules::designed, class Decode>
 inline auto asnRead(AsnContext& ctx, Decode decode) {
     const bool tracing = (ctx.flags & ctxFieldTrace) != 0 || asnDiagOn();
-    return tracing ? decode(AsnTracingReader{ctx}) : decode(AsnPlainReader{ctx});
+    return tracing ? decode(AsnReader<true, rules>{ctx}) : decode(AsnReader<false, rules>{ctx});
 }

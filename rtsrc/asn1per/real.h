@@ -14,8 +14,8 @@
 
 // --- the rule ---
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_Real(AsnReader<Tracing> in, double* value) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_Real(AsnReader<Tracing, rules> in, double* value) {
     AsnContext& ctx = in.ctx;
     uint32_t length = 0;
     AsnStatus status = pd_Length(in, &length);

@@ -96,8 +96,8 @@ inline constexpr AsnStringKind kAsnOctets{"OctetString", 8, 2};
 /// Moves to where contents of this length start in the ALIGNED variant (X.691 15.9 to 15.11, 16.6
 /// to 16.8): to an octet boundary, except for short strings of a fixed size of the root. Returns 0,
 /// -2, or -23 if no record covers the length; not logged.
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus asnAlignContents(AsnReader<Tracing> in,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus asnAlignContents(AsnReader<Tracing, rules> in,
                                                 const AsnSizeConstraint* size, uint32_t length,
                                                 uint32_t alignAbove) {
     if (size != nullptr && length <= alignAbove) {
@@ -111,10 +111,10 @@ template <bool Tracing>
 /// Reads the contents of one fragment, of `length` items; a failure is logged for pd_BitString or
 /// pd_OctetString.
 ///   size  the constraint of the string: the alignment depends on it
-template <const AsnStringKind& kind, bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus asnFragment(AsnReader<Tracing> in, const AsnSizeConstraint* size,
-                                               uint32_t length, uint8_t* buffer,
-                                               uint32_t capacity) {
+template <const AsnStringKind& kind, bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus asnFragment(AsnReader<Tracing, rules> in,
+                                               const AsnSizeConstraint* size, uint32_t length,
+                                               uint8_t* buffer, uint32_t capacity) {
     if (length != 0) {
         in.newField(kind.label);
         AsnStatus status = kAsnOk;
@@ -128,8 +128,8 @@ template <const AsnStringKind& kind, bool Tracing>
 }
 
 /// The fragments after a first one of `count` items.
-template <const AsnStringKind& kind, bool Tracing>
-[[nodiscard, gnu::noinline]] AsnStatus asnMoreFragments(AsnReader<Tracing> in,
+template <const AsnStringKind& kind, bool Tracing, AsnRules rules>
+[[nodiscard, gnu::noinline]] AsnStatus asnMoreFragments(AsnReader<Tracing, rules> in,
                                                         const AsnSizeConstraint* size,
                                                         uint32_t* count, uint8_t* buffer,
                                                         uint32_t capacity) {
@@ -149,9 +149,10 @@ template <const AsnStringKind& kind, bool Tracing>
 
 /// A string, one fragment after the other; failures are logged for pd_BitString or pd_OctetString.
 ///   size  the constraint of the string, no longer pending
-template <const AsnStringKind& kind, bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus asnString(AsnReader<Tracing> in, const AsnSizeConstraint* size,
-                                             uint32_t* count, uint8_t* buffer, uint32_t capacity) {
+template <const AsnStringKind& kind, bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus asnString(AsnReader<Tracing, rules> in,
+                                             const AsnSizeConstraint* size, uint32_t* count,
+                                             uint8_t* buffer, uint32_t capacity) {
     uint32_t length = 0;
     *count = 0;
     AsnStatus form = asnLength(in, size, &length);
@@ -163,8 +164,8 @@ template <const AsnStringKind& kind, bool Tracing>
 }
 
 /// pd_BitString and pd_OctetString: a string under the pending constraint.
-template <const AsnStringKind& kind, bool Tracing>
-[[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus asnPendingString(AsnReader<Tracing> in,
+template <const AsnStringKind& kind, bool Tracing, AsnRules rules>
+[[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus asnPendingString(AsnReader<Tracing, rules> in,
                                                                       uint32_t* count,
                                                                       uint8_t* buffer,
                                                                       uint32_t capacity) {
@@ -172,30 +173,30 @@ template <const AsnStringKind& kind, bool Tracing>
 }
 
 /// The same after asnLookAhead.
-template <const AsnStringKind& kind, bool Tracing>
-[[nodiscard]] inline AsnStatus asnStringAfter(AsnReader<Tracing> in, const AsnLookAhead& found,
-                                              uint32_t* count, uint8_t* buffer, uint32_t total,
-                                              uint32_t capacity) {
+template <const AsnStringKind& kind, bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus asnStringAfter(AsnReader<Tracing, rules> in,
+                                              const AsnLookAhead& found, uint32_t* count,
+                                              uint8_t* buffer, uint32_t total, uint32_t capacity) {
     if (Tracing || found.fragmented) return asnPendingString<kind>(in, count, buffer, capacity);
     *count = total;
     return asnFragment<kind>(in, found.size, total, buffer, capacity);
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_BitString(AsnReader<Tracing> in, uint32_t* numbits,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_BitString(AsnReader<Tracing, rules> in, uint32_t* numbits,
                                             uint8_t* buffer, uint32_t size) {
     return asnPendingString<kAsnBits>(in, numbits, buffer, size);
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_OctetString(AsnReader<Tracing> in, uint32_t* numocts,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_OctetString(AsnReader<Tracing, rules> in, uint32_t* numocts,
                                               uint8_t* buffer, uint32_t size) {
     return asnPendingString<kAsnOctets>(in, numocts, buffer, size);
 }
 
 /// The same under a constraint of its own, which the compiler knows as a rule.
-template <uint32_t capacity, bool Tracing>
-[[nodiscard]] ASN_INLINE AsnStatus asnSizedOctets(AsnReader<Tracing> in,
+template <uint32_t capacity, bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus asnSizedOctets(AsnReader<Tracing, rules> in,
                                                   const AsnSizeConstraint& size, uint32_t* numocts,
                                                   uint8_t (&data)[capacity]) {
     return asnString<kAsnOctets>(in, &size, numocts, data, capacity);
@@ -203,8 +204,9 @@ template <uint32_t capacity, bool Tracing>
 
 /// pd_DynBitString and pd_DynOctetString. If data is missing, nothing is allocated: the contents
 /// are then skipped up to the failure.
-template <const AsnStringKind& kind, bool Tracing>
-[[nodiscard]] AsnStatus asnDynString(AsnReader<Tracing> in, uint32_t* count, uint8_t** data) {
+template <const AsnStringKind& kind, bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus asnDynString(AsnReader<Tracing, rules> in, uint32_t* count,
+                                     uint8_t** data) {
     AsnLookAhead found;
     const int32_t total = asnLookAhead(in, kind.itemBits, found);
     if (total < 0) return in.log(AsnSource::strings, total);
@@ -222,13 +224,13 @@ template <const AsnStringKind& kind, bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_DynBitString(AsnReader<Tracing> in, AsnDynBitStr& value) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_DynBitString(AsnReader<Tracing, rules> in, AsnDynBitStr& value) {
     return asnDynString<kAsnBits>(in, &value.numbits, &value.data);
 }
 
-template <bool Tracing>
-[[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus pd_DynOctetString(AsnReader<Tracing> in,
+template <bool Tracing, AsnRules rules>
+[[nodiscard, gnu::noinline, gnu::flatten]] AsnStatus pd_DynOctetString(AsnReader<Tracing, rules> in,
                                                                        AsnDynOctStr& value) {
     return asnDynString<kAsnOctets>(in, &value.numocts, &value.data);
 }
@@ -238,9 +240,10 @@ template <bool Tracing>
 /// The length and the alignment of a character string, and memory for its characters, of `size`
 /// octets each and one more. Memory is allocated only for characters that are there: the first one
 /// that is missing fails.
-template <bool Tracing>
-[[nodiscard]] AsnStatus asnBeginCharacters(AsnReader<Tracing> in, const char* label, uint32_t bits,
-                                           size_t size, uint32_t* count, void** memory) {
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus asnBeginCharacters(AsnReader<Tracing, rules> in, const char* label,
+                                           uint32_t bits, size_t size, uint32_t* count,
+                                           void** memory) {
     AsnStatus status = pd_Length(in, count);
     if (status != kAsnOk) return status;
     in.newField(label);
@@ -252,8 +255,28 @@ template <bool Tracing>
     return *memory != nullptr ? kAsnOk : kAsnNoMemory;
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_ConstrainedString(AsnReader<Tracing> in, const char** text,
+/// One character of `bits` bits, as an index into the permitted ones or as its code. Returns 0, -2,
+/// or -23, of which only -2 has been logged.
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] ASN_INLINE AsnStatus asnCharacter(AsnReader<Tracing, rules> in, const AsnCharSet& set,
+                                                uint32_t bits, bool indexed, uint8_t* character) {
+    uint32_t code = 0;
+    const AsnStatus status = pd_bits(in, &code, bits);
+    if (status != kAsnOk) return status;
+    if (indexed) {
+        if (code >= set.count) return kAsnConstraint;
+        code = set.permitted[code];
+    } else if (set.restricted &&
+               (set.count == 0 ||
+                std::memchr(set.permitted, static_cast<int>(code), set.count) == nullptr)) {
+        return kAsnConstraint;
+    }
+    *character = static_cast<uint8_t>(code);
+    return kAsnOk;
+}
+
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_ConstrainedString(AsnReader<Tracing, rules> in, const char** text,
                                              const AsnCharSet& set) {
     const uint32_t bits = in.ctx.aligned != 0 ? set.alignedBits : set.unalignedBits;
     const bool indexed = bits < set.charSetBits || set.charSetBits < 5;
@@ -263,18 +286,8 @@ template <bool Tracing>
     if (status != kAsnOk) return in.log(AsnSource::strings, status);
     auto* const characters = static_cast<uint8_t*>(memory);
     for (uint32_t i = 0; i < count; ++i) {
-        uint32_t code = 0;
-        status = pd_bits(in, &code, bits);
+        status = asnCharacter(in, set, bits, indexed, &characters[i]);
         if (status != kAsnOk) return in.log(AsnSource::strings, status);
-        if (indexed) {
-            if (code >= set.count) return in.log(AsnSource::strings, kAsnConstraint);
-            code = set.permitted[code];
-        } else if (set.restricted &&
-                   (set.count == 0 ||
-                    std::memchr(set.permitted, static_cast<int>(code), set.count) == nullptr)) {
-            return in.log(AsnSource::strings, kAsnConstraint);
-        }
-        characters[i] = static_cast<uint8_t>(code);
     }
     characters[count] = 0;
     *text = reinterpret_cast<const char*>(characters);
@@ -283,45 +296,45 @@ template <bool Tracing>
 }
 
 /// A typed entry: pd_ConstrainedString and its own place in the trail.
-template <bool Tracing>
-[[nodiscard]] AsnStatus asnTypedString(AsnReader<Tracing> in, const char** text,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus asnTypedString(AsnReader<Tracing, rules> in, const char** text,
                                        const AsnCharSet& set) {
     const AsnStatus status = pd_ConstrainedString(in, text, set);
     return status == kAsnOk ? status : in.log(AsnSource::strings, status);
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_NumericString(AsnReader<Tracing> in, const char** text,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_NumericString(AsnReader<Tracing, rules> in, const char** text,
                                                 const AsnCharSet& set = kAsnNumericStringSet) {
     return asnTypedString(in, text, set);
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_PrintableString(AsnReader<Tracing> in, const char** text,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_PrintableString(AsnReader<Tracing, rules> in, const char** text,
                                                   const AsnCharSet& set = kAsnPrintableStringSet) {
     return asnTypedString(in, text, set);
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_VisibleString(AsnReader<Tracing> in, const char** text,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_VisibleString(AsnReader<Tracing, rules> in, const char** text,
                                                 const AsnCharSet& set = kAsnVisibleStringSet) {
     return asnTypedString(in, text, set);
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_IA5String(AsnReader<Tracing> in, const char** text,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_IA5String(AsnReader<Tracing, rules> in, const char** text,
                                             const AsnCharSet& set = kAsnIA5StringSet) {
     return asnTypedString(in, text, set);
 }
 
-template <bool Tracing>
-[[nodiscard]] inline AsnStatus pd_GeneralString(AsnReader<Tracing> in, const char** text,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] inline AsnStatus pd_GeneralString(AsnReader<Tracing, rules> in, const char** text,
                                                 const AsnCharSet& set = kAsnGeneralStringSet) {
     return asnTypedString(in, text, set);
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_16BitConstrainedString(AsnReader<Tracing> in, AsnBMPString& value,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_16BitConstrainedString(AsnReader<Tracing, rules> in, AsnBMPString& value,
                                                   const Asn16BitCharSet& set) {
     const uint32_t bits = in.ctx.aligned != 0 ? set.alignedBits : set.unalignedBits;
     uint32_t count = 0;
@@ -343,8 +356,8 @@ template <bool Tracing>
     return kAsnOk;
 }
 
-template <bool Tracing>
-[[nodiscard]] AsnStatus pd_BMPString(AsnReader<Tracing> in, AsnBMPString& value,
+template <bool Tracing, AsnRules rules>
+[[nodiscard]] AsnStatus pd_BMPString(AsnReader<Tracing, rules> in, AsnBMPString& value,
                                      const Asn16BitAlphabet* permitted) {
     Asn16BitCharSet set{0, nullptr, 0, 0xFFFF, 16, 16};
     if (permitted != nullptr) {

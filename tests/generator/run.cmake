@@ -1,6 +1,7 @@
-# cmake -DGEN=... -DSOURCE=... -DGOLDEN=... -DOUT=... -P run.cmake: the messages for a wrong module.
+# cmake -DGEN=... [-DOPTIONS=...] -DSOURCE=... -DGOLDEN=... -DOUT=... -P run.cmake: the messages for a
+# wrong module.
 file(MAKE_DIRECTORY ${OUT})
-execute_process(COMMAND ${GEN} ${OUT} ${SOURCE}
+execute_process(COMMAND ${GEN} ${OPTIONS} ${OUT} ${SOURCE}
     RESULT_VARIABLE result ERROR_VARIABLE messages OUTPUT_VARIABLE output)
 file(READ ${GOLDEN} expected)
 if(NOT result EQUAL 1 OR NOT messages STREQUAL expected)
