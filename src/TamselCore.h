@@ -42,9 +42,9 @@ struct TamselModules {
 /// H245MultimediaSystemControlMessage (H245.h).
 extern const TamselModules kTamsel1998;
 
-/// H.225.0 version 7, H.245 version 15 and the H.235 that they import, decoded as published, without
-/// the deviations of 1998. The values have the same names, in the namespace asn2009 (2009/H323.h,
-/// 2009/H245.h).
+/// H.225.0 version 7, H.245 version 15 and the H.235 that they import, decoded as published,
+/// without the deviations of 1998. The values have the same names, in the namespace asn2009
+/// (2009/H323.h, 2009/H245.h).
 extern const TamselModules kTamsel2009;
 
 /// Decodes messages one after the other. It holds all memory of a message, about 90 KiB of it in

@@ -1,6 +1,8 @@
 // Types of the zoo, the modules generator/Zoo.asn and Keeper.asn, decoded from bits and printed.
 #pragma once
 
+#include <cstring>
+
 #include "allocation.h"
 #include "asn1per/typetable.h"
 #include "support.h"
@@ -23,7 +25,8 @@ struct ZooTable {
     const AsnTypeInfo& operator[](const char* name) const {
         const AsnTypeInfo* const type =
             std::find_if(types, types + count, [&](const AsnTypeInfo& info) {
-                return std::string(prefix) + name == info.name;
+                const std::string_view full = info.name;
+                return full.starts_with(prefix) && full.substr(std::strlen(prefix)) == name;
             });
         EXPECT_NE(type, types + count) << name;
         return type != types + count ? *type : types[0];
@@ -83,8 +86,8 @@ inline void check(const ZooTable& zoo, const ZooCase& row, const char* text, boo
             EXPECT_EQ(outcome.elementBlocks, 0) << "refused before memory is taken";
     }
     if (row.status != kAsnOk) return;
-    for (Octets shorter = octets; !shorter.empty();) {
-        shorter.pop_back();
+    for (size_t size = 0; size < octets.size(); ++size) {
+        const Octets shorter(octets.data(), octets.data() + size);
         const AsnStatus status = decoded(type, shorter, aligned, false).status;
         EXPECT_TRUE(status == kAsnEndOfData || (status == kAsnOk && zoo.flagsMayBeCutOff))
             << status;
