@@ -121,8 +121,8 @@ class Decoding {
 
 /// A status and the trail of the failure: run-time sources, or module and line.
 inline std::string failureOf(const AsnContext& ctx, AsnStatus status) {
-    constexpr const char* kSources[] = {"?",     "bits", "numbers",   "strings",
-                                        "objid", "real", "opentypes", "constructs"};
+    constexpr const char* kSources[] = {"?",    "bits",      "numbers",    "strings",  "objid",
+                                        "real", "opentypes", "constructs", "integers", "published"};
     std::string text = std::to_string(status);
     for (int32_t i = 0; i < ctx.errInfo.trailCount; ++i) {
         const AsnTrailEntry& site = ctx.errInfo.trail[i];
