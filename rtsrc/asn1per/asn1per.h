@@ -4,7 +4,9 @@
 //
 //   BOOLEAN                    uint8_t, 0 or 1
 //   NULL                       nothing
-//   INTEGER                    int32_t, or uint32_t if the upper bound is above 2^31 - 1
+//   INTEGER                    int32_t, uint32_t if the upper bound is above 2^31 - 1, or int64_t
+//                              if that is MAX
+//   ENUMERATED                 uint32_t, the number of the item
 //   OCTET STRING (SIZE (l..u)) struct { uint32_t numocts; uint8_t data[u]; }
 //   BIT STRING (SIZE (l..u))   struct { uint32_t numbits; uint8_t data[(u + 7) / 8]; }
 //   without SIZE               AsnDynOctStr, AsnDynBitStr
@@ -20,6 +22,16 @@
 //                              pointer; `extElem1`, an unknown alternative as octets, if the type
 //                              is extensible and knows none
 //   SEQUENCE OF                struct { uint32_t n; element* elem; }
+//
+// In a set that is decoded as published, these differ:
+//
+//   INTEGER without an upper   int64_t
+//   bound, or extensible
+//   GeneralString              its octets as text
+//   SEQUENCE                   `extElem1`, if the type is extensible: the additions that it does
+//                              not know, as an AsnUnknownAdditions
+//   CHOICE                     `extElem1`, if the type is extensible: the octets of an alternative
+//                              that it does not know; the tag is then that of extElem1 or above
 //
 // Bit 0 of `m` belongs to the first OPTIONAL component of the root, in declaration order; then come
 // the other OPTIONAL components and one bit for each known addition.

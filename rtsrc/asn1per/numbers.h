@@ -18,7 +18,7 @@ constexpr uint32_t asnBitCount(uint32_t number) {
 
 /// Reads one of `rangeSize` values (X.691 10.5).
 ///   offset     receives 0 .. rangeSize - 1, the distance from the lower bound
-///   rangeSize  the number of values; 0 means 2^32
+///   rangeSize  the number of values; 0 means 2^32, which as designed takes 32 bits in any variant
 /// Encoding: in the UNALIGNED variant, and below 256 values, the fewest bits that hold rangeSize -
 /// 1. In the ALIGNED variant 256 values take one aligned octet, up to 65536 values two; more take a
 /// 2-bit octet count, padding, and then 1 to 4 octets. Returns 0 or -2. Only a failed alignment is
@@ -90,11 +90,12 @@ template <bool Tracing, AsnRules rules>
 template <bool Tracing, AsnRules rules>
 [[nodiscard]] ASN_INLINE AsnStatus pd_ConsWholeNumber(AsnReader<Tracing, rules> in,
                                                       uint32_t* offset, uint32_t rangeSize) {
-    if (in.ctx.aligned == 0 || rangeSize < 256)
+    const bool isFull = rules == AsnRules::published && rangeSize == 0;
+    if (in.ctx.aligned == 0 || (rangeSize < 256 && !isFull))
         return pd_bits(in, offset, asnBitCount(rangeSize - 1));
     uint32_t nbits = rangeSize == 256 ? 8 : 16;
     AsnStatus status = kAsnOk;
-    if (rangeSize > 65536) {
+    if (rangeSize > 65536 || isFull) {
         status = asnLargeRangeBits(in, &nbits);
         if (status != kAsnOk) return status;
     }
