@@ -229,7 +229,9 @@ std::string ValueMaker::makeIdentifier(AsnDump& dump) {
 }
 
 std::string ValueMaker::makeText(const Type& type, AsnDump& dump) {
-    const uint32_t count = length(type, 12);
+    uint32_t count = length(type, 12);
+    // After an empty text with a SIZE the other codec aligns. X.691 10.9.3.3 adds nothing there.
+    if (count == 0 && type.size && type.size->lower == 0) count = 1;
     std::vector<uint16_t> characters(count);
     const AsnAlphabet* const alphabet = kindRow(type.kind).alphabet;
     std::string permitted;
