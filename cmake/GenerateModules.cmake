@@ -58,12 +58,18 @@ endfunction()
 function(tamsel_module_set name)
     file(GLOB files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/asn1/${name}/*.asn)
     tamsel_generate(set ${TAMSEL_MODULE_DIR}/${name} "${files}" ${ARGN})
-    # A traced decode need not be fast. For the others, the compiler should keep the cursor in
-    # registers: loads and stores of several members at once would wait for each other.
+    # A traced decode need not be fast, and only that of 1998, which the exports contain, has to be
+    # small: the others are compiled without optimisation, in half the time. For plain decodes, the
+    # compiler should keep the cursor in registers: loads and stores of several members at once
+    # would wait for each other.
+    set(trace_option -Os)
+    if(NOT name STREQUAL 1998)
+        set(trace_option -O0)
+    endif()
     foreach(file IN LISTS set_SOURCES)
         if(file MATCHES "Trace\\.cpp$")
             set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
-                $<$<NOT:$<CONFIG:Debug>>:-Os>)
+                $<$<NOT:$<CONFIG:Debug>>:${trace_option}>)
         elseif(file MATCHES "Decode\\.cpp$")
             set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
                 "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")
