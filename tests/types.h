@@ -1,6 +1,7 @@
 // All generated types, by way of their tables, and octets to decode as any of them.
 #pragma once
 
+#include <cstring>
 #include <random>
 #include <stdexcept>
 
@@ -40,9 +41,9 @@ inline std::vector<const AsnTypeInfo*> allTypes() {
     return types;
 }
 
-inline const AsnTypeInfo& typeNamed(const std::string& name) {
+inline const AsnTypeInfo& typeNamed(const char* name) {
     for (const AsnTypeInfo* type : allTypes())
-        if (type->name == name) return *type;
+        if (std::strcmp(type->name, name) == 0) return *type;
     throw std::out_of_range(name);
 }
 
