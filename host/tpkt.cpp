@@ -57,7 +57,9 @@ void TpktReader::read(std::span<const uint8_t> segment, TpktReceiver& receiver) 
         hold(readSome(segment, 0, receiver));
         return;
     }
-    held_.insert(held_.end(), segment.begin(), segment.end());
+    // Not `insert`: g++ 14 warns that it may overflow.
+    held_.resize(before + segment.size());
+    std::ranges::copy(segment, held_.begin() + static_cast<std::ptrdiff_t>(before));
     budget_.take(segment.size());
     if (isInStep_ && startsHeader(held_) && wholeTpkt(held_) == 0) return;
     const auto all = std::move(held_);
