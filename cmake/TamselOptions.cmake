@@ -1,7 +1,7 @@
 # What a user of the build can choose.
 
 option(TAMSEL_INSTALL "Install libraries, headers, programs and package files" ${PROJECT_IS_TOP_LEVEL})
-option(TAMSEL_WERROR "Treat warnings as errors" OFF)
+option(TAMSEL_WERROR "Treat warnings as errors, up to g++ 12" OFF)
 option(TAMSEL_FUZZ "Build the libFuzzer targets (clang only)" OFF)
 option(TAMSEL_BUILD_GTEST
     "Build GoogleTest from /usr/src/googletest, for a target that has no library of it" OFF)
