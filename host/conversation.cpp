@@ -77,12 +77,13 @@ std::optional<Known> Conversation::judge(Side side, bool& isForeign) {
     }
     const StreamStart found = lookAtStart(octets);
     if (!isMidway) isForeign = found.kind == StreamStart::kForeign;
-    if (found.kind == StreamStart::kSignalling) return Known{Purpose::kSignalling, {}};
+    if (found.kind == StreamStart::kSignalling)
+        return Known{.purpose = Purpose::kSignalling, .call = {}};
     if (found.kind != StreamStart::kOther) return {};
     hasTpkts_ = true;
     const CallNames* const call = finder_.directory().callBetween(flow_);
     if (call == nullptr || !finder_.isExactly(FamilyId::kH245, found.message)) return {};
-    return Known{Purpose::kH245, *call};
+    return Known{.purpose = Purpose::kH245, .call = *call};
 }
 
 /// It is known now what the conversation is: what is held is read.

@@ -30,16 +30,23 @@ void Directory::announce(const Announcement& announcement, const Address& peer,
     const Key key{protocolOf(announcement.purpose), announcement.endpoint};
     Entry* const known = announced_.find(key);
     if (known == nullptr) {
-        announced_.put(key, {announcement.purpose, {peer, call}, {}});
+        announced_.put(key, {announcement.purpose, false, {peer, call}, {}});
         return;
     }
     known->purpose = announcement.purpose;
+    known->isGuess = false;
     if (known->last.peer != peer) {
         std::erase_if(known->others, [&](const Told& told) { return told.peer == peer; });
         if (known->others.size() == kMaxTold) known->others.erase(known->others.begin());
         known->others.push_back(known->last);
     }
     known->last = {peer, call};
+}
+
+void Directory::guessRas(const Flow& flow) {
+    for (const Endpoint& endpoint : {flow.source, flow.destination})
+        if (announced_.find({Protocol::kUdp, endpoint}) == nullptr)
+            announced_.put({Protocol::kUdp, endpoint}, {Purpose::kRas, true, {}, {}});
 }
 
 void Directory::noteCall(const Flow& flow, const CallNames& call) {
@@ -56,8 +63,8 @@ std::optional<Known> Directory::findAnnounced(Protocol protocol, const Endpoint&
     if (entry == nullptr) return {};
     if (entry->last.peer != peer)
         for (const Told& told : entry->others)
-            if (told.peer == peer) return Known{entry->purpose, told.call};
-    return Known{entry->purpose, entry->last.call};
+            if (told.peer == peer) return Known{entry->purpose, told.call, entry->isGuess};
+    return Known{entry->purpose, entry->last.call, entry->isGuess};
 }
 
 std::optional<Known> Directory::find(Protocol protocol, const Flow& flow) const {
@@ -67,16 +74,16 @@ std::optional<Known> Directory::find(Protocol protocol, const Flow& flow) const 
             if (told == overrides_.end()) continue;
             const Purpose purpose = told->second;
             if (purpose == Purpose::kNone || protocolOf(purpose) == protocol)
-                return Known{purpose, {}};
+                return Known{.purpose = purpose, .call = {}};
         }
     }
     if (auto known = findAnnounced(protocol, flow.destination, flow.source.address)) return known;
     if (auto known = findAnnounced(protocol, flow.source, flow.destination.address)) return known;
     if (protocol == Protocol::kUdp) {
         if (hasPort(flow, kRasPort) || hasPort(flow, kRasDiscoveryPort))
-            return Known{Purpose::kRas, {}};
+            return Known{.purpose = Purpose::kRas, .call = {}};
     } else if (hasPort(flow, kSignallingPort)) {
-        return Known{Purpose::kSignalling, {}};
+        return Known{.purpose = Purpose::kSignalling, .call = {}};
     }
     return {};
 }

@@ -18,6 +18,7 @@ enum class Protocol { kUdp, kTcp };
 struct Known {
     Purpose purpose = Purpose::kNone;
     CallNames call;
+    bool isGuess = false;  // no message said so: datagrams there decoded as RAS
 };
 
 class Directory {
@@ -28,6 +29,9 @@ class Directory {
     /// Notes an address. `peer` is who received the announcement, and so who will connect: if two
     /// calls announce the same address, that tells which of them a stream belongs to.
     void announce(const Announcement& announcement, const Address& peer, const CallNames& call);
+
+    /// Notes that both endpoints of a flow seem to speak RAS.
+    void guessRas(const Flow& flow);
 
     /// Notes that a call is signalled between two hosts.
     void noteCall(const Flow& flow, const CallNames& call);
@@ -46,6 +50,7 @@ class Directory {
     };
     struct Entry {
         Purpose purpose = Purpose::kNone;
+        bool isGuess = false;
         Told last;
         std::vector<Told> others;  // other peers, oldest first
     };

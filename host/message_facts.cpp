@@ -22,6 +22,13 @@ void nameIt(Names names, uint32_t tag, MessageFacts& facts) {
         facts.alternative = tag > 0 ? "alternative " + std::to_string(tag) : "unknown";
 }
 
+/// Whether an identifier is that of H.225.0, of any version: itu-t recommendation h 2250 0 version.
+bool isOfH323(const AsnObjId& protocol) {
+    constexpr uint32_t kH2250[] = {0, 0, 8, 2250, 0};
+    return protocol.numids == std::size(kH2250) + 1 &&
+           std::equal(std::begin(kH2250), std::end(kH2250), protocol.subid);
+}
+
 template <class Octets>
 void readGuid(const Octets& octets, Guid& guid) {
     if (octets.numocts == guid.size()) std::copy_n(octets.data, guid.size(), guid.begin());
@@ -48,6 +55,8 @@ template <class Body>
 void readBody(const Body& body, MessageFacts& facts) {
     if constexpr (requires { body.requestSeqNum; })
         facts.sequenceNumber = static_cast<uint32_t>(body.requestSeqNum);
+    if constexpr (requires { body.protocolIdentifier; })
+        facts.isOfH323 = isOfH323(body.protocolIdentifier);
     if constexpr (requires { body.callIdentifier; })
         readGuid(body.callIdentifier.guid, facts.call.callIdentifier);
     if constexpr (requires { body.conferenceID; })
@@ -199,6 +208,7 @@ void readFacts(FamilyId family, const TamselDecoder& decoder, MessageFacts& fact
     facts.alternative.clear();
     facts.call = {};
     facts.sequenceNumber = 0;
+    facts.isOfH323 = false;
     facts.isRequest = false;
     facts.announcements.clear();
     facts.h245Control.clear();

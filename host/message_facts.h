@@ -30,6 +30,7 @@ struct MessageFacts {
     std::string alternative;  // if it is not known: "alternative 31"
     CallNames call;
     uint32_t sequenceNumber = 0;  // of RAS; 0 if it has none
+    bool isOfH323 = false;        // it names H.225.0 as its protocol
     bool isRequest = false;       // of RAS: it begins a dialogue, it does not answer
     std::vector<Announcement> announcements;
     std::vector<std::span<const uint8_t>> h245Control;  // tunnelled H.245 messages

@@ -12,9 +12,9 @@ constexpr size_t kMaxDialogues = 65536;
 /// Tells a call reference from a RAS sequence number.
 constexpr uint32_t kCallReference = 1U << 16;
 
-/// On ports that are not known to be of RAS, shorter datagrams are not believed: too many of other
-/// protocols decode as well.
-constexpr size_t kMinOctetsElsewhere = 10;
+constexpr std::string_view kMaybeRas = "UDP datagrams that may be RAS, which nobody answered";
+constexpr size_t kMaxGuesses = 4096;
+constexpr size_t kMaxGuessed = 2048;  // octets of one
 
 /// Why a message did not decode, and where.
 std::string reasonOf(const TamselDecoder& decoder, size_t octets) {
@@ -47,7 +47,8 @@ MessageFinder::MessageFinder(MessageSink& sink, MemoryBudget& budget, Unread& un
       unread_(unread),
       call_(std::move(options.call)),
       directory_(std::move(options.ports)),
-      dialogues_(kMaxDialogues) {
+      dialogues_(kMaxDialogues),
+      guesses_(kMaxGuesses) {
 }
 
 std::unique_ptr<StreamReader> MessageFinder::open(const Flow& flow) {
@@ -57,13 +58,36 @@ std::unique_ptr<StreamReader> MessageFinder::open(const Flow& flow) {
 void MessageFinder::datagram(Time time, const Flow& flow, std::span<const uint8_t> octets) {
     const auto known = directory_.find(Protocol::kUdp, flow);
     if (known && known->purpose == Purpose::kNone) return;
-    if (!known && (octets.size() < kMinOctetsElsewhere || !isExactly(FamilyId::kRas, octets)))
-        return;
+    if (known && !known->isGuess)
+        ras(time, flow, octets);
+    else if (isExactly(FamilyId::kRas, octets))
+        known ? ras(time, flow, octets) : guess(time, flow, octets);
+}
+
+void MessageFinder::ras(Time time, const Flow& flow, std::span<const uint8_t> octets) {
     messages({.time = time, .flow = flow, .octets = octets, .name = {}, .call = {}, .reason = {}});
-    if (known) return;
-    // Whoever speaks RAS here will do so again, in shorter messages too.
-    directory_.announce({Purpose::kRas, flow.source}, flow.destination.address, {});
-    directory_.announce({Purpose::kRas, flow.destination}, flow.source.address, {});
+}
+
+/// A datagram decoded as RAS, but one of a few thousand of any other protocol does. It is believed
+/// if it names its protocol, or if it answers another: with the same sequence number.
+void MessageFinder::guess(Time time, const Flow& flow, std::span<const uint8_t> octets) {
+    const auto hosts = std::minmax(flow.source, flow.destination);
+    const uint32_t number = carriedFacts_.sequenceNumber;
+    const Guess* const before = guesses_.find(hosts);
+    const bool isAnswer = before != nullptr && before->flow == flow.reversed() &&
+                          before->sequenceNumber == number && !carriedFacts_.isRequest;
+    if (!isAnswer && !carriedFacts_.isOfH323) {
+        unread_.count(kMaybeRas);
+        if (octets.size() <= kMaxGuessed)
+            guesses_.put(hosts, {time, flow, number, {octets.begin(), octets.end()}});
+        return;
+    }
+    directory_.guessRas(flow);
+    if (isAnswer) {
+        unread_.takeBack(kMaybeRas);
+        ras(before->time, before->flow, before->octets);
+    }
+    ras(time, flow, octets);
 }
 
 bool MessageFinder::exported(Time time, const Flow& flow, std::string_view protocol,

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "directory.h"
 #include "message.h"
@@ -57,6 +58,16 @@ class MessageFinder : public NetworkListener {
         auto operator<=>(const Dialogue&) const = default;
     };
 
+    /// A datagram that decoded as RAS where nobody speaks it, as far as is known.
+    struct Guess {
+        Time time = 0;
+        Flow flow;
+        uint32_t sequenceNumber = 0;
+        std::vector<uint8_t> octets;
+    };
+
+    void guess(Time time, const Flow& flow, std::span<const uint8_t> octets);
+    void ras(Time time, const Flow& flow, std::span<const uint8_t> octets);
     bool isMessage(FamilyId family, std::span<const uint8_t> octets);
     void messages(const CapturedMessage& found);
     void message(CapturedMessage& message);
@@ -71,6 +82,7 @@ class MessageFinder : public NetworkListener {
     std::string call_;
     Directory directory_;
     Recent<Dialogue, CallNames> dialogues_;
+    Recent<std::pair<Endpoint, Endpoint>, Guess> guesses_;
     TamselDecoder decoder_;
     MessageFacts facts_;
     TamselDecoder carriedDecoder_;  // of messages in a message, whose octets decoder_ holds

@@ -15,6 +15,12 @@ class Unread {
         found->second += count;
     }
 
+    /// Takes one back: it has been read after all.
+    void takeBack(std::string_view kind) {
+        const auto found = kinds_.find(kind);
+        if (found != kinds_.end() && --found->second == 0) kinds_.erase(found);
+    }
+
     const std::map<std::string, size_t, std::less<>>& kinds() const { return kinds_; }
 
   private:
