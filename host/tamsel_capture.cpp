@@ -18,14 +18,17 @@ namespace {
 
 enum ExitCode { kDone = 0, kNotDecoded = 1, kWrongUse = 2 };
 
-constexpr const char* kFooter = R"(Captures are pcap or pcapng; - is standard input. Followed are
-  RAS              UDP ports 1718 and 1719, and addresses that messages announce
-  call signalling  TCP port 1720, and announced addresses; what fastStart proposes is listed
-  H.245            announced addresses, and what call signalling tunnels in h245Control
-Messages are read as ALIGNED, which is what H.323 sends. A message that does not decode is shown in
-hex. Times are UTC.
-Exit status: 0, 1 if a message did not decode, 2 for wrong use or a capture that cannot be read to
-its end.
+constexpr const char* kFooter =
+    R"(Captures are pcap or pcapng, perhaps compressed by gzip or zstd; - is standard input. Found are
+  RAS              UDP ports 1718 and 1719, and addresses that messages announce; elsewhere what
+                   decodes exactly, and names its protocol or is answered
+  call signalling  TCP port 1720, announced addresses, and streams that begin with TPKTs of Q.931
+  H.245            announced addresses, streams between hosts of a call that begin with H.245, and
+                   what call signalling tunnels; proposals in fastStart are listed
+Messages are read as ALIGNED, which is what H.323 sends. What does not decode is shown with its
+name, the reason and its octets. Times are UTC.
+Exit status: 0, 1 if a message did not decode or --call found nothing, 2 for wrong use or a capture
+that cannot be read to its end.
 
 Example:
   tamsel-capture --list call.pcap)";
