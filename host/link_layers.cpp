@@ -24,28 +24,28 @@ struct LinkHeader {
     enum Tells { kEtherTypeAt, kIpVersion, kPppProtocol, kPppoe };
 
     unsigned linkType;
-    size_t size;
     Tells tells;
+    size_t size;
     size_t protocolAt;
 };
 constexpr LinkHeader kLinkHeaders[] = {
-    {kEthernet, 14, LinkHeader::kEtherTypeAt, 12},
-    {113, 16, LinkHeader::kEtherTypeAt, 14},  // Linux cooked
-    {276, 20, LinkHeader::kEtherTypeAt, 0},   // Linux cooked, version 2
-    {104, 4, LinkHeader::kEtherTypeAt, 2},    // Cisco HDLC
-    {0, 4, LinkHeader::kIpVersion, 0},        // BSD loopback, and OpenBSD's
-    {108, 4, LinkHeader::kIpVersion, 0},
-    {12, 0, LinkHeader::kIpVersion, 0},  // IP by itself, under its names
-    {14, 0, LinkHeader::kIpVersion, 0},
-    {101, 0, LinkHeader::kIpVersion, 0},
-    {228, 0, LinkHeader::kIpVersion, 0},
-    {229, 0, LinkHeader::kIpVersion, 0},
-    {9, 0, LinkHeader::kPppProtocol, 0},
-    {50, 0, LinkHeader::kPppProtocol, 0},
-    {166, 4, LinkHeader::kPppProtocol, 0},  // pppd, with the direction before it
-    {204, 1, LinkHeader::kPppProtocol, 0},  // PPP, with the direction before it
-    {51, 0, LinkHeader::kPppoe, 0},
-    {kExportedPdu, 0, LinkHeader::kIpVersion, 0},
+    {kEthernet, LinkHeader::kEtherTypeAt, 14, 12},
+    {113, LinkHeader::kEtherTypeAt, 16, 14},  // Linux cooked
+    {276, LinkHeader::kEtherTypeAt, 20, 0},   // Linux cooked, version 2
+    {104, LinkHeader::kEtherTypeAt, 4, 2},    // Cisco HDLC
+    {0, LinkHeader::kIpVersion, 4, 0},        // BSD loopback, and OpenBSD's
+    {108, LinkHeader::kIpVersion, 4, 0},
+    {12, LinkHeader::kIpVersion, 0, 0},  // IP by itself, under its names
+    {14, LinkHeader::kIpVersion, 0, 0},
+    {101, LinkHeader::kIpVersion, 0, 0},
+    {228, LinkHeader::kIpVersion, 0, 0},
+    {229, LinkHeader::kIpVersion, 0, 0},
+    {9, LinkHeader::kPppProtocol, 0, 0},
+    {50, LinkHeader::kPppProtocol, 0, 0},
+    {166, LinkHeader::kPppProtocol, 4, 0},  // pppd, with the direction before it
+    {204, LinkHeader::kPppProtocol, 1, 0},  // PPP, with the direction before it
+    {51, LinkHeader::kPppoe, 0, 0},
+    {kExportedPdu, LinkHeader::kIpVersion, 0, 0},
 };
 
 const LinkHeader* findLinkHeader(unsigned linkType) {

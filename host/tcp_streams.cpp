@@ -7,7 +7,7 @@
 namespace {
 
 constexpr size_t kMaxOpenings = 16384;
-constexpr size_t kMaxRead = 65536;
+constexpr size_t kMaxRead = 32768;
 constexpr size_t kMaxUnwanted = 16384;
 
 /// A conversation without a segment for so long is given up. Signalling is silent while people

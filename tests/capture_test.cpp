@@ -426,6 +426,21 @@ TEST(TcpStreams, HowOneEnds) {
     }
 }
 
+TEST(TcpStreams, TheOldestIsForgotten) {
+    Wire wire;
+    const auto open = [&](uint32_t number) {
+        std::array<char, 80> packet{};
+        std::snprintf(packet.data(), packet.size(),
+                      "%04x %04x 00000001 00000000 5010 2000 0000 0000 aa", 1 + number / 1000,
+                      2000 + number % 1000);
+        wire.packet(number, 1, 0, 6, packet.data());
+    };
+    for (uint32_t number = 0; number < 32769; ++number) open(number);
+    EXPECT_EQ(wire.heard.find("end"), std::string::npos);
+    open(32769);
+    EXPECT_NE(wire.heard.find("end"), std::string::npos);
+}
+
 TEST(TcpStreams, HoldWhatWaitsWithinTheBudget) {
     Wire wire;
     wire.segment(1, "00000001", "00000000", "02", "");
