@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 
 #include "capture_file.h"
@@ -13,6 +14,12 @@
 namespace {
 
 constexpr size_t kMaxHeld = 1 << 20;
+
+/// How many octets of frames were read, told at the end of the run.
+struct FrameOctets {
+    ~FrameOctets() { std::fprintf(stderr, "octets of frames: %zu\n", count); }
+    size_t count = 0;
+} frameOctets;
 
 /// Prints each message, and checks what the output relies on.
 struct Sink : MessageSink {
@@ -48,6 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             CaptureFile capture(name);
             for (Frame frame; capture.next(frame);) {
                 network.frame(frame);
+                frameOctets.count += frame.octets.size();
                 if (budget.used() > 2 * kMaxHeld) std::abort();
             }
         } catch (const BadCapture&) {
