@@ -127,6 +127,11 @@ TEST(Tpkt, HoldsNoMoreThanOneMessage) {
     reader.read(noise, told);
     EXPECT_EQ(told.lostOctets, 2 * noise.size() + 4);
     EXPECT_EQ(budget.used(), 0U);
+
+    budget.take(1 << 20);  // by other streams
+    reader.read(hex("0300000b 11"), told);
+    reader.read(hex("22"), told);
+    EXPECT_EQ(budget.used(), size_t{1} << 20) << "what it held is given up";
 }
 
 TEST(Q931, WhatStandsAroundAMessage) {
@@ -291,11 +296,13 @@ TEST(MessageFinder, KnowsTheDialoguesThatCameLast) {
 
 /// What comes out of a network that is fed with IPv4 packets.
 struct Wire : NetworkListener {
+    explicit Wire(size_t limit = 1 << 16) : budget(limit) {}
+
     struct Reader : StreamReader {
         explicit Reader(Wire& owner) : wire(owner) {}
         bool octets(Time /*time*/, Side side, std::span<const uint8_t> octets) override {
             wire.heard += (side == Side::kClient ? "" : "<") + formatHex(octets) + " ";
-            return true;
+            return wire.isWanted;
         }
         void gap(Time /*time*/, Side /*side*/, size_t octets) override {
             wire.heard += "(" + std::to_string(octets) + ") ";
@@ -320,6 +327,7 @@ struct Wire : NetworkListener {
     void packet(Time time, unsigned id, unsigned flags, uint8_t protocol, const char* payload) {
         Octets octets = hex("4500 0000 0000 0000 4000 0000 0a000001 0a000001");
         const Octets rest = hex(payload);
+        octets[2] = static_cast<uint8_t>((20 + rest.size()) >> 8);
         octets[3] = static_cast<uint8_t>(20 + rest.size());
         octets[4] = static_cast<uint8_t>(id >> 8);
         octets[5] = static_cast<uint8_t>(id);
@@ -332,9 +340,12 @@ struct Wire : NetworkListener {
     }
     void first(Time time, unsigned id) { packet(time, id, 0x2000, 17, "06b7 06b7 000a 0000"); }
     void second(Time time, unsigned id) { packet(time, id, 0x0001, 17, "aabb"); }
-    size_t lostFragments() {
-        const auto found = unread.kinds().find("IP fragments without the rest of their packet");
+    size_t counted(const std::string& kind) const {
+        const auto found = unread.kinds().find(kind);
         return found != unread.kinds().end() ? found->second : 0;
+    }
+    size_t lostFragments() const {
+        return counted("IP fragments without the rest of their packet");
     }
 
     /// A TCP segment between ports 5000 and 1720, in hex: sequence number, acknowledged number,
@@ -348,8 +359,9 @@ struct Wire : NetworkListener {
     }
 
     std::string heard;
+    bool isWanted = true;  // streams, after their first octets
     Unread unread;
-    MemoryBudget budget{1 << 16};
+    MemoryBudget budget;
     Network network{*this, budget, unread};
 };
 
@@ -372,6 +384,42 @@ TEST(Network, FragmentsOf4096Packets) {
     EXPECT_EQ(wire.heard, "aabb ");
     wire.second(5000, 0);
     EXPECT_EQ(wire.heard, "aabb ") << "the oldest was given up";
+}
+
+TEST(Network, FragmentsOf4MiB) {
+    Wire wire;
+    const std::string octets(size_t{2} * 60000, '0');
+    for (unsigned id = 0; id < 69; ++id) wire.packet(0, id, 0x2000, 17, octets.c_str());
+    EXPECT_EQ(wire.lostFragments(), 0U);
+    wire.packet(0, 69, 0x2000, 17, octets.c_str());
+    EXPECT_EQ(wire.lostFragments(), 1U);
+}
+
+TEST(Network, FragmentsThatCannotBe) {
+    Wire wire;
+    wire.packet(0, 1, 0x1FFF, 17, "0011 2233 4455 6677");  // ends after octet 65535
+    wire.packet(0, 2, 0x2000, 17, "0011");                 // the next cannot begin there
+    EXPECT_EQ(wire.counted("malformed IP fragments"), 2U);
+}
+
+TEST(TcpStreams, AsManyAsAreKept) {
+    for (const bool isWanted : {true, false}) {
+        Wire wire;
+        wire.isWanted = isWanted;
+        const auto speak = [&](unsigned number) {
+            wire.heard.clear();
+            std::array<char, 60> segment{};
+            std::snprintf(segment.data(), segment.size(),
+                          "%04x %04x 00000001 00000000 5010 2000 0000 0000 aa",
+                          2000 + number % 60000, 1720 + number / 60000);
+            wire.packet(1, 1, 0, 6, segment.data());
+        };
+        for (unsigned number = 0; number <= (isWanted ? 65536U : 16384U); ++number) speak(number);
+        speak(1);
+        EXPECT_EQ(wire.heard, isWanted ? "end " : "");  // of the oldest, which is forgotten now
+        speak(0);
+        EXPECT_EQ(wire.heard, "(0) aa ");
+    }
 }
 
 TEST(TcpStreams, SilentForADay) {
@@ -441,18 +489,29 @@ TEST(TcpStreams, TheOldestIsForgotten) {
     EXPECT_NE(wire.heard.find("end"), std::string::npos);
 }
 
-TEST(TcpStreams, HoldWhatWaitsWithinTheBudget) {
-    Wire wire;
-    wire.segment(1, "00000001", "00000000", "02", "");
-    const std::string octets(200, 'a');  // 100 octets; each segment leaves a gap of one
-    for (uint32_t i = 0; i < 2000; ++i) {
-        std::array<char, 9> sequence{};
-        std::snprintf(sequence.data(), sequence.size(), "%08x", 3 + i * 101);
-        wire.segment(2, sequence.data(), "00000000", "10", octets);
-        ASSERT_LT(wire.budget.used(), 66000U);
+TEST(TcpStreams, HoldWhatWaitsWithinLimits) {
+    const struct {
+        size_t budget;
+        size_t size;  // of each segment; it leaves a gap of one octet
+        size_t most;
+    } rows[] = {
+        {1 << 16, 200, (1 << 16) + 200},      // octets of all streams
+        {1 << 30, 1, 512},                    // segments of one side
+        {1 << 30, 16384, (1 << 20) + 16384},  // octets of one side
+    };
+    for (const auto& row : rows) {
+        Wire wire(row.budget);
+        wire.segment(1, "00000001", "00000000", "02", "");
+        const std::string octets(2 * row.size, 'a');
+        for (size_t i = 0; i < 600 && i * row.size < 2 << 20; ++i) {
+            std::array<char, 17> sequence{};
+            std::snprintf(sequence.data(), sequence.size(), "%08zx", 3 + i * (row.size + 1));
+            wire.segment(2, sequence.data(), "00000000", "10", octets);
+            ASSERT_LE(wire.budget.used(), row.most);
+        }
+        wire.network.end();
+        EXPECT_EQ(wire.budget.used(), 0U);
     }
-    wire.network.end();
-    EXPECT_EQ(wire.budget.used(), 0U);
 }
 
 }  // namespace
