@@ -200,6 +200,8 @@ TEST(Memory, ContextsAndReports) {
     ASSERT_EQ(report.size(), 2U);
     EXPECT_EQ(report[1], ("Unexpected tag encountered: expected = " + parameter).substr(0, 199))
         << "without memory, a long message is truncated";
+    allocation.failAt = 0;
+    EXPECT_EQ(asnAddErrorInt(ctx.errInfo, 1), 1);  // freed with the context
     asnFreeContext(ctx);
     EXPECT_EQ(allocation.unreleased, 0);
     allocation = {};
