@@ -133,15 +133,26 @@ RasMessage.u@gatekeeperRequest.rasAddress.u@ipAddress.ip OctetString
 }
 
 TEST(Core, OutOfMemoryForTheText) {
+    allocation = {};
+    {
+        TamselDecoder decoder;
+        ASSERT_EQ(decoder.decode(kTamsel1998.ras, hex("1C 00 00"), true), kAsnOk);
+        std::string_view text;
+        allocation.failAt = 1;
+        EXPECT_EQ(decoder.dump(&text), kAsnNoMemory);
+        EXPECT_EQ(text, "");
+        allocation.failAt = 0;
+        EXPECT_EQ(decoder.dump(&text), kAsnOk);
+        EXPECT_EQ(text.substr(0, 17), "RasMessage.t = 8\n");
+    }
+    EXPECT_EQ(allocation.unreleased, 0);
+}
+
+TEST(Core, AMessageMayBeTooLong) {
+    const uint8_t octet = 0;  // no other is read
     TamselDecoder decoder;
-    ASSERT_EQ(decoder.decode(kTamsel1998.ras, hex("1C 00 00"), true), kAsnOk);
-    std::string_view text;
-    allocation.requests = 0;
-    allocation.failAt = 1;
-    EXPECT_EQ(decoder.dump(&text), kAsnNoMemory);
-    allocation.failAt = 0;
-    EXPECT_EQ(decoder.dump(&text), kAsnOk);
-    EXPECT_EQ(text.substr(0, 17), "RasMessage.t = 8\n");
+    EXPECT_EQ(decoder.decode(kTamsel1998.ras, {&octet, TamselDecoder::kMaxOctets + 1}, true),
+              kAsnTooLong);
 }
 
 }  // namespace

@@ -7,9 +7,9 @@ namespace {
 TEST(Messages, DumpsAsExpected) {
     const std::vector<Message> messages = allMessages();
     ASSERT_GT(messages.size(), 100U);
+    const TemporaryFile file;  // the same for all, longer and shorter ones
     for (const Message& message : messages) {
         SCOPED_TRACE(message.name);
-        const TemporaryFile file;
         Octets octets = message.octets;
         EXPECT_EQ(runExport(message, octets, file.path()), 1);
         EXPECT_EQ(readFile(file.path()), message.expected);
