@@ -121,6 +121,20 @@ void Conversation::gap(Time time, Side side, size_t octets) {
     tpktOf(side).gap(octets, *this);
 }
 
+/// Octets of a gap are read if they are whole TPKTs.
+void Conversation::late(Time time, Side side, std::span<const uint8_t> octets) {
+    if (!known_ || known_->purpose == Purpose::kNone) return;
+    size_t whole = 0;
+    while (const size_t length = wholeTpkt(octets.subspan(whole))) whole += length;
+    if (whole != octets.size()) return;
+    now_ = time;
+    side_ = side;
+    while (const size_t length = wholeTpkt(octets)) {
+        tpkt(octets.first(length).subspan(kTpktHeader));
+        octets = octets.subspan(length);
+    }
+}
+
 void Conversation::end(Time time) {
     if (!known_)
         if (const auto known = finder_.directory().find(Protocol::kTcp, flow_)) start(*known);

@@ -18,6 +18,7 @@ class Conversation : public StreamReader, private TpktReceiver {
     // StreamReader
     bool octets(Time time, Side side, std::span<const uint8_t> octets) override;
     void gap(Time time, Side side, size_t octets) override;
+    void late(Time time, Side side, std::span<const uint8_t> octets) override;
     void end(Time time) override;
 
     /// Tells that the conversation has a message of the call that is looked for.

@@ -21,6 +21,9 @@ constexpr int32_t kMaxDistance = 1 << 24;
 constexpr size_t kMaxWaiting = 1 << 20;
 constexpr size_t kMaxSegmentsWaiting = 512;
 
+/// Gaps of one side that may be filled late; two more while one is split.
+constexpr size_t kMaxGaps = 4;
+
 /// A SYN this close before the octets that came earlier in the capture is theirs.
 constexpr int32_t kMaxLate = 1 << 16;
 
@@ -178,7 +181,25 @@ TcpStreams::Conversations::iterator TcpStreams::payload(Time time, Conversations
         deliver(time, *at, side, segment.payload);
     else if (ahead(sequence + size, half.order.sequence_number()) > 0)
         takeLater(time, *at, side, sequence, segment.payload);
+    else if (!half.gaps.empty())
+        takeLate(time, *at, side, sequence, segment.payload);
     return at;
+}
+
+/// Octets that come after what is behind them: again, or those of a gap.
+void TcpStreams::takeLate(Time time, Conversation& conversation, Side side, uint32_t sequence,
+                          std::span<const uint8_t> octets) {
+    auto& gaps = conversation.half(side).gaps;
+    const uint32_t end = sequence + static_cast<uint32_t>(octets.size());
+    const auto gap = std::find_if(gaps.begin(), gaps.end(), [&](const auto& one) {
+        return ahead(sequence, one.first) >= 0 && ahead(one.second, end) >= 0;
+    });
+    if (gap == gaps.end()) return;
+    const auto [first, last] = *gap;
+    gaps.erase(gap);
+    if (sequence != first) gaps.emplace_back(first, sequence);
+    if (end != last) gaps.emplace_back(end, last);
+    conversation.reader->late(time, side, octets);
 }
 
 /// Octets that overlap those that came before, or wait for others.
@@ -224,7 +245,11 @@ void TcpStreams::skipGap(Time time, Conversation& conversation, Side side) {
     auto octets = std::move(behind->second);
     half.order.buffered_payload().erase(behind);
     const int32_t missing = ahead(sequence, half.order.sequence_number());
-    if (missing > 0) conversation.reader->gap(time, side, static_cast<size_t>(missing));
+    if (missing > 0) {
+        if (half.gaps.size() >= kMaxGaps) half.gaps.erase(half.gaps.begin());
+        half.gaps.emplace_back(half.order.sequence_number(), sequence);
+        conversation.reader->gap(time, side, static_cast<size_t>(missing));
+    }
     half.order.advance_sequence(sequence);
     takeLater(time, conversation, side, sequence, octets);
 }

@@ -9,6 +9,8 @@
 #include <list>
 #include <memory>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "memory_budget.h"
 #include "packet_reader.h"
@@ -35,6 +37,9 @@ class StreamReader {
     /// So many octets come next that the capture does not have; 0 if the side began before the
     /// capture, and nobody can tell.
     virtual void gap(Time time, Side side, size_t octets) = 0;
+    /// Octets of a gap that has been told, which come after all: frames of a capture may be in
+    /// another order than on the network.
+    virtual void late(Time time, Side side, std::span<const uint8_t> octets) = 0;
     /// No more comes: the conversation has ended, or the captures have.
     virtual void end(Time time) = 0;
 };
@@ -79,6 +84,8 @@ class TcpStreams {
         uint32_t first = 0;       // sequence number of the first octet
         uint32_t last = 0;        // and of the FIN
         size_t waiting = 0;       // octets behind a gap
+        /// The gaps that were told last: the numbers of their first octet, and behind their last.
+        std::vector<std::pair<uint32_t, uint32_t>> gaps{};
 
         bool isComplete() const;
     };
@@ -101,6 +108,8 @@ class TcpStreams {
     Conversations::iterator begin(const Key& key, bool fromFirst, const Segment& segment);
     Conversations::iterator payload(Time time, Conversations::iterator at, bool fromFirst,
                                     const Segment& segment);
+    void takeLate(Time time, Conversation& conversation, Side side, uint32_t sequence,
+                  std::span<const uint8_t> octets);
     void takeLater(Time time, Conversation& conversation, Side side, uint32_t sequence,
                    std::span<const uint8_t> octets);
     void deliver(Time time, Conversation& conversation, Side side, std::span<const uint8_t> octets);

@@ -307,6 +307,9 @@ struct Wire : NetworkListener {
         void gap(Time /*time*/, Side /*side*/, size_t octets) override {
             wire.heard += "(" + std::to_string(octets) + ") ";
         }
+        void late(Time /*time*/, Side /*side*/, std::span<const uint8_t> octets) override {
+            wire.heard += "late " + formatHex(octets) + " ";
+        }
         void end(Time /*time*/) override { wire.heard += "end "; }
         Wire& wire;
     };
@@ -451,6 +454,9 @@ TEST(TcpStreams, HowOneEnds) {
         {"and not acknowledged yet", "1 0 02,<8 2 12,2 9 10 aa,4 9 11,<9 3 11,3 9 10 bb",
          "aa bb end "},
         {"never captured, and acknowledged", "1 0 02,2 0 10 aa,5 0 10 bb,<8 6 10", "aa (2) bb "},
+        {"acknowledged before it is captured, in two parts, and again",
+         "1 0 02,2 0 10 aa,5 0 10 dd,<0 6 10,3 0 10 bb,3 0 10 bb,4 0 10 cc,2 0 10 aa",
+         "aa (2) dd late bb late cc "},
         {"round the clock", "fffffffe 0 02,1 0 10 cc,ffffffff 0 10 aabb", "aabbcc "},
         {"only the answer to the SYN", "<8 2 12,3 9 10 bb,2 9 10 aa", "aabb "},
     };
