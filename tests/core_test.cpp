@@ -148,6 +148,36 @@ TEST(Core, OutOfMemoryForTheText) {
     EXPECT_EQ(allocation.unreleased, 0);
 }
 
+TEST(Core, ALongText) {
+    // registrationConfirm with 1000 call signalling addresses
+    Octets octets = hex("10 00 00 00 06 00 08 91 4A 00 02 83 E8");
+    for (int i = 0; i < 1000; ++i) {
+        const Octets address = hex("00 0A 00 00 01 27 10");
+        octets.insert(octets.end(), address.begin(), address.end());
+    }
+    octets.insert(octets.end(), {0, 0, 0x41});
+    allocation = {};
+    {
+        TamselDecoder decoder;
+        ASSERT_EQ(decoder.decode(kTamsel1998.ras, octets, true), kAsnOk);
+        std::string_view text;
+        allocation.requests = 0;
+        allocation.failAt = 2;  // when the text grows
+        EXPECT_EQ(decoder.dump(&text), kAsnNoMemory);
+        EXPECT_EQ(text, "");
+        allocation.failAt = 0;
+        EXPECT_EQ(decoder.dump(&text), kAsnOk);
+        EXPECT_GT(text.size(), 100000U);
+        std::string pieces;
+        const auto append = [](void* to, const char* piece, size_t size) {
+            static_cast<std::string*>(to)->append(piece, size);
+        };
+        decoder.print({append, &pieces});
+        EXPECT_TRUE(text == pieces);
+    }
+    EXPECT_EQ(allocation.unreleased, 0);
+}
+
 TEST(Core, AMessageMayBeTooLong) {
     const uint8_t octet = 0;  // no other is read
     TamselDecoder decoder;

@@ -3,6 +3,7 @@
 #include "H235.h"
 #include "H245.h"
 #include "H245Decode.h"  // beside ZooDecode.h: the constants of two modules do not meet
+#include "H323.h"
 #include "ZooDecode.h"
 #include "messages.h"
 #include "types.h"
@@ -67,6 +68,15 @@ TEST(Choice, UnknownAlternativesArePrinted) {
                                  std::string(46, ' ') + ".\n");
     mechanism.t = 9;
     EXPECT_EQ(dumped(print), "P.t = 9\n");
+}
+
+TEST(Names, ThatDeviateFromTheNotation) {
+    const std::string dump = dumped([](AsnDump& d) {
+        PrintH245TransparencyParameters(d, {});
+        PrintH225SecurityCapabilities(d, {});
+    });
+    for (const char* name : {"P.offset-x =", "P.scale_x =", "P.scale-y =", "P.authenticaton.t ="})
+        EXPECT_NE(dump.find(name), std::string::npos) << name;
 }
 
 /// multiplexEntrySend with one list of elements that nests `depth` deep, UNALIGNED.
