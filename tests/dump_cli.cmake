@@ -51,6 +51,8 @@ set(cut "${end} at bit 8, 0 octets left, in ${inner}.terminalType ConsInteger")
 
 check("h245" 0 "${dump}")
 check("h245;-" 0 "${dump}")
+string(REGEX REPLACE "[^\n]*extElem1.*" "" published "${dump}")  # there are no additions
+check("--modules;2009;h245;one.hex" 0 "${published}")
 check("h245;one.hex" 0 "${dump}")
 check("h245;control.bin" 0 "${control}")
 check("h245;one.hex;control.bin" 0 "==> one.hex <==\n${dump}==> control.bin <==\n${control}")

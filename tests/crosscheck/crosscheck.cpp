@@ -91,7 +91,7 @@ void report(const Values::Value& value, const std::string& octets, const std::st
 ///   cuts  for each number of octets, whether so many of them decode there; empty if not tried
 std::string problemOf(const Values::Value& value, const Octets& octets, const std::string& cuts,
                       bool aligned) {
-    const AsnTypeInfo& type = typeNamed("asn2009::" + value.type->cppName);
+    const AsnTypeInfo& type = typeNamed(("asn2009::" + value.type->cppName).c_str());
     const std::string dump = decoded(type, octets, aligned);
     if (dump != value.dump) return firstDifference(value.dump, dump);
     for (size_t size = 0; size < cuts.size(); ++size) {
