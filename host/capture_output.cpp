@@ -89,7 +89,7 @@ void CaptureOutput::remark(const CaptureRemark& remark) {
 void CaptureOutput::writeStep(const CapturedMessage& message) {
     beginStep(message.time, message.flow);
     std::string& text = writer_.text();
-    appendPadded(text, familyOf(message.family).name, 6, false);
+    appendPadded(text, nameOf(message.family), 6, false);
     text += message.name;
     if (message.transport == Transport::kTunnel) text += ", tunnelled";
     if (message.outcome == Outcome::kProposal)
@@ -126,7 +126,7 @@ void CaptureOutput::writeDump(const CapturedMessage& message) {
     text += ' ';
     text += toString(message.transport);
     text += ' ';
-    text += familyOf(message.family).name;
+    text += nameOf(message.family);
     text += ' ';
     text += message.name;
     text += ", " + counted(message.octets.size(), "octet");
@@ -143,7 +143,7 @@ void CaptureOutput::writeDump(const CapturedMessage& message) {
 /// A file with the dump, or with the octets in hex, and its line in the index.
 void CaptureOutput::writeFile(const CapturedMessage& message) {
     const bool isDecoded = message.outcome == Outcome::kDecoded;
-    const std::string_view family = familyOf(message.family).name;
+    const std::string_view family = nameOf(message.family);
     std::string file;
     appendDigits(file, static_cast<int64_t>(number_), kNumberWidth);
     file += '-';

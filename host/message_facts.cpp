@@ -1,17 +1,23 @@
 #include "message_facts.h"
 
+#include "2009/H245.h"
+#include "2009/H323.h"
 #include "H245.h"
 #include "H323.h"
 #include "message_names.h"
 
 namespace {
 
-/// The types of one set of modules.
+// The types of each set of modules.
 struct Modules1998 {
     using Ras = H225RasMessage;
     using Ui = H225H323_UserInformation;
     using H245 = H245MultimediaSystemControlMessage;
-    static constexpr const TamselModules& kModules = kTamsel1998;
+};
+struct Modules2009 {
+    using Ras = asn2009::H225RasMessage;
+    using Ui = asn2009::H225H323_UserInformation;
+    using H245 = asn2009::H245MultimediaSystemControlMessage;
 };
 
 /// Names an alternative; the first has the tag 1, and an unknown one has none that is listed.
@@ -48,6 +54,12 @@ void announce(const Type& addresses, Purpose purpose, MessageFacts& facts) {
         if (addresses.t == Type::ipAddress) add(*addresses.u.ipAddress);
         if (addresses.t == Type::ip6Address) add(*addresses.u.ip6Address);
     }
+}
+
+template <class Octets>
+void keepH245(const Octets& messages, MessageFacts& facts) {
+    for (uint32_t i = 0; i < messages.n; ++i)
+        facts.h245Control.emplace_back(messages.elem[i].data, messages.elem[i].numocts);
 }
 
 /// Reads the components that tell what a message is about, of those that its type has.
@@ -87,6 +99,7 @@ void readBody(const Body& body, MessageFacts& facts) {
         for (uint32_t i = 0; i < body.alternateEndpoints.n; ++i)
             readBody(body.alternateEndpoints.elem[i], facts);
 
+    if constexpr (requires { body.parallelH245Control; }) keepH245(body.parallelH245Control, facts);
     if constexpr (requires { body.fastStart; })
         for (uint32_t i = 0; i < body.fastStart.n; ++i)
             facts.fastStart.emplace_back(body.fastStart.elem[i].data,
@@ -136,7 +149,14 @@ void readRas(const Ras& message, MessageFacts& facts) {
         default:
             break;
     }
-    facts.isRequest = facts.name.ends_with("Request") || facts.name.ends_with("Indicate");
+    if constexpr (requires { Ras::serviceControlIndication; }) switch (message.t) {
+            TAMSEL_BODY(Ras, serviceControlIndication)
+            TAMSEL_BODY(Ras, serviceControlResponse)
+            default:
+                break;
+        }
+    facts.isRequest = facts.name.ends_with("Request") || facts.name.ends_with("Indicate") ||
+                      facts.name.ends_with("Indication");
 }
 
 template <class Ui>
@@ -155,9 +175,16 @@ void readUi(const Ui& message, MessageFacts& facts) {
         default:
             break;
     }
-    const auto& tunnelled = message.h323_uu_pdu.h245Control;
-    for (uint32_t i = 0; i < tunnelled.n; ++i)
-        facts.h245Control.emplace_back(tunnelled.elem[i].data, tunnelled.elem[i].numocts);
+    if constexpr (requires { Chosen::statusInquiry; })
+        switch (message.h323_uu_pdu.h323_message_body.t) {
+            TAMSEL_BODY(Chosen, status)
+            TAMSEL_BODY(Chosen, statusInquiry)
+            TAMSEL_BODY(Chosen, setupAcknowledge)
+            TAMSEL_BODY(Chosen, notify)
+            default:
+                break;
+        }
+    keepH245(message.h323_uu_pdu.h245Control, facts);
 }
 
 #undef TAMSEL_BODY
@@ -196,14 +223,18 @@ void readFactsOf(FamilyId family, const TamselDecoder& decoder, MessageFacts& fa
 
 }  // namespace
 
-const TamselFamily& familyOf(FamilyId family) {
-    const TamselModules& modules = Modules1998::kModules;
+std::string_view nameOf(FamilyId family) {
+    return familyOf(kTamsel1998, family).name;
+}
+
+const TamselFamily& familyOf(const TamselModules& modules, FamilyId family) {
     return family == FamilyId::kRas  ? modules.ras
            : family == FamilyId::kUi ? modules.ui
                                      : modules.h245;
 }
 
-void readFacts(FamilyId family, const TamselDecoder& decoder, MessageFacts& facts) {
+void readFacts(const TamselModules& modules, FamilyId family, const TamselDecoder& decoder,
+               MessageFacts& facts) {
     facts.name = {};
     facts.alternative.clear();
     facts.call = {};
@@ -213,5 +244,8 @@ void readFacts(FamilyId family, const TamselDecoder& decoder, MessageFacts& fact
     facts.announcements.clear();
     facts.h245Control.clear();
     facts.fastStart.clear();
-    readFactsOf<Modules1998>(family, decoder, facts);
+    if (&modules == &kTamsel2009)
+        readFactsOf<Modules2009>(family, decoder, facts);
+    else
+        readFactsOf<Modules1998>(family, decoder, facts);
 }

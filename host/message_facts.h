@@ -13,7 +13,11 @@
 enum class FamilyId { kRas, kUi, kH245 };
 constexpr FamilyId kFamilies[] = {FamilyId::kRas, FamilyId::kUi, FamilyId::kH245};
 
-const TamselFamily& familyOf(FamilyId family);
+/// "ras", "ui" or "h245".
+std::string_view nameOf(FamilyId family);
+
+/// What a family is in a set of modules.
+const TamselFamily& familyOf(const TamselModules& modules, FamilyId family);
 
 /// What an address is for.
 enum class Purpose { kNone, kRas, kSignalling, kH245 };
@@ -39,5 +43,7 @@ struct MessageFacts {
     std::string_view shownName() const { return name.empty() ? alternative : name; }
 };
 
-/// Reads the facts of the message that was decoded last. Of one that did not decode, only the name.
-void readFacts(FamilyId family, const TamselDecoder& decoder, MessageFacts& facts);
+/// Reads the facts of the message that was decoded last, with these modules. Of one that did not
+/// decode, only the name.
+void readFacts(const TamselModules& modules, FamilyId family, const TamselDecoder& decoder,
+               MessageFacts& facts);

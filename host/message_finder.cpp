@@ -45,6 +45,7 @@ MessageFinder::MessageFinder(MessageSink& sink, MemoryBudget& budget, Unread& un
     : sink_(sink),
       budget_(budget),
       unread_(unread),
+      modules_(*options.modules),
       call_(std::move(options.call)),
       directory_(std::move(options.ports)),
       dialogues_(kMaxDialogues),
@@ -109,8 +110,8 @@ bool MessageFinder::exported(Time time, const Flow& flow, std::string_view proto
 
 /// Whether octets start with a message of a kind that is known.
 bool MessageFinder::isMessage(FamilyId family, std::span<const uint8_t> octets) {
-    if (carriedDecoder_.decode(familyOf(family), octets, true) != kAsnOk) return false;
-    readFacts(family, carriedDecoder_, carriedFacts_);
+    if (carriedDecoder_.decode(familyOf(modules_, family), octets, true) != kAsnOk) return false;
+    readFacts(modules_, family, carriedDecoder_, carriedFacts_);
     return !carriedFacts_.name.empty();
 }
 
@@ -198,8 +199,9 @@ void MessageFinder::message(CapturedMessage& message) {
 }
 
 void MessageFinder::decode(CapturedMessage& message, TamselDecoder& decoder, MessageFacts& facts) {
-    const AsnStatus status = decoder.decode(familyOf(message.family), message.octets, true);
-    readFacts(message.family, decoder, facts);
+    const AsnStatus status =
+        decoder.decode(familyOf(modules_, message.family), message.octets, true);
+    readFacts(modules_, message.family, decoder, facts);
     if (status == kAsnOk) {
         message.decoder = &decoder;
         message.octets =

@@ -15,6 +15,8 @@ struct FinderOptions {
     std::string call;
     /// What the user says of ports.
     std::map<uint16_t, Purpose> ports;
+    /// What messages are decoded with.
+    const TamselModules* modules = &kTamsel1998;
 };
 
 class Conversation;
@@ -71,7 +73,7 @@ class MessageFinder : public NetworkListener {
     bool isMessage(FamilyId family, std::span<const uint8_t> octets);
     void messages(const CapturedMessage& found);
     void message(CapturedMessage& message);
-    static void decode(CapturedMessage& message, TamselDecoder& decoder, MessageFacts& facts);
+    void decode(CapturedMessage& message, TamselDecoder& decoder, MessageFacts& facts);
     void identify(CapturedMessage& message);
     void carried(const CapturedMessage& message);
     void pass(const CapturedMessage& message);
@@ -79,6 +81,7 @@ class MessageFinder : public NetworkListener {
     MessageSink& sink_;
     MemoryBudget& budget_;
     Unread& unread_;
+    const TamselModules& modules_;
     std::string call_;
     Directory directory_;
     Recent<Dialogue, CallNames> dialogues_;

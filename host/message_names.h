@@ -35,18 +35,23 @@ constexpr std::string_view kRasNames[] = {"gatekeeperRequest",
                                           "resourcesAvailableIndicate",
                                           "resourcesAvailableConfirm",
                                           "infoRequestAck",
-                                          "infoRequestNak"};
+                                          "infoRequestNak",
+                                          "serviceControlIndication",
+                                          "serviceControlResponse",
+                                          "admissionConfirmSequence"};
 
-constexpr std::string_view kUiNames[] = {"setup",    "callProceeding", "connect",
-                                         "alerting", "information",    "releaseComplete",
-                                         "facility", "progress",       "empty"};
+constexpr std::string_view kUiNames[] = {
+    "setup",           "callProceeding",   "connect",  "alerting", "information",
+    "releaseComplete", "facility",         "progress", "empty",    "status",
+    "statusInquiry",   "setupAcknowledge", "notify"};
 
 constexpr std::string_view kRequestNames[] = {
     "nonStandard",           "masterSlaveDetermination", "terminalCapabilitySet",
     "openLogicalChannel",    "closeLogicalChannel",      "requestChannelClose",
     "multiplexEntrySend",    "requestMultiplexEntry",    "requestMode",
     "roundTripDelayRequest", "maintenanceLoopRequest",   "communicationModeRequest",
-    "conferenceRequest"};
+    "conferenceRequest",     "multilinkRequest",         "logicalChannelRateRequest",
+    "genericRequest"};
 
 constexpr std::string_view kResponseNames[] = {"nonStandard",
                                                "masterSlaveDeterminationAck",
@@ -68,7 +73,11 @@ constexpr std::string_view kResponseNames[] = {"nonStandard",
                                                "maintenanceLoopAck",
                                                "maintenanceLoopReject",
                                                "communicationModeResponse",
-                                               "conferenceResponse"};
+                                               "conferenceResponse",
+                                               "multilinkResponse",
+                                               "logicalChannelRateAcknowledge",
+                                               "logicalChannelRateReject",
+                                               "genericResponse"};
 
 constexpr std::string_view kCommandNames[] = {"nonStandard",
                                               "maintenanceLoopOffCommand",
@@ -79,7 +88,10 @@ constexpr std::string_view kCommandNames[] = {"nonStandard",
                                               "miscellaneousCommand",
                                               "communicationModeCommand",
                                               "conferenceCommand",
-                                              "h223MultiplexReconfiguration"};
+                                              "h223MultiplexReconfiguration",
+                                              "newATMVCCommand",
+                                              "mobileMultilinkReconfigurationCommand",
+                                              "genericCommand"};
 
 constexpr std::string_view kIndicationNames[] = {"nonStandard",
                                                  "functionNotUnderstood",
@@ -99,4 +111,9 @@ constexpr std::string_view kIndicationNames[] = {"nonStandard",
                                                  "mcLocationIndication",
                                                  "conferenceIndication",
                                                  "vendorIdentification",
-                                                 "functionNotSupported"};
+                                                 "functionNotSupported",
+                                                 "multilinkIndication",
+                                                 "logicalChannelRateRelease",
+                                                 "flowControlIndication",
+                                                 "mobileMultilinkReconfigurationIndication",
+                                                 "genericIndication"};

@@ -44,6 +44,7 @@ struct Options {
     std::vector<std::string> families = {"ras", "ui", "h245"};
     std::string call;
     std::vector<std::string> ports;
+    std::string modules = kTamsel1998.name;
     bool list = false;
     std::vector<std::string> files;
 };
@@ -151,8 +152,10 @@ int run(const Options& options) {
     OutputOptions outputOptions{.files = !options.folder.empty(), .ladder = options.list};
     for (const FamilyId family : kFamilies)
         for (const std::string& name : options.families)
-            if (name == familyOf(family).name) outputOptions.families.insert(family);
-    const FinderOptions finderOptions{options.call, portsOf(options.ports)};
+            if (name == nameOf(family)) outputOptions.families.insert(family);
+    const FinderOptions finderOptions{
+        options.call, portsOf(options.ports),
+        options.modules == kTamsel2009.name ? &kTamsel2009 : &kTamsel1998};
     if (!options.folder.empty()) makeFolder(options.folder);
 
     const bool isWatched = isatty(STDOUT_FILENO) != 0 && (options.folder.empty() || options.list);
@@ -204,6 +207,10 @@ int main(int argc, char** argv) {
                    "Tell what a port is for, as in 1730=ui: ras, ui, h245 or none")
         ->delimiter(',')
         ->type_name("LIST");
+    app.add_option("--modules", options.modules,
+                   "Decode as Tamsel.dll (1998, default), or what endpoints send today (2009)")
+        ->check(CLI::IsMember({kTamsel1998.name, kTamsel2009.name}))
+        ->type_name("SET");
     app.add_flag("--list", options.list, "Show the ladder of the call, a line a message");
     app.add_option("FILE", options.files, "The captures, in order of time")
         ->required()

@@ -212,14 +212,19 @@ TEST(MessageFacts, TheNameOfEveryMessage) {
         const Octets octets = hex(text);
         TamselDecoder decoder;
         MessageFacts facts;
-        ASSERT_EQ(decoder.decode(familyOf(family), octets, isAligned), kAsnOk);
-        readFacts(family, decoder, facts);
+        ASSERT_EQ(decoder.decode(familyOf(kTamsel1998, family), octets, isAligned), kAsnOk);
+        readFacts(kTamsel1998, family, decoder, facts);
         EXPECT_EQ(facts.name, name.substr(name.rfind('-') + 1));
+        (void)decoder.decode(familyOf(kTamsel2009, family), octets, isAligned);
+        readFacts(kTamsel2009, family, decoder, facts);
+        EXPECT_EQ(facts.name, name.substr(name.rfind('-') + 1)) << "with the modules of 2009";
         ++compared;
         // One that does not decode still has its name.
         const auto cut = std::span(octets).first(octets.size() / 2);
-        if (decoder.decode(familyOf(family), cut, isAligned) == kAsnOk || cut.size() < 8) continue;
-        readFacts(family, decoder, facts);
+        if (decoder.decode(familyOf(kTamsel1998, family), cut, isAligned) == kAsnOk ||
+            cut.size() < 8)
+            continue;
+        readFacts(kTamsel1998, family, decoder, facts);
         EXPECT_EQ(facts.name, name.substr(name.rfind('-') + 1));
     }
     EXPECT_GT(compared, 80U);
