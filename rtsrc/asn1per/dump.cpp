@@ -47,24 +47,26 @@ AsnDump::~AsnDump() {
     writeOut(*this);
 }
 
-AsnDumpStep::AsnDumpStep(AsnDump& dump, std::string_view prefix, std::string_view name)
+AsnDumpStep::AsnDumpStep(AsnDump& dump, const AsnStepPrefix& prefix, std::string_view name)
     : dump_(dump),
       pathLength_(dump.pathLength),
       outer_(dump.spilled),
       prefix_(prefix),
       name_(name) {
-    const size_t size = prefix.size() + name.size();
+    const size_t size = prefix.length + name.size();
     if (dump.spilled != nullptr || dump.pathLength + size > AsnDump::kPathSize) {
         dump.spilled = this;
         return;
     }
-    append(append(dump.path + dump.pathLength, prefix), name);
+    char* const at = dump.path + dump.pathLength;
+    std::memcpy(at, prefix.text, sizeof prefix.text);
+    append(at + prefix.length, name);
     dump.pathLength += size;
 }
 
 void AsnDumpStep::write() const {
     if (outer_ != nullptr) outer_->write();
-    asnDumpText(dump_, prefix_);
+    asnDumpText(dump_, {prefix_.text, prefix_.length});
     asnDumpText(dump_, name_);
 }
 

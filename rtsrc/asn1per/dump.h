@@ -42,11 +42,21 @@ struct AsnDump {
     char text[kTextSize + kBlock];
 };
 
+/// What a step begins with. All eight characters are copied: that takes no call.
+struct AsnStepPrefix {
+    char text[8];
+    uint32_t length;
+};
+inline constexpr AsnStepPrefix kAsnComponent{{'.'}, 1};
+inline constexpr AsnStepPrefix kAsnAlternative{{'.', 'u', '@'}, 3};
+inline constexpr AsnStepPrefix kAsnElement{{'.', 'e', 'l', 'e', 'm', '['}, 6};
+inline constexpr AsnStepPrefix kAsnUnknown{{'.', 'e', 'x', 't', 'E', 'l', 'e', 'm'}, 8};
+
 /// One step of the path, for as long as it lives: a prefix and a name. Steps end in the reverse of
 /// the order in which they began.
 class AsnDumpStep {
   public:
-    AsnDumpStep(AsnDump& dump, std::string_view prefix, std::string_view name);
+    AsnDumpStep(AsnDump& dump, const AsnStepPrefix& prefix, std::string_view name);
     ~AsnDumpStep() {
         dump_.pathLength = pathLength_;
         dump_.spilled = outer_;
@@ -61,16 +71,18 @@ class AsnDumpStep {
     AsnDump& dump_;
     size_t pathLength_;         // to cut the path back to
     const AsnDumpStep* outer_;  // the spilled step to go back to
-    std::string_view prefix_;
+    const AsnStepPrefix& prefix_;
     std::string_view name_;
 };
 
 /// ".name" of a SEQUENCE component, ".u@name" of a CHOICE alternative.
 struct AsnComponentStep : AsnDumpStep {
-    AsnComponentStep(AsnDump& dump, std::string_view name) : AsnDumpStep(dump, ".", name) {}
+    AsnComponentStep(AsnDump& dump, std::string_view name)
+        : AsnDumpStep(dump, kAsnComponent, name) {}
 };
 struct AsnAlternativeStep : AsnDumpStep {
-    AsnAlternativeStep(AsnDump& dump, std::string_view name) : AsnDumpStep(dump, ".u@", name) {}
+    AsnAlternativeStep(AsnDump& dump, std::string_view name)
+        : AsnDumpStep(dump, kAsnAlternative, name) {}
 };
 
 /// The text of a list index, "0]" and on.
@@ -84,7 +96,7 @@ struct AsnIndexText {
 /// ".elem[index]" of a list element.
 struct AsnElementStep : private AsnIndexText, AsnDumpStep {
     AsnElementStep(AsnDump& dump, uint32_t index)
-        : AsnIndexText(index), AsnDumpStep(dump, ".elem[", view()) {}
+        : AsnIndexText(index), AsnDumpStep(dump, kAsnElement, view()) {}
 };
 
 /// Room for at least `size` octets (at most kTextSize) behind the text: writes the text out where

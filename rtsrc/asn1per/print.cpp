@@ -103,7 +103,7 @@ void asnPrintUnknownAdditions(AsnDump& dump, const AsnUnknownAdditions& addition
         const AsnUnknownAddition& addition = additions.elem[i];
         char number[12];
         const char* const end = asnFormatUnsigned(number, addition.number);
-        const AsnDumpStep step(dump, ".extElem", {number, static_cast<size_t>(end - number)});
+        const AsnDumpStep step(dump, kAsnUnknown, {number, static_cast<size_t>(end - number)});
         asnPrintOpenType(dump, addition.contents.numocts, addition.contents.data, ".");
     }
 }

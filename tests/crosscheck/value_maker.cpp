@@ -99,7 +99,7 @@ std::string ValueMaker::makeSequence(const Type& type, AsnDump& dump) {
         term += octetsTerm(octets);
         const std::vector<uint8_t> open = openTypeOf(octets);
         const std::string number = member->dumpName.substr(5);
-        const AsnDumpStep step(dump, ".extElem", number);
+        const AsnDumpStep step(dump, kAsnUnknown, number);
         asnPrintOpenType(dump, static_cast<uint32_t>(open.size()), open.data(), ".");
     }
     return "#{" + term + "}";
