@@ -69,7 +69,7 @@ function(tamsel_module_set name)
     foreach(file IN LISTS set_SOURCES)
         if(file MATCHES "Trace\\.cpp$")
             set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
-                $<$<NOT:$<CONFIG:Debug>>:${trace_option}>)
+                $<IF:$<CONFIG:Debug>,-O0,${trace_option}>) # the sanitizers' presets optimise, too
         elseif(file MATCHES "Decode\\.cpp$")
             set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
                 "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")
