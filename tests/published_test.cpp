@@ -124,7 +124,7 @@ TEST(Published, FragmentsOfListsAndTexts) {
         EXPECT_TRUE(matches(dump,
                             ".n = 32769; .elem[0] = TRUE;...; .elem[32767] = FALSE; "
                             ".elem[32768] = TRUE"));
-        list.resize(list.size() - 2);
+        list.erase(list.end() - 2, list.end());
         EXPECT_EQ(decoded(kZoo["List"], list, aligned, false).status, kAsnEndOfData);
         const std::string digits(16384, '1');
         Octets text{0xC1};
