@@ -84,7 +84,7 @@ switch (value.t) {
 
 /// The same as published: an alternative that is not known is kept.
 std::string valueOrUnknown(const Type& type) {
-    const std::string keep = "value.u.extElem1 = asnKeepAlternative(in, &status);\n";
+    std::string keep = "value.u.extElem1 = asnKeepAlternative(in, &status);\n";
     if (type.additions.empty()) return keep;
     std::string nulls;
     for (const Member& member : type.additions)

@@ -1,5 +1,6 @@
 #include "trace.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -31,7 +32,7 @@ bool position(const AsnContext& ctx, int32_t* bitOffset) {
 
 size_t append(char* to, const char* text) {
     const size_t length = std::strlen(text);
-    if (to != nullptr) std::memcpy(to, text, length);
+    if (to != nullptr) std::copy_n(text, length, to);
     return length;
 }
 
