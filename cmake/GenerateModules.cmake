@@ -34,7 +34,8 @@ function(tamsel_generate prefix directory files)
     set(tables)
     foreach(file IN LISTS files)
         get_filename_component(stem ${file} NAME_WE)
-        list(APPEND headers ${directory}/${stem}.h ${directory}/${stem}Decode.h)
+        list(APPEND headers ${directory}/${stem}.h ${directory}/${stem}Names.h
+            ${directory}/${stem}Decode.h)
         list(APPEND sources ${directory}/${stem}Decode.cpp ${directory}/${stem}Trace.cpp
             ${directory}/${stem}Print.cpp)
         list(APPEND tables ${directory}/${stem}Types.cpp)

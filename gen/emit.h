@@ -7,6 +7,7 @@
 #include "model.h"
 
 std::string emitHeader(const Module& module);         // H245.h: structures and prototypes
+std::string emitNames(const Module& module);          // H245Names.h: of alternatives
 std::string emitDecoders(const Module& module);       // H245Decode.h: constants and decoders
 std::string emitPlainReading(const Module& module);   // H245Decode.cpp: the decoders instantiated
 std::string emitTracedReading(const Module& module);  // H245Trace.cpp: the same, traced

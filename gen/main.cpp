@@ -12,8 +12,9 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: tamsel-gen [--namespace NAME] [--published] DIRECTORY MODULE.asn...\n"
-    "Writes MODULE.h, MODULEDecode.h, MODULEDecode.cpp, MODULETrace.cpp, MODULEPrint.cpp and\n"
-    "MODULETypes.cpp into DIRECTORY. A file that would not change is left alone.\n"
+    "Writes MODULE.h, MODULENames.h, MODULEDecode.h, MODULEDecode.cpp, MODULETrace.cpp,\n"
+    "MODULEPrint.cpp and MODULETypes.cpp into DIRECTORY. A file that would not change is left "
+    "alone.\n"
     "  --namespace NAME  what is written is in this namespace\n"
     "  --published       what is written decodes by the rules of X.691, without any deviation\n";
 
@@ -49,6 +50,7 @@ int generate(const ModuleSet& set, const std::filesystem::path& directory,
             writeFile(begin.string() + ending, text);
         };
         write(".h", emitHeader(module));
+        write("Names.h", emitNames(module));
         write("Decode.h", emitDecoders(module));
         write("Decode.cpp", emitPlainReading(module));
         write("Trace.cpp", emitTracedReading(module));

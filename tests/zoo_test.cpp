@@ -1,6 +1,7 @@
 // Every construct that the generator supports, decoded and printed by its own code: the module
 // generator/Zoo.asn.
 
+#include "ZooNames.h"
 #include "zoo_cases.h"
 
 extern const AsnTypeInfo kZooTypes[];
@@ -212,6 +213,15 @@ TEST(Zoo, Choices) {
 }
 TEST(Zoo, Lists) {
     checkAll(kZoo, kLists);
+}
+
+TEST(Zoo, NamesOfAlternatives) {
+    ZooKnown value{};
+    for (const std::string_view name : {"", "a", "b", "c", "d", "e", ""}) {
+        EXPECT_EQ(asnAlternativeName(value), name);
+        ++value.t;
+    }
+    EXPECT_EQ(AsnNames<ZooWords>::all[0], "alignas");
 }
 
 }  // namespace

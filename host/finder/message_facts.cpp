@@ -1,10 +1,9 @@
 #include "message_facts.h"
 
-#include "2009/H245.h"
-#include "2009/H323.h"
-#include "H245.h"
-#include "H323.h"
-#include "message_names.h"
+#include "2009/H245Names.h"
+#include "2009/H323Names.h"
+#include "H245Names.h"
+#include "H323Names.h"
 
 namespace {
 
@@ -20,12 +19,12 @@ struct Modules2009 {
     using H245 = asn2009::H245MultimediaSystemControlMessage;
 };
 
-/// Names an alternative; the first has the tag 1, and an unknown one has none that is listed.
-void nameIt(Names names, uint32_t tag, MessageFacts& facts) {
-    if (tag > 0 && tag <= names.size())
-        facts.name = names[tag - 1];
-    else
-        facts.alternative = tag > 0 ? "alternative " + std::to_string(tag) : "unknown";
+/// A message has the name of the alternative that it is.
+template <class Choice>
+void nameIt(const Choice& chosen, MessageFacts& facts) {
+    facts.name = asnAlternativeName(chosen);
+    if (facts.name.empty())
+        facts.alternative = chosen.t > 0 ? "alternative " + std::to_string(chosen.t) : "unknown";
 }
 
 /// Whether an identifier is that of H.225.0, of any version: itu-t recommendation h 2250 0 version.
@@ -194,13 +193,13 @@ template <class H245>
 void nameH245(const H245& message, MessageFacts& facts) {
     const auto& u = message.u;
     if (message.t == H245::request && u.request != nullptr)
-        nameIt(kRequestNames, u.request->t, facts);
+        nameIt(*u.request, facts);
     else if (message.t == H245::response && u.response != nullptr)
-        nameIt(kResponseNames, u.response->t, facts);
+        nameIt(*u.response, facts);
     else if (message.t == H245::command && u.command != nullptr)
-        nameIt(kCommandNames, u.command->t, facts);
+        nameIt(*u.command, facts);
     else if (message.t == H245::indication && u.indication != nullptr)
-        nameIt(kIndicationNames, u.indication->t, facts);
+        nameIt(*u.indication, facts);
     else
         facts.alternative = "unknown";
 }
@@ -210,11 +209,11 @@ void readFactsOf(FamilyId family, const TamselDecoder& decoder, MessageFacts& fa
     const bool isDecoded = decoder.status() == kAsnOk;
     if (family == FamilyId::kRas) {
         const auto& message = decoder.value<typename Modules::Ras>();
-        nameIt(kRasNames, message.t, facts);
+        nameIt(message, facts);
         if (isDecoded) readRas(message, facts);
     } else if (family == FamilyId::kUi) {
         const auto& message = decoder.value<typename Modules::Ui>();
-        nameIt(kUiNames, message.h323_uu_pdu.h323_message_body.t, facts);
+        nameIt(message.h323_uu_pdu.h323_message_body, facts);
         if (isDecoded) readUi(message, facts);
     } else {
         nameH245(decoder.value<typename Modules::H245>(), facts);
