@@ -91,10 +91,10 @@ class Progress {
 
 /// Reads one capture as far as it goes. Returns false if it is damaged, or nothing in it can be
 /// read, and says so.
-bool readCapture(const std::string& name, Network& network, const CaptureOutput& output,
-                 Progress& progress) {
+bool readCapture(const std::string& name, uint32_t index, Network& network,
+                 const CaptureOutput& output, Progress& progress) {
     try {
-        CaptureFile file(name);
+        CaptureFile file(name, index);
         std::optional<unsigned> unknown;
         bool isKnown = false;
         for (Frame frame; file.next(frame);) {
@@ -167,8 +167,9 @@ int run(const Options& options) {
     Network network(finder, budget, unread);
     Progress progress(isWatched);
     int result = kDone;
+    uint32_t index = 0;
     for (const std::string& file : options.files)
-        if (!readCapture(file, network, output, progress)) result = kWrongUse;
+        if (!readCapture(file, index++, network, output, progress)) result = kWrongUse;
     network.end();
     writer.finish();
     progress.clear();

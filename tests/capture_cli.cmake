@@ -85,6 +85,17 @@ run(0 --list six.pcapng)
 expect_part("IPv6" "${stdout}" "[2001:db8::1]:3010 ---> [2001:db8::2]:1720     ui    callProceeding")
 expect_part("IPv6" "${stdout}" "[2001:db8::1]:3011 ---> [2001:db8::2]:1719     ras   infoRequest")
 
+# Frames as Wireshark counts them: of the messages in fragments, and after a block that is an event.
+foreach(file interfaces.pcapng=2,4,5,6,7,8,9 odd.pcap=6,8,10,12,12,12,14,21,19,24,26,30,37,42,44)
+    string(REGEX MATCH "^(.*)=(.*)$" file ${file})
+    set(wanted "${CMAKE_MATCH_2}")
+    set(name ${CMAKE_MATCH_1})
+    execute_process(COMMAND ${CAPTURE} -o ${OUT}/${name} ${CAPTURES}/${name} ERROR_QUIET)
+    file(STRINGS ${OUT}/${name}/index.tsv rows REGEX "^[0-9]")
+    string(REGEX REPLACE "[^;]*\t([0-9]+)\t[0-9a-f]*(;|$)" "\\1," frames "${rows}")
+    expect("frames of ${name}" "${frames}" "${wanted},")
+endforeach()
+
 # A file a message. Those of the sample that are test data as they are have their dumps.
 run(0 -o ${OUT}/files call.pcap)
 expect("-o" "${stdout}" "")

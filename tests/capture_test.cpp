@@ -27,7 +27,7 @@ std::string formatHex(std::span<const uint8_t> octets) {
 
 /// What a TpktReader passes on: "[message]", and the octets that it passes over in between.
 struct Told : TpktReceiver {
-    void tpkt(std::span<const uint8_t> message) override {
+    void tpkt(std::span<const uint8_t> message, std::span<const FrameId> /*frames*/) override {
         tellLost();
         text += "[" + formatHex(message) + "]";
     }
@@ -58,7 +58,7 @@ std::string readTpkts(const std::string& stream, size_t part,
             }
             const Octets octets = hex(piece);
             for (size_t at = 0; at < octets.size(); at += part)
-                reader.read(std::span(octets).subspan(at, std::min(part, octets.size() - at)),
+                reader.read({std::span(octets).subspan(at, std::min(part, octets.size() - at)), {}},
                             told);
         }
         reader.gap(0, told);
@@ -121,16 +121,18 @@ TEST(Tpkt, HoldsNoMoreThanOneMessage) {
     Told told;
     TpktReader reader(budget);
     const Octets noise(100000, 0xFF);
-    reader.read(noise, told);
-    reader.read(hex("0300ffff"), told);  // a length that ends within the noise
+    reader.read({noise, {}}, told);
+    const Octets header = hex("0300ffff");
+    reader.read({header, {}}, told);  // a length that ends within the noise
     EXPECT_EQ(budget.used(), 4U);
-    reader.read(noise, told);
+    reader.read({noise, {}}, told);
     EXPECT_EQ(told.lostOctets, 2 * noise.size() + 4);
     EXPECT_EQ(budget.used(), 0U);
 
     budget.take(1 << 20);  // by other streams
-    reader.read(hex("0300000b 11"), told);
-    reader.read(hex("22"), told);
+    const Octets start = hex("0300000b 11");
+    reader.read({start, {}}, told);
+    reader.read({hex("22"), {}}, told);
     EXPECT_EQ(budget.used(), size_t{1} << 20) << "what it held is given up";
 }
 
@@ -233,10 +235,15 @@ TEST(MessageFacts, TheNameOfEveryMessage) {
 /// A finder, and how many messages it passed on.
 struct Finder : MessageSink {
     explicit Finder(const std::string& call) : finder(*this, budget, unread, {call, {}}) {}
-    void message(const CapturedMessage& /*message*/) override { ++messages; }
+    void message(const CapturedMessage& message) override {
+        ++messages;
+        for (const FrameId& frame : message.frames) frames += std::to_string(frame.number) + " ";
+        frames += "| ";
+    }
     void remark(const CaptureRemark& /*remark*/) override {}
 
     int messages = 0;
+    std::string frames;  // of each message
     MemoryBudget budget{1 << 20};
     Unread unread;
     MessageFinder finder;
@@ -261,7 +268,7 @@ TEST(MessageFinder, KnowsTheAddressesAnnouncedLast) {
                                          static_cast<uint8_t>(announced >> 8),
                                          static_cast<uint8_t>(announced), 0x27, 0x10});
         octets.insert(octets.end(), {0, 0, 0x41});
-        finder.finder.datagram(0, {host(1, 1719), host(2, 1719)}, octets);
+        finder.finder.datagram({}, {host(1, 1719), host(2, 1719)}, octets);
     };
     const auto isKnown = [&](uint32_t number) {
         return finder.finder.directory()
@@ -287,7 +294,7 @@ TEST(MessageFinder, KnowsTheDialoguesThatCameLast) {
         octets[named ? 2 : 1] = static_cast<uint8_t>(number >> 8);
         octets[named ? 3 : 2] = static_cast<uint8_t>(number);
         const int before = finder.messages;
-        finder.finder.datagram(0, {host(1, 1719), host(2, 1719 + (number >> 16))}, octets);
+        finder.finder.datagram({}, {host(1, 1719), host(2, 1719 + (number >> 16))}, octets);
         return finder.messages > before;
     };
     EXPECT_FALSE(request(0, false));
@@ -299,38 +306,12 @@ TEST(MessageFinder, KnowsTheDialoguesThatCameLast) {
     EXPECT_TRUE(request(1, false));
 }
 
-/// What comes out of a network that is fed with IPv4 packets.
-struct Wire : NetworkListener {
-    explicit Wire(size_t limit = 1 << 16) : budget(limit) {}
+/// A network that is fed with IPv4 packets.
+struct Packets {
+    Packets(NetworkListener& listener, MemoryBudget& budget, Unread& unread)
+        : network(listener, budget, unread) {}
 
-    struct Reader : StreamReader {
-        explicit Reader(Wire& owner) : wire(owner) {}
-        bool octets(Time /*time*/, Side side, std::span<const uint8_t> octets) override {
-            wire.heard += (side == Side::kClient ? "" : "<") + formatHex(octets) + " ";
-            return wire.isWanted;
-        }
-        void gap(Time /*time*/, Side /*side*/, size_t octets) override {
-            wire.heard += "(" + std::to_string(octets) + ") ";
-        }
-        void late(Time /*time*/, Side /*side*/, std::span<const uint8_t> octets) override {
-            wire.heard += "late " + formatHex(octets) + " ";
-        }
-        void end(Time /*time*/) override { wire.heard += "end "; }
-        Wire& wire;
-    };
-
-    std::unique_ptr<StreamReader> open(const Flow& /*flow*/) override {
-        return std::make_unique<Reader>(*this);
-    }
-    void datagram(Time /*time*/, const Flow& /*flow*/, std::span<const uint8_t> octets) override {
-        heard += formatHex(octets) + " ";
-    }
-    bool exported(Time /*time*/, const Flow& /*flow*/, std::string_view /*protocol*/,
-                  std::span<const uint8_t> /*octets*/) override {
-        return false;
-    }
-
-    /// Between two ports of one host.
+    /// Between two ports of one host. Each is a frame.
     /// flags: 2000 for more fragments, and where the payload belongs, in units of 8 octets.
     void packet(Time time, unsigned id, unsigned flags, uint8_t protocol, const char* payload) {
         Octets octets = hex("4500 0000 0000 0000 4000 0000 0a000001 0a000001");
@@ -343,17 +324,11 @@ struct Wire : NetworkListener {
         octets[7] = static_cast<uint8_t>(flags);
         octets[9] = protocol;
         octets.insert(octets.end(), rest.begin(), rest.end());
-        network.frame(
-            {.time = time, .linkType = DLT_RAW, .octets = octets, .length = octets.size()});
-    }
-    void first(Time time, unsigned id) { packet(time, id, 0x2000, 17, "06b7 06b7 000a 0000"); }
-    void second(Time time, unsigned id) { packet(time, id, 0x0001, 17, "aabb"); }
-    size_t counted(const std::string& kind) const {
-        const auto found = unread.kinds().find(kind);
-        return found != unread.kinds().end() ? found->second : 0;
-    }
-    size_t lostFragments() const {
-        return counted("IP fragments without the rest of their packet");
+        network.frame({.id = {0, ++frames},
+                       .time = time,
+                       .linkType = DLT_RAW,
+                       .octets = octets,
+                       .length = octets.size()});
     }
 
     /// A TCP segment between ports 5000 and 1720, in hex: sequence number, acknowledged number,
@@ -366,11 +341,60 @@ struct Wire : NetworkListener {
             (ports + sequence + acknowledged + "50" + flags + "2000 0000 0000" + payload).c_str());
     }
 
+    uint32_t frames = 0;
+    Network network;
+};
+
+/// What comes out of it.
+struct Wire : NetworkListener {
+    explicit Wire(size_t limit = 1 << 16) : budget(limit) {}
+
+    struct Reader : StreamReader {
+        explicit Reader(Wire& owner) : wire(owner) {}
+        bool octets(Time /*time*/, Side side, const StreamPart& part) override {
+            wire.heard += (side == Side::kClient ? "" : "<") + formatHex(part.octets) + " ";
+            return wire.isWanted;
+        }
+        void gap(Time /*time*/, Side /*side*/, size_t octets) override {
+            wire.heard += "(" + std::to_string(octets) + ") ";
+        }
+        void late(Time /*time*/, Side /*side*/, const StreamPart& part) override {
+            wire.heard += "late " + formatHex(part.octets) + " ";
+        }
+        void end(Time /*time*/) override { wire.heard += "end "; }
+        Wire& wire;
+    };
+
+    std::unique_ptr<StreamReader> open(const Flow& /*flow*/) override {
+        return std::make_unique<Reader>(*this);
+    }
+    void datagram(const Arrival& /*arrival*/, const Flow& /*flow*/,
+                  std::span<const uint8_t> octets) override {
+        heard += formatHex(octets) + " ";
+    }
+    bool exported(const Arrival& /*arrival*/, const Flow& /*flow*/, std::string_view /*protocol*/,
+                  std::span<const uint8_t> /*octets*/) override {
+        return false;
+    }
+
+    void first(Time time, unsigned id) { packet(time, id, 0x2000, 17, "06b7 06b7 000a 0000"); }
+    void second(Time time, unsigned id) { packet(time, id, 0x0001, 17, "aabb"); }
+    size_t counted(const std::string& kind) const {
+        const auto found = unread.kinds().find(kind);
+        return found != unread.kinds().end() ? found->second : 0;
+    }
+    size_t lostFragments() const {
+        return counted("IP fragments without the rest of their packet");
+    }
+
+    void packet(Time time, unsigned id, unsigned flags, uint8_t protocol, const char* payload) {
+        packets.packet(time, id, flags, protocol, payload);
+    }
     std::string heard;
     bool isWanted = true;  // streams, after their first octets
     Unread unread;
     MemoryBudget budget;
-    Network network{*this, budget, unread};
+    Packets packets{*this, budget, unread};
 };
 
 TEST(Network, FragmentsWaitFor30Seconds) {
@@ -433,8 +457,8 @@ TEST(TcpStreams, AsManyAsAreKept) {
 TEST(TcpStreams, SilentForADay) {
     constexpr Time kDay = Time{24} * 3600 * 1000000;
     Wire wire;
-    wire.segment(1, "00000001", "00000000", "02", "");
-    wire.segment(2, "00000002", "00000000", "08", "aabb");
+    wire.packets.segment(1, "00000001", "00000000", "02", "");
+    wire.packets.segment(2, "00000002", "00000000", "08", "aabb");
     wire.packet(kDay, 3, 0, 6, "1389 06b8 00000001 00000000 5002 2000 0000 0000");
     EXPECT_EQ(wire.heard, "aabb ");
     wire.packet(2 * kDay, 4, 0, 6, "138a 06b8 00000001 00000000 5002 2000 0000 0000");
@@ -479,10 +503,62 @@ TEST(TcpStreams, HowOneEnds) {
             fields >> sequence >> acknowledged >> flags >> payload;
             sequence.insert(0, 8 - sequence.size(), '0');
             acknowledged.insert(0, 8 - acknowledged.size(), '0');
-            wire.segment(1, sequence, acknowledged, flags, payload, fromServer);
+            wire.packets.segment(1, sequence, acknowledged, flags, payload, fromServer);
         }
         EXPECT_EQ(wire.heard, row.heard);
     }
+}
+
+TEST(MessageFinder, TheFramesOfEachMessage) {
+    // Q.931 in a TPKT of 9 octets, which is a message by itself, in a stream that has to be judged.
+    const std::string setup = "030000090802000105";
+    const std::string two = setup + setup;
+    const struct {
+        const char* why;
+        std::vector<std::pair<int, std::string>> segments;  // "sequence payload"; 0: acknowledges
+        const char* frames;                                 // the SYN is the first
+    } rows[] = {
+        {"two in a segment", {{1, two}}, "2 | 2 | "},
+        {"a message in three segments, and the next in the last",
+         {{1, two.substr(0, 2)}, {2, two.substr(2, 4)}, {4, two.substr(6)}},
+         "2 3 4 | 4 | "},
+        {"in the wrong order",
+         {{1, two.substr(0, 6)}, {10, setup}, {4, two.substr(6, 12)}},
+         "2 4 | 3 | "},
+        {"sent again before it is whole, and longer",
+         {{1, two.substr(0, 6)},
+          {8, two.substr(14, 2)},
+          {8, two.substr(14)},
+          {4, two.substr(6, 8)}},
+         "2 4 5 | 4 | "},
+        {"after a gap that is acknowledged", {{1, setup}, {20, setup}, {0, ""}}, "2 | 3 | "},
+        {"a gap that is filled late",
+         {{1, setup}, {19, setup}, {0, ""}, {10, setup}},
+         "2 | 3 | 5 | "},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        Finder finder("");
+        Packets packets(finder.finder, finder.budget, finder.unread);
+        const auto sequence = [](int number) {
+            std::array<char, 9> text{};
+            std::snprintf(text.data(), text.size(), "%08x", static_cast<unsigned>(number));
+            return std::string(text.data());
+        };
+        packets.segment(1, sequence(0), sequence(0), "02", "");
+        for (const auto& [number, payload] : row.segments)
+            packets.segment(1, sequence(number), sequence(number > 0 ? 0 : 100), "10", payload,
+                            number == 0);
+        packets.network.end();
+        EXPECT_EQ(finder.frames, row.frames);
+        EXPECT_EQ(finder.budget.used(), 0U);
+    }
+
+    Finder finder("");
+    Packets packets(finder.finder, finder.budget, finder.unread);
+    packets.packet(1, 1, 0x0001, 17, "400000");  // a RAS message in two fragments
+    packets.packet(1, 1, 0x2000, 17, "06b7 06b7 000b 0000");
+    EXPECT_EQ(finder.frames, "1 2 | ");
 }
 
 TEST(TcpStreams, HoldWhatWaitsWithinLimits) {
@@ -491,21 +567,21 @@ TEST(TcpStreams, HoldWhatWaitsWithinLimits) {
         size_t size;  // of each segment; it leaves a gap of one octet
         size_t most;
     } rows[] = {
-        {1 << 16, 200, (1 << 16) + 200},      // octets of all streams
-        {1 << 30, 1, 512},                    // segments of one side
-        {1 << 30, 16384, (1 << 20) + 16384},  // octets of one side
+        {1 << 16, 200, (1 << 16) + 216},      // octets of all streams, each segment with its frame
+        {1 << 30, 1, 512 * 17},               // segments of one side
+        {1 << 30, 16384, (1 << 20) + 16400},  // octets of one side
     };
     for (const auto& row : rows) {
         Wire wire(row.budget);
-        wire.segment(1, "00000001", "00000000", "02", "");
+        wire.packets.segment(1, "00000001", "00000000", "02", "");
         const std::string octets(2 * row.size, 'a');
         for (size_t i = 0; i < 600 && i * row.size < 2 << 20; ++i) {
             std::array<char, 17> sequence{};
             std::snprintf(sequence.data(), sequence.size(), "%08zx", 3 + i * (row.size + 1));
-            wire.segment(2, sequence.data(), "00000000", "10", octets);
+            wire.packets.segment(2, sequence.data(), "00000000", "10", octets);
             ASSERT_LE(wire.budget.used(), row.most);
         }
-        wire.network.end();
+        wire.packets.network.end();
         EXPECT_EQ(wire.budget.used(), 0U);
     }
 }

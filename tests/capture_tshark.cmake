@@ -1,6 +1,6 @@
 # cmake -DCAPTURE=program -DTSHARK=program -DFILE=... -DOUT=... -P capture_tshark.cmake: tamsel-capture
-# finds the messages that tshark finds, in that order. They are told by the indexes of their CHOICEs,
-# which a dump counts from 1.
+# finds the messages that tshark finds, in that order and in frames of the same number. They are told by
+# the indexes of their CHOICEs, which a dump counts from 1.
 file(REMOVE_RECURSE ${OUT})
 execute_process(COMMAND ${CAPTURE} -o ${OUT} ${FILE} COMMAND_ERROR_IS_FATAL ANY ERROR_QUIET)
 set(ours "")
@@ -40,6 +40,18 @@ foreach(frame IN LISTS frames)
         string(APPEND theirs "${kind} ${index} \n")
     endforeach()
 endforeach()
+file(STRINGS ${OUT}/index.tsv rows REGEX "\tyes\t")
+foreach(row IN LISTS rows)
+    string(REGEX REPLACE "^.*\t([0-9]+)\t[0-9a-f]*$" "\\1" frame "${row}")
+    if(NOT frame STREQUAL last)
+        string(APPEND ours "${frame} ")
+    endif()
+    set(last ${frame})
+endforeach()
+execute_process(COMMAND ${TSHARK} -r ${FILE} -Y "h225 || h245" -T fields -e frame.number
+    COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE frames ERROR_QUIET)
+string(REPLACE "\n" " " frames "${frames}")
+string(APPEND theirs "${frames}")
 if(ours STREQUAL "" OR NOT ours STREQUAL theirs)
     message(SEND_ERROR "ours:\n${ours}\ntshark's:\n${theirs}")
 endif()

@@ -32,17 +32,20 @@ void Conversation::release() {
 }
 
 void Conversation::hold(Held held) {
-    const size_t cost = held.octets.size() + kHeldCost;
+    const size_t cost = held.octets.size() + held.runs.size() * sizeof(FrameRun) + kHeldCost;
     heldOctets_ += cost;
     finder_.budget().take(cost);
     held_.push_back(std::move(held));
 }
 
-bool Conversation::octets(Time time, Side side, std::span<const uint8_t> octets) {
+bool Conversation::octets(Time time, Side side, const StreamPart& part) {
     if (!known_)
         if (const auto known = finder_.directory().find(Protocol::kTcp, flow_)) start(*known);
     if (!known_) {
-        hold({.time = time, .side = side, .octets = {octets.begin(), octets.end()}});
+        hold({.time = time,
+              .side = side,
+              .octets = {part.octets.begin(), part.octets.end()},
+              .runs = {part.runs.begin(), part.runs.end()}});
         bool isForeign = false;
         const auto known = judge(side, isForeign);
         if (isForeign) return false;
@@ -56,7 +59,7 @@ bool Conversation::octets(Time time, Side side, std::span<const uint8_t> octets)
         return true;
     }
     if (known_->purpose == Purpose::kNone) return false;
-    read(time, side, octets);
+    read(time, side, part);
     return true;
 }
 
@@ -98,20 +101,20 @@ void Conversation::start(const Known& known) {
         if (piece.isGap)
             gap(piece.time, piece.side, piece.gap);
         else
-            read(piece.time, piece.side, piece.octets);
+            read(piece.time, piece.side, {piece.octets, piece.runs});
     }
     release();
 }
 
-void Conversation::read(Time time, Side side, std::span<const uint8_t> octets) {
+void Conversation::read(Time time, Side side, const StreamPart& part) {
     now_ = time;
     side_ = side;
-    tpktOf(side).read(octets, *this);
+    tpktOf(side).read(part, *this);
 }
 
 void Conversation::gap(Time time, Side side, size_t octets) {
     if (!known_) {
-        hold({.time = time, .side = side, .isGap = true, .gap = octets, .octets = {}});
+        hold({.time = time, .side = side, .isGap = true, .gap = octets});
         return;
     }
     if (known_->purpose == Purpose::kNone) return;
@@ -122,15 +125,18 @@ void Conversation::gap(Time time, Side side, size_t octets) {
 }
 
 /// Octets of a gap are read if they are whole TPKTs.
-void Conversation::late(Time time, Side side, std::span<const uint8_t> octets) {
+void Conversation::late(Time time, Side side, const StreamPart& part) {
     if (!known_ || known_->purpose == Purpose::kNone) return;
+    auto octets = part.octets;
     size_t whole = 0;
     while (const size_t length = wholeTpkt(octets.subspan(whole))) whole += length;
     if (whole != octets.size()) return;
     now_ = time;
     side_ = side;
+    std::vector<FrameId> frames;
+    findFrames(frames, part.runs, 0, octets.size());
     while (const size_t length = wholeTpkt(octets)) {
-        tpkt(octets.first(length).subspan(kTpktHeader));
+        tpkt(octets.first(length).subspan(kTpktHeader), frames);
         octets = octets.subspan(length);
     }
 }
@@ -147,12 +153,13 @@ void Conversation::end(Time time) {
     }
 }
 
-void Conversation::tpkt(std::span<const uint8_t> message) {
+void Conversation::tpkt(std::span<const uint8_t> message, std::span<const FrameId> frames) {
     if (message.empty()) return;  // keeps the connection alive
+    const Arrival arrival{now_, frames};
     if (known_->purpose == Purpose::kSignalling)
-        finder_.signalling(now_, flowOf(side_), message, this);
+        finder_.signalling(arrival, flowOf(side_), message, this);
     else
-        finder_.h245(now_, flowOf(side_), message, known_->call, this);
+        finder_.h245(arrival, flowOf(side_), message, known_->call, this);
 }
 
 void Conversation::wanted() {

@@ -16,9 +16,9 @@ class Conversation : public StreamReader, private TpktReceiver {
     ~Conversation() override;
 
     // StreamReader
-    bool octets(Time time, Side side, std::span<const uint8_t> octets) override;
+    bool octets(Time time, Side side, const StreamPart& part) override;
     void gap(Time time, Side side, size_t octets) override;
-    void late(Time time, Side side, std::span<const uint8_t> octets) override;
+    void late(Time time, Side side, const StreamPart& part) override;
     void end(Time time) override;
 
     /// Tells that the conversation has a message of the call that is looked for.
@@ -31,18 +31,19 @@ class Conversation : public StreamReader, private TpktReceiver {
         Side side = Side::kClient;
         bool isGap = false;
         size_t gap = 0;
-        std::vector<uint8_t> octets;
+        std::vector<uint8_t> octets{};
+        std::vector<FrameRun> runs{};
     };
 
     // TpktReceiver
-    void tpkt(std::span<const uint8_t> message) override;
+    void tpkt(std::span<const uint8_t> message, std::span<const FrameId> frames) override;
     void lost(size_t octets) override;
 
     void hold(Held held);
     void release();
     std::optional<Known> judge(Side side, bool& isForeign);
     void start(const Known& known);
-    void read(Time time, Side side, std::span<const uint8_t> octets);
+    void read(Time time, Side side, const StreamPart& part);
     void remark(Time time, Side side, Remark what, size_t octets);
     TpktReader& tpktOf(Side side) { return side == Side::kClient ? client_ : server_; }
     Flow flowOf(Side side) const { return side == Side::kClient ? flow_ : flow_.reversed(); }

@@ -28,7 +28,8 @@ enum class Outcome {
 
 /// One message found. The views are valid during the call.
 struct CapturedMessage {
-    Time time = 0;
+    Time time = 0;                         // when its last octets came
+    std::span<const FrameId> frames = {};  // that carried its octets, each once, in order
     Flow flow;
     Transport transport = Transport::kUdp;
     FamilyId family = FamilyId::kRas;
@@ -39,6 +40,10 @@ struct CapturedMessage {
     std::string reason;                 // why it was refused
     const Q931Message* q931 = nullptr;  // what was around it; null if nothing was
     TamselDecoder* decoder = nullptr;   // holds the message, if it was decoded
+
+    /// The number in its file of the frame that completed it, from 1; of all that carried its
+    /// octets the last.
+    uint32_t frame() const { return frames.empty() ? 0 : frames.back().number; }
 };
 
 /// What a stream holds besides messages, or lacks.

@@ -56,22 +56,30 @@ std::unique_ptr<StreamReader> MessageFinder::open(const Flow& flow) {
     return std::make_unique<Conversation>(*this, flow);
 }
 
-void MessageFinder::datagram(Time time, const Flow& flow, std::span<const uint8_t> octets) {
+void MessageFinder::datagram(const Arrival& arrival, const Flow& flow,
+                             std::span<const uint8_t> octets) {
     const auto known = directory_.find(Protocol::kUdp, flow);
     if (known && known->purpose == Purpose::kNone) return;
     if (known && !known->isGuess)
-        ras(time, flow, octets);
+        ras(arrival, flow, octets);
     else if (isExactly(FamilyId::kRas, octets))
-        known ? ras(time, flow, octets) : guess(time, flow, octets);
+        known ? ras(arrival, flow, octets) : guess(arrival, flow, octets);
 }
 
-void MessageFinder::ras(Time time, const Flow& flow, std::span<const uint8_t> octets) {
-    messages({.time = time, .flow = flow, .octets = octets, .name = {}, .call = {}, .reason = {}});
+void MessageFinder::ras(const Arrival& arrival, const Flow& flow, std::span<const uint8_t> octets) {
+    messages({.time = arrival.time,
+              .frames = arrival.frames,
+              .flow = flow,
+              .octets = octets,
+              .name = {},
+              .call = {},
+              .reason = {}});
 }
 
 /// A datagram decoded as RAS, but one of a few thousand of any other protocol does. It is believed
 /// if it names its protocol, or if it answers another: with the same sequence number.
-void MessageFinder::guess(Time time, const Flow& flow, std::span<const uint8_t> octets) {
+void MessageFinder::guess(const Arrival& arrival, const Flow& flow,
+                          std::span<const uint8_t> octets) {
     const auto hosts = std::minmax(flow.source, flow.destination);
     const uint32_t number = carriedFacts_.sequenceNumber;
     const Guess* const before = guesses_.find(hosts);
@@ -80,28 +88,37 @@ void MessageFinder::guess(Time time, const Flow& flow, std::span<const uint8_t> 
     if (!isAnswer && !carriedFacts_.isOfH323) {
         unread_.count(kMaybeRas);
         if (octets.size() <= kMaxGuessed)
-            guesses_.put(hosts, {time, flow, number, {octets.begin(), octets.end()}});
+            guesses_.put(hosts, {arrival.time,
+                                 flow,
+                                 number,
+                                 {arrival.frames.begin(), arrival.frames.end()},
+                                 {octets.begin(), octets.end()}});
         return;
     }
     directory_.guessRas(flow);
     if (isAnswer) {
         unread_.takeBack(kMaybeRas);
-        ras(before->time, before->flow, before->octets);
+        ras({before->time, before->frames}, before->flow, before->octets);
     }
-    ras(time, flow, octets);
+    ras(arrival, flow, octets);
 }
 
-bool MessageFinder::exported(Time time, const Flow& flow, std::string_view protocol,
+bool MessageFinder::exported(const Arrival& arrival, const Flow& flow, std::string_view protocol,
                              std::span<const uint8_t> octets) {
     if (protocol == "h225.ras") {
-        messages(
-            {.time = time, .flow = flow, .octets = octets, .name = {}, .call = {}, .reason = {}});
+        messages({.time = arrival.time,
+                  .frames = arrival.frames,
+                  .flow = flow,
+                  .octets = octets,
+                  .name = {},
+                  .call = {},
+                  .reason = {}});
     } else if (protocol == "h245") {
-        h245(time, flow, octets, {}, nullptr);
+        h245(arrival, flow, octets, {}, nullptr);
     } else if (protocol == "q931") {
-        signalling(time, flow, octets, nullptr);
+        signalling(arrival, flow, octets, nullptr);
     } else if (protocol == "tpkt") {
-        if (octets.size() > 4) signalling(time, flow, octets.subspan(4), nullptr);
+        if (octets.size() > 4) signalling(arrival, flow, octets.subspan(4), nullptr);
     } else {
         return false;
     }
@@ -119,10 +136,11 @@ bool MessageFinder::isExactly(FamilyId family, std::span<const uint8_t> octets) 
     return isMessage(family, octets) && carriedDecoder_.octets() == octets.size();
 }
 
-void MessageFinder::h245(Time time, const Flow& flow, std::span<const uint8_t> octets,
+void MessageFinder::h245(const Arrival& arrival, const Flow& flow, std::span<const uint8_t> octets,
                          const CallNames& call, Conversation* conversation) {
     conversation_ = conversation;
-    messages({.time = time,
+    messages({.time = arrival.time,
+              .frames = arrival.frames,
               .flow = flow,
               .transport = Transport::kTcp,
               .family = FamilyId::kH245,
@@ -134,15 +152,16 @@ void MessageFinder::h245(Time time, const Flow& flow, std::span<const uint8_t> o
 }
 
 /// What is no Q.931 in a call-signalling stream may be H.245.
-void MessageFinder::signalling(Time time, const Flow& flow, std::span<const uint8_t> octets,
-                               Conversation* conversation) {
+void MessageFinder::signalling(const Arrival& arrival, const Flow& flow,
+                               std::span<const uint8_t> octets, Conversation* conversation) {
     if (!startsQ931(octets)) {
-        h245(time, flow, octets, {}, conversation);
+        h245(arrival, flow, octets, {}, conversation);
         return;
     }
     Q931Message q931;
     const bool isWhole = readQ931(octets, q931);
-    CapturedMessage found{.time = time,
+    CapturedMessage found{.time = arrival.time,
+                          .frames = arrival.frames,
                           .flow = flow,
                           .transport = Transport::kTcp,
                           .family = FamilyId::kUi,
@@ -240,6 +259,7 @@ void MessageFinder::identify(CapturedMessage& message) {
 /// What a call-signalling message carries of H.245.
 void MessageFinder::carried(const CapturedMessage& message) {
     CapturedMessage found{.time = message.time,
+                          .frames = message.frames,
                           .flow = message.flow,
                           .transport = Transport::kFastStart,
                           .family = FamilyId::kH245,

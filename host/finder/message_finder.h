@@ -26,16 +26,17 @@ class MessageFinder : public NetworkListener {
     MessageFinder(MessageSink& sink, MemoryBudget& budget, Unread& unread, FinderOptions options);
 
     // NetworkListener
-    void datagram(Time time, const Flow& flow, std::span<const uint8_t> octets) override;
-    bool exported(Time time, const Flow& flow, std::string_view protocol,
+    void datagram(const Arrival& arrival, const Flow& flow,
+                  std::span<const uint8_t> octets) override;
+    bool exported(const Arrival& arrival, const Flow& flow, std::string_view protocol,
                   std::span<const uint8_t> octets) override;
     std::unique_ptr<StreamReader> open(const Flow& flow) override;
 
     /// The content of one TPKT, and the conversation that it is of.
-    void signalling(Time time, const Flow& flow, std::span<const uint8_t> octets,
+    void signalling(const Arrival& arrival, const Flow& flow, std::span<const uint8_t> octets,
                     Conversation* conversation);
-    void h245(Time time, const Flow& flow, std::span<const uint8_t> octets, const CallNames& call,
-              Conversation* conversation);
+    void h245(const Arrival& arrival, const Flow& flow, std::span<const uint8_t> octets,
+              const CallNames& call, Conversation* conversation);
 
     /// Whether octets are exactly one message, of a kind that is known.
     bool isExactly(FamilyId family, std::span<const uint8_t> octets);
@@ -65,11 +66,12 @@ class MessageFinder : public NetworkListener {
         Time time = 0;
         Flow flow;
         uint32_t sequenceNumber = 0;
+        std::vector<FrameId> frames;
         std::vector<uint8_t> octets;
     };
 
-    void guess(Time time, const Flow& flow, std::span<const uint8_t> octets);
-    void ras(Time time, const Flow& flow, std::span<const uint8_t> octets);
+    void guess(const Arrival& arrival, const Flow& flow, std::span<const uint8_t> octets);
+    void ras(const Arrival& arrival, const Flow& flow, std::span<const uint8_t> octets);
     bool isMessage(FamilyId family, std::span<const uint8_t> octets);
     void messages(const CapturedMessage& found);
     void message(CapturedMessage& message);

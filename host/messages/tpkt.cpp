@@ -43,46 +43,53 @@ bool TpktReader::isConfirmed(std::span<const uint8_t> octets, TpktContent conten
     return judge(octets, content) == Verdict::kYes;
 }
 
-void TpktReader::read(std::span<const uint8_t> segment, TpktReceiver& receiver) {
-    if (toSkip_ > 0) {
-        const size_t skipped = std::min(toSkip_, segment.size());
-        toSkip_ -= skipped;
-        receiver.lost(skipped);
-        segment = segment.subspan(skipped);
-    }
-    if (segment.empty()) return;
+void TpktReader::read(const StreamPart& segment, TpktReceiver& receiver) {
+    const size_t skipped = std::min(toSkip_, segment.octets.size());
+    toSkip_ -= skipped;
+    if (skipped > 0) receiver.lost(skipped);
+    const auto octets = segment.octets.subspan(skipped);
+    if (octets.empty()) return;
     if (budget_.isSpent() && !held_.empty()) gap(0, receiver);
     const size_t before = held_.size();
     if (before == 0) {
-        hold(readSome(segment, 0, receiver));
+        hold(segment, readSome(segment, skipped, 0, receiver));
         return;
     }
+    budget_.giveBack(cost());
     // Not `insert`: g++ 14 warns that it may overflow.
-    held_.resize(before + segment.size());
-    std::ranges::copy(segment, held_.begin() + static_cast<std::ptrdiff_t>(before));
-    budget_.take(segment.size());
+    held_.resize(before + octets.size());
+    std::ranges::copy(octets, held_.begin() + static_cast<std::ptrdiff_t>(before));
+    appendPart(runs_, segment.runs, skipped, segment.octets.size(), before);
+    budget_.take(cost());
     if (isInStep_ && startsHeader(held_) && wholeTpkt(held_) == 0) return;
+    budget_.giveBack(cost());
     const auto all = std::move(held_);
+    const auto runs = std::move(runs_);
     held_.clear();
-    budget_.giveBack(all.size());
-    hold(readSome(all, before, receiver));
+    runs_.clear();
+    const StreamPart part{all, runs};
+    hold(part, readSome(part, 0, before, receiver));
 }
 
-/// Passes on what can be read; the newest segment is from `newFrom` on. Returns the rest.
-std::span<const uint8_t> TpktReader::readSome(std::span<const uint8_t> octets, size_t newFrom,
-                                              TpktReceiver& receiver) {
+/// Passes on what can be read from a position on; the newest segment begins `newFrom` octets after
+/// it. Returns the position of the rest.
+size_t TpktReader::readSome(const StreamPart& part, size_t at, size_t newFrom,
+                            TpktReceiver& receiver) {
+    auto runs = part.runs;
     while (true) {
         if (!isInStep_) {
-            const size_t passed = seek(octets, newFrom);
+            const size_t passed = seek(part.octets.subspan(at), newFrom);
             if (passed > 0) receiver.lost(passed);
-            octets = octets.subspan(passed);
-            if (!isInStep_) return octets;
+            at += passed;
+            if (!isInStep_) return at;
         }
-        while (const size_t length = wholeTpkt(octets)) {
-            receiver.tpkt(octets.first(length).subspan(kTpktHeader));
-            octets = octets.subspan(length);
+        while (const size_t length = wholeTpkt(part.octets.subspan(at))) {
+            while (!runs.empty() && runs.front().end <= at) runs = runs.subspan(1);
+            findFrames(frames_, runs, at, at + length);
+            receiver.tpkt(part.octets.subspan(at, length).subspan(kTpktHeader), frames_);
+            at += length;
         }
-        if (startsHeader(octets)) return octets;
+        if (startsHeader(part.octets.subspan(at))) return at;
         isInStep_ = false;
         newFrom = 0;
     }
@@ -120,8 +127,7 @@ void TpktReader::gap(size_t octets, TpktReceiver& receiver) {
     const size_t skipped = isWithin ? be16(held, 2) - held.size() - octets : 0;
     const bool isCounted = toSkip_ > 0 && octets > 0 && octets <= toSkip_;
     if (!held.empty()) receiver.lost(held.size());
-    budget_.giveBack(held.size());
-    held_.clear();
+    release();
     candidates_.clear();
     if (isCounted) {
         toSkip_ -= octets;
@@ -131,7 +137,16 @@ void TpktReader::gap(size_t octets, TpktReceiver& receiver) {
     isInStep_ = isWithin;
 }
 
-void TpktReader::hold(std::span<const uint8_t> octets) {
-    held_.assign(octets.begin(), octets.end());
-    budget_.take(octets.size());
+/// Holds the octets from a position on.
+void TpktReader::hold(const StreamPart& part, size_t from) {
+    const auto rest = part.octets.subspan(from);
+    held_.assign(rest.begin(), rest.end());
+    appendPart(runs_, part.runs, from, part.octets.size(), 0);
+    budget_.take(cost());
+}
+
+void TpktReader::release() {
+    budget_.giveBack(cost());
+    held_.clear();
+    runs_.clear();
 }

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "frame_runs.h"
 #include "memory_budget.h"
 
 constexpr size_t kTpktHeader = 4;
@@ -17,8 +18,8 @@ size_t wholeTpkt(std::span<const uint8_t> octets);
 class TpktReceiver {
   public:
     virtual ~TpktReceiver() = default;
-    /// Each message, without its header.
-    virtual void tpkt(std::span<const uint8_t> message) = 0;
+    /// Each message, without its header, and the frames that carried it.
+    virtual void tpkt(std::span<const uint8_t> message, std::span<const FrameId> frames) = 0;
     /// How many octets were passed over: what is no TPKT, or a part of one.
     virtual void lost(size_t octets) = 0;
 };
@@ -33,7 +34,7 @@ enum class TpktContent { kAny, kQ931 };
 class TpktReader {
   public:
     explicit TpktReader(MemoryBudget& budget) : budget_(budget) {}
-    ~TpktReader() { budget_.giveBack(held_.size()); }
+    ~TpktReader() { release(); }
     TpktReader(const TpktReader&) = delete;
     TpktReader& operator=(const TpktReader&) = delete;
 
@@ -41,7 +42,7 @@ class TpktReader {
 
     /// Takes the next octets of the stream, as one segment brought them, and passes on the messages
     /// that are complete with them.
-    void read(std::span<const uint8_t> segment, TpktReceiver& receiver);
+    void read(const StreamPart& segment, TpktReceiver& receiver);
 
     /// So many octets are missing here; 0 if that is unknown. A message that is not complete is
     /// given up.
@@ -55,15 +56,18 @@ class TpktReader {
     enum class Verdict { kNo, kMaybe, kYes };
 
     static Verdict judge(std::span<const uint8_t> octets, TpktContent content);
-    std::span<const uint8_t> readSome(std::span<const uint8_t> octets, size_t newFrom,
-                                      TpktReceiver& receiver);
+    size_t readSome(const StreamPart& part, size_t at, size_t newFrom, TpktReceiver& receiver);
     size_t seek(std::span<const uint8_t> octets, size_t newFrom);
-    void hold(std::span<const uint8_t> octets);
+    void hold(const StreamPart& part, size_t from);
+    void release();
+    size_t cost() const { return held_.size() + runs_.size() * sizeof(FrameRun); }
 
     MemoryBudget& budget_;
     TpktContent content_ = TpktContent::kAny;
     bool isInStep_ = true;
     size_t toSkip_ = 0;               // of a message that a gap has cut
     std::vector<uint8_t> held_;       // in step: from a header on; else from the first candidate on
+    std::vector<FrameRun> runs_;      // of held_
+    std::vector<FrameId> frames_;     // of the message at hand
     std::vector<size_t> candidates_;  // positions in held_ that may be headers; not in step
 };

@@ -27,7 +27,8 @@ ssize_t CaptureFile::readForPcap(void* file, char* to, size_t size) {
     }
 }
 
-CaptureFile::CaptureFile(const std::string& name) : input_(name) {
+CaptureFile::CaptureFile(const std::string& name, uint32_t index)
+    : input_(name), id_{.file = index} {
     if (PcapngReader::recognises(input_.start())) {
         pcapng_ = std::make_unique<PcapngReader>(input_);
         return;
@@ -44,6 +45,8 @@ CaptureFile::CaptureFile(const std::string& name) : input_(name) {
 
 bool CaptureFile::next(Frame& frame) {
     if (!(pcapng_ ? pcapng_->next(frame) : nextOfPcap(frame))) return false;
+    id_.number = pcapng_ ? pcapng_->number() : id_.number + 1;
+    frame.id = id_;
     frame.time = std::clamp(frame.time, Time{0}, kLatest);
     return true;
 }

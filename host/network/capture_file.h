@@ -12,8 +12,9 @@ struct pcap;
 
 class CaptureFile {
   public:
-    /// Opens a file, or standard input for "-". Throws BadCapture.
-    explicit CaptureFile(const std::string& name);
+    /// Opens a file, or standard input for "-"; `index` is its place among those that are read.
+    /// Throws BadCapture.
+    explicit CaptureFile(const std::string& name, uint32_t index = 0);
 
     /// The next frame; false at the end. Throws BadCapture if the file is damaged or cut short.
     bool next(Frame& frame);
@@ -28,6 +29,7 @@ class CaptureFile {
     bool nextOfPcap(Frame& frame);
 
     InputFile input_;
+    FrameId id_;  // of the frame read last
     std::unique_ptr<PcapngReader> pcapng_;
     std::string error_;  // of input_, met while libpcap read
     std::unique_ptr<pcap, Close> pcap_;

@@ -14,19 +14,19 @@ constexpr size_t kPartCost = 96;
 
 }  // namespace
 
-std::span<const uint8_t> Fragments::add(const Key& key, Time now, size_t offset, bool more,
+std::span<const uint8_t> Fragments::add(const Key& key, Arrival& arrival, size_t offset, bool more,
                                         std::span<const uint8_t> octets) {
     if (octets.empty() || offset + octets.size() > kMaxPacket || (more && octets.size() % 8 != 0)) {
         unread_.count("malformed IP fragments");
         return {};
     }
     auto known = byKey_.find(key);
-    if (known != byKey_.end() && known->second->first + kLife < now) {
+    if (known != byKey_.end() && known->second->first + kLife < arrival.time) {
         giveUp(known->second);
         known = byKey_.end();
     }
     if (known == byKey_.end()) {
-        packets_.push_back({.key = key, .first = now, .size = 0, .held = 0, .parts = {}});
+        packets_.push_back({.key = key, .first = arrival.time});
         known = byKey_.emplace(key, std::prev(packets_.end())).first;
     }
     Packet& packet = *known->second;
@@ -34,10 +34,12 @@ std::span<const uint8_t> Fragments::add(const Key& key, Time now, size_t offset,
     if (isNew) {
         part->second.assign(octets.begin(), octets.end());
         packet.held += octets.size();
-        held_ += octets.size() + kPartCost;
+        packet.frames.insert(packet.frames.end(), arrival.frames.begin(), arrival.frames.end());
+        held_ += octets.size() + kPartCost + arrival.frames.size_bytes();
     }
     if (!more) packet.size = offset + octets.size();
     if (packet.size > 0 && packet.held >= packet.size && join(packet)) {
+        arrival.frames = wholeFrames_;
         remove(known->second);
         return whole_;
     }
@@ -58,11 +60,15 @@ bool Fragments::join(const Packet& packet) {
     }
     if (whole_.size() < packet.size) return false;
     whole_.resize(packet.size);
+    wholeFrames_ = packet.frames;
+    std::sort(wholeFrames_.begin(), wholeFrames_.end());
+    wholeFrames_.erase(std::unique(wholeFrames_.begin(), wholeFrames_.end()), wholeFrames_.end());
     return true;
 }
 
 void Fragments::remove(Packets::iterator packet) {
-    held_ -= packet->held + packet->parts.size() * kPartCost;
+    held_ -=
+        packet->held + packet->parts.size() * kPartCost + packet->frames.size() * sizeof(FrameId);
     byKey_.erase(packet->key);
     packets_.erase(packet);
 }

@@ -25,8 +25,9 @@ class Fragments {
     };
 
     /// Takes a fragment; `more` says that it is not the last. Returns the packet's payload if it is
-    /// whole with this fragment, which is valid until the next call, or else nothing.
-    std::span<const uint8_t> add(const Key& key, Time now, size_t offset, bool more,
+    /// whole with this fragment, and adds its frames to `arrival`, or else returns nothing. Both
+    /// are valid until the next call.
+    std::span<const uint8_t> add(const Key& key, Arrival& arrival, size_t offset, bool more,
                                  std::span<const uint8_t> octets);
 
     /// Gives up all packets that are not whole.
@@ -38,7 +39,8 @@ class Fragments {
         Time first = 0;
         size_t size = 0;  // of the packet; 0 if its last fragment is missing
         size_t held = 0;  // octets in parts
-        std::map<size_t, std::vector<uint8_t>> parts;
+        std::map<size_t, std::vector<uint8_t>> parts{};
+        std::vector<FrameId> frames{};  // of the parts
     };
     using Packets = std::list<Packet>;
 
@@ -51,4 +53,5 @@ class Fragments {
     std::map<Key, Packets::iterator> byKey_;
     size_t held_ = 0;  // octets in all packets, and what their parts cost
     std::vector<uint8_t> whole_;
+    std::vector<FrameId> wholeFrames_;
 };

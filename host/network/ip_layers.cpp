@@ -51,7 +51,7 @@ PacketReader::Layer PacketReader::ipv4(std::span<const uint8_t> octets) {
         if (isCut) return malformed();
         payload = fragments_.add(
             {flow_.source.address, flow_.destination.address, protocol << 16 | be16(octets, 4)},
-            now_, offset, more, payload);
+            arrival_, offset, more, payload);
     }
     return {Registry::kIpProtocol, protocol, payload};
 }
@@ -82,7 +82,7 @@ PacketReader::Layer PacketReader::ipv6(std::span<const uint8_t> octets) {
         if (isAtomic) continue;
         if (isCut) return malformed();
         octets = fragments_.add({flow_.source.address, flow_.destination.address, identification},
-                                now_, fragment & ~7U, (fragment & 1) != 0, octets);
+                                arrival_, fragment & ~7U, (fragment & 1) != 0, octets);
         if (octets.empty()) return {};
     }
     return {Registry::kIpProtocol, protocol, octets};
@@ -150,7 +150,7 @@ PacketReader::Layer PacketReader::udp(std::span<const uint8_t> octets) {
         if (payload.size() < header) return malformed();
         return {Registry::kEtherType, be16(payload, 2), payload.subspan(header)};
     }
-    if (!payload.empty()) listener_.datagram(flow_, payload);
+    if (!payload.empty()) listener_.datagram(arrival_, flow_, payload);
     return {};
 }
 
@@ -161,12 +161,13 @@ PacketReader::Layer PacketReader::tcp(std::span<const uint8_t> octets) {
     flow_.source.port = static_cast<uint16_t>(be16(octets, 0));
     flow_.destination.port = static_cast<uint16_t>(be16(octets, 2));
     const unsigned flags = octets[13];
-    listener_.segment(flow_, {.sequence = be32(octets, 4),
-                              .acknowledged = be32(octets, 8),
-                              .syn = (flags & 2) != 0,
-                              .ack = (flags & 16) != 0,
-                              .fin = (flags & 1) != 0,
-                              .rst = (flags & 4) != 0,
-                              .payload = octets.subspan(header)});
+    listener_.segment(arrival_, flow_,
+                      {.sequence = be32(octets, 4),
+                       .acknowledged = be32(octets, 8),
+                       .syn = (flags & 2) != 0,
+                       .ack = (flags & 16) != 0,
+                       .fin = (flags & 1) != 0,
+                       .rst = (flags & 4) != 0,
+                       .payload = octets.subspan(header)});
     return {};
 }

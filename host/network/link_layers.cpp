@@ -68,7 +68,8 @@ bool PacketReader::knows(unsigned linkType) {
 }
 
 void PacketReader::frame(const Frame& frame) {
-    now_ = frame.time;
+    frame_ = frame.id;
+    arrival_ = {frame.time, {&frame_, 1}};
     flow_ = {};
     if (frame.octets.size() < frame.length)
         unread_.count("frames that the capture has only a part of");
@@ -241,7 +242,7 @@ PacketReader::Layer PacketReader::exportedPdu(std::span<const uint8_t> octets) {
     protocol = protocol.substr(0, protocol.find('\0'));
     if (protocol == "ip" || protocol == "ipv6") return octets.empty() ? malformed() : ip(octets);
     if (protocol.starts_with("eth")) return {Registry::kLinkType, kEthernet, octets};
-    if (!octets.empty() && !listener_.exported(flow_, protocol, octets)) {
+    if (!octets.empty() && !listener_.exported(arrival_, flow_, protocol, octets)) {
         std::string name(protocol.substr(0, 20));
         for (char& c : name)
             if (c < '!' || c > '~') c = '?';

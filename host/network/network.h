@@ -7,10 +7,11 @@
 /// Who is told. Spans are valid during the call.
 class NetworkListener : public StreamListener {
   public:
-    virtual void datagram(Time time, const Flow& flow, std::span<const uint8_t> octets) = 0;
+    virtual void datagram(const Arrival& arrival, const Flow& flow,
+                          std::span<const uint8_t> octets) = 0;
     /// A message that another program cut out of a stream and named. Returns false if that protocol
     /// is not known.
-    virtual bool exported(Time time, const Flow& flow, std::string_view protocol,
+    virtual bool exported(const Arrival& arrival, const Flow& flow, std::string_view protocol,
                           std::span<const uint8_t> octets) = 0;
 };
 
@@ -31,15 +32,16 @@ class Network : private PacketListener {
     }
 
   private:
-    void segment(const Flow& flow, const Segment& segment) override {
-        streams_.segment(now_, flow, segment);
+    void segment(const Arrival& arrival, const Flow& flow, const Segment& segment) override {
+        streams_.segment(arrival, flow, segment);
     }
-    void datagram(const Flow& flow, std::span<const uint8_t> payload) override {
-        listener_.datagram(now_, flow, payload);
-    }
-    bool exported(const Flow& flow, std::string_view protocol,
+    void datagram(const Arrival& arrival, const Flow& flow,
                   std::span<const uint8_t> payload) override {
-        return listener_.exported(now_, flow, protocol, payload);
+        listener_.datagram(arrival, flow, payload);
+    }
+    bool exported(const Arrival& arrival, const Flow& flow, std::string_view protocol,
+                  std::span<const uint8_t> payload) override {
+        return listener_.exported(arrival, flow, protocol, payload);
     }
 
     NetworkListener& listener_;

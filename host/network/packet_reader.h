@@ -26,11 +26,12 @@ struct Segment {
 class PacketListener {
   public:
     virtual ~PacketListener() = default;
-    virtual void segment(const Flow& flow, const Segment& segment) = 0;
-    virtual void datagram(const Flow& flow, std::span<const uint8_t> payload) = 0;
+    virtual void segment(const Arrival& arrival, const Flow& flow, const Segment& segment) = 0;
+    virtual void datagram(const Arrival& arrival, const Flow& flow,
+                          std::span<const uint8_t> payload) = 0;
     /// A message that another program cut out of a stream and named.
     /// Returns false if that protocol is not known.
-    virtual bool exported(const Flow& flow, std::string_view protocol,
+    virtual bool exported(const Arrival& arrival, const Flow& flow, std::string_view protocol,
                           std::span<const uint8_t> payload) = 0;
 };
 
@@ -82,6 +83,7 @@ class PacketReader {
     PacketListener& listener_;
     Unread& unread_;
     Fragments fragments_;
-    Time now_ = 0;
-    Flow flow_;  // of the innermost IP packet
+    FrameId frame_;    // at hand
+    Arrival arrival_;  // of the innermost packet: in that frame, and those of its fragments
+    Flow flow_;        // of the innermost IP packet
 };

@@ -11,6 +11,9 @@ constexpr uint32_t kPacket = 2;  // obsolete
 constexpr uint32_t kSimplePacket = 3;
 constexpr uint32_t kEnhancedPacket = 6;
 
+/// Blocks that are numbered as frames are: journal entries, custom blocks, system calls.
+constexpr uint32_t kEvents[] = {9, 0x0BAD, 0x40000BAD, 0x204, 0x216, 0x221};
+
 constexpr size_t kBlockFrame = 12;          // type, and the length twice
 constexpr size_t kMaxBlock = 16 << 20;      // of the blocks that are read
 constexpr size_t kMaxInterfaces = 1 << 16;  // in a section
@@ -45,7 +48,7 @@ bool PcapngReader::recognises(std::span<const uint8_t> start) {
 }
 
 /// A number of the block's body, in the byte order of the section.
-uint64_t PcapngReader::number(size_t at, size_t octets) const {
+uint64_t PcapngReader::integer(size_t at, size_t octets) const {
     if (at + octets > body_.size()) throw BadCapture("a pcapng block is too short");
     uint64_t value = 0;
     for (size_t i = 0; i < octets; ++i)
@@ -68,16 +71,16 @@ bool PcapngReader::readBlock() {
     const size_t got = input_.readAll(body_.data(), 8);
     if (got == 0) return false;
     if (got < 8) throw BadCapture("the file ends within a block");
-    type_ = static_cast<uint32_t>(number(0, 4));
+    type_ = static_cast<uint32_t>(integer(0, 4));
     size_t here = 8;
     if (type_ == kSectionHeader) {
         if (input_.readAll(body_.data() + 8, 4) < 4)
             throw BadCapture("the file ends within a block");
         here = 12;
         isBigEndian_ = body_[8] == 0x1A;
-        if (number(8, 4) != kByteOrderMagic) throw BadCapture("a pcapng section without its mark");
+        if (integer(8, 4) != kByteOrderMagic) throw BadCapture("a pcapng section without its mark");
     }
-    const auto length = static_cast<size_t>(number(4, 4));
+    const auto length = static_cast<size_t>(integer(4, 4));
     if (length < here + 4 || length % 4 != 0) throw BadCapture("a pcapng block of no valid length");
     const bool isKnown = type_ == kInterfaceDescription || type_ == kPacket ||
                          type_ == kSimplePacket || type_ == kEnhancedPacket;
@@ -98,17 +101,17 @@ bool PcapngReader::readBlock() {
 void PcapngReader::readInterface() {
     if (interfaces_.size() == kMaxInterfaces) throw BadCapture("too many interfaces");
     Interface interface {
-        .linkType = static_cast<unsigned>(number(0, 2)),
-        .snapLength = static_cast<uint32_t>(number(4, 4))
+        .linkType = static_cast<unsigned>(integer(0, 2)),
+        .snapLength = static_cast<uint32_t>(integer(4, 4))
     };
     for (size_t at = 8; at + 4 <= body_.size();) {
-        const auto code = static_cast<unsigned>(number(at, 2));
-        const auto length = static_cast<size_t>(number(at + 2, 2));
+        const auto code = static_cast<unsigned>(integer(at, 2));
+        const auto length = static_cast<size_t>(integer(at + 2, 2));
         if (code == 0) break;
         if (code == kOptionResolution && length == 1)
-            interface.resolution = static_cast<uint8_t>(number(at + 4, 1));
+            interface.resolution = static_cast<uint8_t>(integer(at + 4, 1));
         if (code == kOptionOffset && length == 8)
-            interface.offset = static_cast<int64_t>(number(at + 4, 8));
+            interface.offset = static_cast<int64_t>(integer(at + 4, 8));
         at += 4 + padded(length);
     }
     interfaces_.push_back(interface);
@@ -122,9 +125,9 @@ const PcapngReader::Interface& PcapngReader::interfaceAt(size_t index) const {
 
 /// An Enhanced Packet Block, or the obsolete Packet Block.
 void PcapngReader::readFrame(Frame& frame, size_t interfaceOctets) {
-    const Interface& interface = interfaceAt(static_cast<size_t>(number(0, interfaceOctets)));
-    const uint64_t ticks = number(4, 4) << 32 | number(8, 4);
-    const auto size = static_cast<size_t>(number(12, 4));
+    const Interface& interface = interfaceAt(static_cast<size_t>(integer(0, interfaceOctets)));
+    const uint64_t ticks = integer(4, 4) << 32 | integer(8, 4);
+    const auto size = static_cast<size_t>(integer(12, 4));
     if (20 + size > body_.size()) throw BadCapture("a frame longer than its block");
     const uint64_t offset = static_cast<uint64_t>(interface.offset) * 1000000;
     lastTime_ = static_cast<Time>(static_cast<uint64_t>(microseconds(ticks, interface.resolution)) +
@@ -132,13 +135,13 @@ void PcapngReader::readFrame(Frame& frame, size_t interfaceOctets) {
     frame = {.time = lastTime_,
              .linkType = interface.linkType,
              .octets = std::span(body_).subspan(20, size),
-             .length = static_cast<size_t>(number(16, 4))};
+             .length = static_cast<size_t>(integer(16, 4))};
 }
 
 /// A Simple Packet Block: of the first interface, without a time.
 void PcapngReader::readSimple(Frame& frame) {
     const Interface& interface = interfaceAt(0);
-    const auto length = static_cast<size_t>(number(0, 4));
+    const auto length = static_cast<size_t>(integer(0, 4));
     size_t size = std::min(length, body_.size() - 4);
     if (interface.snapLength > 0) size = std::min<size_t>(size, interface.snapLength);
     frame = {.time = lastTime_,
@@ -157,16 +160,19 @@ bool PcapngReader::next(Frame& frame) {
                 readInterface();
                 break;
             case kPacket:
+                ++number_;
                 readFrame(frame, 2);
                 return true;
             case kEnhancedPacket:
+                ++number_;
                 readFrame(frame, 4);
                 return true;
             case kSimplePacket:
+                ++number_;
                 readSimple(frame);
                 return true;
             default:
-                break;
+                number_ += std::ranges::find(kEvents, type_) != std::end(kEvents);
         }
     }
     return false;

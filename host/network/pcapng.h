@@ -19,6 +19,10 @@ class PcapngReader {
     /// The next frame; false at the end. Blocks that are not known are skipped. Throws BadCapture.
     bool next(Frame& frame);
 
+    /// The number of the frame that `next` returned last. Wireshark also counts blocks that are no
+    /// frames but events: of a journal, of system calls, and custom ones.
+    uint32_t number() const { return number_; }
+
   private:
     /// What an Interface Description Block says of its frames.
     struct Interface {
@@ -33,7 +37,7 @@ class PcapngReader {
     void readFrame(Frame& frame, size_t interfaceOctets);
     void readSimple(Frame& frame);
     const Interface& interfaceAt(size_t index) const;
-    uint64_t number(size_t at, size_t octets) const;
+    uint64_t integer(size_t at, size_t octets) const;
     void skip(size_t octets);
 
     InputFile& input_;
@@ -42,4 +46,5 @@ class PcapngReader {
     uint32_t type_ = 0;
     std::vector<uint8_t> body_;  // of the block, without its type and lengths
     Time lastTime_ = 0;
+    uint32_t number_ = 0;
 };

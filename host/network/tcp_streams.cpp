@@ -67,7 +67,8 @@ Side TcpStreams::Conversation::sideOf(bool isFirst) const {
     return isFirst != isReversed ? Side::kClient : Side::kServer;
 }
 
-void TcpStreams::segment(Time time, const Flow& flow, const Segment& segment) {
+void TcpStreams::segment(const Arrival& arrival, const Flow& flow, const Segment& segment) {
+    const Time time = arrival.time;
     limit(time);
     const bool fromFirst = flow.source < flow.destination;
     const Key key = fromFirst ? flow : flow.reversed();
@@ -78,7 +79,7 @@ void TcpStreams::segment(Time time, const Flow& flow, const Segment& segment) {
     at->last = time;
     auto& list = at->reader ? read_ : unwanted_;
     list.splice(list.end(), list, at);
-    if (!segment.payload.empty()) at = payload(time, at, fromFirst, segment);
+    if (!segment.payload.empty()) at = payload(arrival, at, fromFirst, segment);
     if (!at->reader) return;
 
     const Side side = at->sideOf(fromFirst);
@@ -152,8 +153,10 @@ TcpStreams::Conversations::iterator TcpStreams::begin(const Key& key, bool fromF
 }
 
 /// Octets of one side. Returns the conversation that they belong to, which may be another.
-TcpStreams::Conversations::iterator TcpStreams::payload(Time time, Conversations::iterator at,
-                                                        bool fromFirst, const Segment& segment) {
+TcpStreams::Conversations::iterator TcpStreams::payload(const Arrival& arrival,
+                                                        Conversations::iterator at, bool fromFirst,
+                                                        const Segment& segment) {
+    const Time time = arrival.time;
     const uint32_t sequence = segment.sequence + (segment.syn ? 1 : 0);
     const auto size = static_cast<uint32_t>(segment.payload.size());
     if (const Half& half = at->half(at->sideOf(fromFirst));
@@ -177,20 +180,23 @@ TcpStreams::Conversations::iterator TcpStreams::payload(Time time, Conversations
     if (isNext || (!at->reader && ahead(sequence + size, half.order.sequence_number()) > 0))
         half.order.sequence_number(sequence + size);
     if (!at->reader) return at;
+    runs_.clear();
+    for (const FrameId frame : arrival.frames) runs_.push_back({frame, 0, size});
+    const StreamPart part{segment.payload, runs_};
     if (isNext)
-        deliver(time, *at, side, segment.payload);
+        deliver(time, *at, side, part);
     else if (ahead(sequence + size, half.order.sequence_number()) > 0)
-        takeLater(time, *at, side, sequence, segment.payload);
+        takeLater(time, *at, side, sequence, part);
     else if (!half.gaps.empty())
-        takeLate(time, *at, side, sequence, segment.payload);
+        takeLate(time, *at, side, sequence, part);
     return at;
 }
 
 /// Octets that come after what is behind them: again, or those of a gap.
 void TcpStreams::takeLate(Time time, Conversation& conversation, Side side, uint32_t sequence,
-                          std::span<const uint8_t> octets) {
+                          const StreamPart& part) {
     auto& gaps = conversation.half(side).gaps;
-    const uint32_t end = sequence + static_cast<uint32_t>(octets.size());
+    const uint32_t end = sequence + static_cast<uint32_t>(part.octets.size());
     const auto gap = std::find_if(gaps.begin(), gaps.end(), [&](const auto& one) {
         return ahead(sequence, one.first) >= 0 && ahead(one.second, end) >= 0;
     });
@@ -199,29 +205,64 @@ void TcpStreams::takeLate(Time time, Conversation& conversation, Side side, uint
     gaps.erase(gap);
     if (sequence != first) gaps.emplace_back(first, sequence);
     if (end != last) gaps.emplace_back(end, last);
-    conversation.reader->late(time, side, octets);
+    conversation.reader->late(time, side, part);
 }
 
 /// Octets that overlap those that came before, or wait for others.
 void TcpStreams::takeLater(Time time, Conversation& conversation, Side side, uint32_t sequence,
-                           std::span<const uint8_t> octets) {
+                           const StreamPart& part) {
     Half& half = conversation.half(side);
-    if (half.order.process_payload(sequence, {octets.begin(), octets.end()})) {
-        const auto next = std::move(half.order.payload());
-        half.order.payload().clear();
-        countWaiting(half);
-        deliver(time, conversation, side, next);
+    half.noteFrames(sequence, part);
+    if (takeInOrder(time, conversation, side, sequence, {part.octets.begin(), part.octets.end()}))
         return;
-    }
-    countWaiting(half);
     const bool isTooMuch = half.waiting > kMaxWaiting || budget_.isSpent() ||
                            half.order.buffered_payload().size() > kMaxSegmentsWaiting;
     while (isTooMuch && conversation.reader && half.waiting > 0) skipGap(time, conversation, side);
 }
 
-void TcpStreams::deliver(Time time, Conversation& conversation, Side side,
-                         std::span<const uint8_t> octets) {
-    if (conversation.reader && !conversation.reader->octets(time, side, octets)) drop(conversation);
+/// Passes on octets if they are next, and with them all that waited for them; else they wait.
+/// Returns whether they were next.
+bool TcpStreams::takeInOrder(Time time, Conversation& conversation, Side side, uint32_t sequence,
+                             std::vector<uint8_t> octets) {
+    Half& half = conversation.half(side);
+    const uint32_t first = half.order.sequence_number();
+    const bool isNext = half.order.process_payload(sequence, std::move(octets));
+    const auto next = std::move(half.order.payload());
+    half.order.payload().clear();
+    if (isNext) half.takeFrames(first, next.size(), runs_);
+    countWaiting(half);
+    if (!isNext) return false;
+    deliver(time, conversation, side, {next, runs_});
+    return true;
+}
+
+/// Keeps the frames of a segment that waits. If it came before, only those of a longer one are new.
+void TcpStreams::Half::noteFrames(uint32_t sequence, const StreamPart& part) {
+    const uint32_t end = sequence + static_cast<uint32_t>(part.octets.size());
+    const bool isKnown = std::any_of(frames.begin(), frames.end(), [&](const FrameRun& run) {
+        return run.begin == sequence && ahead(end, run.end) <= 0;
+    });
+    if (isKnown) return;
+    std::erase_if(frames, [&](const FrameRun& run) { return run.begin == sequence; });
+    for (const FrameRun& run : part.runs) frames.push_back({run.frame, sequence, end});
+}
+
+/// Sets `runs` to those of so many octets from a sequence number on, and forgets them.
+void TcpStreams::Half::takeFrames(uint32_t from, size_t size, std::vector<FrameRun>& runs) {
+    const auto octets = static_cast<int32_t>(size);
+    runs.clear();
+    for (const FrameRun& run : frames) {
+        const int32_t begin = std::max(ahead(run.begin, from), 0);
+        const int32_t end = std::min(ahead(run.end, from), octets);
+        if (begin < end)
+            runs.push_back({run.frame, static_cast<uint32_t>(begin), static_cast<uint32_t>(end)});
+    }
+    std::erase_if(frames, [&](const FrameRun& run) { return ahead(run.end, from) <= octets; });
+    std::ranges::sort(runs, {}, &FrameRun::begin);
+}
+
+void TcpStreams::deliver(Time time, Conversation& conversation, Side side, const StreamPart& part) {
+    if (conversation.reader && !conversation.reader->octets(time, side, part)) drop(conversation);
 }
 
 /// What a host acknowledges has reached it. If the capture does not have it, it will not come.
@@ -251,7 +292,7 @@ void TcpStreams::skipGap(Time time, Conversation& conversation, Side side) {
         conversation.reader->gap(time, side, static_cast<size_t>(missing));
     }
     half.order.advance_sequence(sequence);
-    takeLater(time, conversation, side, sequence, octets);
+    takeInOrder(time, conversation, side, sequence, std::move(octets));
 }
 
 void TcpStreams::countWaiting(Half& half) {
@@ -259,6 +300,8 @@ void TcpStreams::countWaiting(Half& half) {
     half.waiting = 0;
     for (const auto& [sequence, octets] : half.order.buffered_payload())
         half.waiting += octets.size();
+    if (half.waiting == 0) half.frames.clear();
+    half.waiting += half.frames.size() * sizeof(FrameRun);
     budget_.take(half.waiting);
 }
 

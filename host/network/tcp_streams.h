@@ -33,13 +33,13 @@ class StreamReader {
 
     /// The next octets of a side, as one segment brought them. Returns false if no more of the
     /// conversation is wanted; the reader is destroyed then.
-    virtual bool octets(Time time, Side side, std::span<const uint8_t> octets) = 0;
+    virtual bool octets(Time time, Side side, const StreamPart& part) = 0;
     /// So many octets come next that the capture does not have; 0 if the side began before the
     /// capture, and nobody can tell.
     virtual void gap(Time time, Side side, size_t octets) = 0;
     /// Octets of a gap that has been told, which come after all: frames of a capture may be in
     /// another order than on the network.
-    virtual void late(Time time, Side side, std::span<const uint8_t> octets) = 0;
+    virtual void late(Time time, Side side, const StreamPart& part) = 0;
     /// No more comes: the conversation has ended, or the captures have.
     virtual void end(Time time) = 0;
 };
@@ -56,7 +56,7 @@ class TcpStreams {
     TcpStreams(StreamListener& listener, MemoryBudget& budget);
     ~TcpStreams();
 
-    void segment(Time time, const Flow& flow, const Segment& segment);
+    void segment(const Arrival& arrival, const Flow& flow, const Segment& segment);
 
     /// Ends all conversations.
     void end(Time time);
@@ -83,11 +83,15 @@ class TcpStreams {
         bool isFinished = false;  // and its FIN
         uint32_t first = 0;       // sequence number of the first octet
         uint32_t last = 0;        // and of the FIN
-        size_t waiting = 0;       // octets behind a gap
+        size_t waiting = 0;       // octets behind a gap, and what their runs cost
+        /// The frames of what waits, by sequence number.
+        std::vector<FrameRun> frames{};
         /// The gaps that were told last: the numbers of their first octet, and behind their last.
         std::vector<std::pair<uint32_t, uint32_t>> gaps{};
 
         bool isComplete() const;
+        void noteFrames(uint32_t sequence, const StreamPart& part);
+        void takeFrames(uint32_t from, size_t size, std::vector<FrameRun>& runs);
     };
 
     /// A conversation with octets.
@@ -106,13 +110,15 @@ class TcpStreams {
 
     void opening(Time time, const Key& key, bool fromFirst, const Segment& segment);
     Conversations::iterator begin(const Key& key, bool fromFirst, const Segment& segment);
-    Conversations::iterator payload(Time time, Conversations::iterator at, bool fromFirst,
-                                    const Segment& segment);
+    Conversations::iterator payload(const Arrival& arrival, Conversations::iterator at,
+                                    bool fromFirst, const Segment& segment);
     void takeLate(Time time, Conversation& conversation, Side side, uint32_t sequence,
-                  std::span<const uint8_t> octets);
+                  const StreamPart& part);
     void takeLater(Time time, Conversation& conversation, Side side, uint32_t sequence,
-                   std::span<const uint8_t> octets);
-    void deliver(Time time, Conversation& conversation, Side side, std::span<const uint8_t> octets);
+                   const StreamPart& part);
+    bool takeInOrder(Time time, Conversation& conversation, Side side, uint32_t sequence,
+                     std::vector<uint8_t> octets);
+    void deliver(Time time, Conversation& conversation, Side side, const StreamPart& part);
     void acknowledged(Time time, Conversation& conversation, Side side, uint32_t next);
     void skipGap(Time time, Conversation& conversation, Side side);
     void countWaiting(Half& half);
@@ -124,7 +130,8 @@ class TcpStreams {
     StreamListener& listener_;
     MemoryBudget& budget_;
     Recent<Key, Opening> openings_;
-    Conversations read_;      // with a reader, the one heard last at the end
-    Conversations unwanted_;  // without: those nobody reads, and those that have ended
+    std::vector<FrameRun> runs_;  // of the segment at hand, or of what is delivered
+    Conversations read_;          // with a reader, the one heard last at the end
+    Conversations unwanted_;      // without: those nobody reads, and those that have ended
     std::unordered_map<Key, Conversations::iterator, Hash> conversations_;
 };

@@ -11,7 +11,8 @@ constexpr size_t kHexLines = 4;  // of a message in the ladder
 constexpr size_t kEndpointWidth = 21;
 constexpr size_t kNumberWidth = 6;  // in file names
 constexpr std::string_view kIndexHeader =
-    "number\ttime\tsource\tdestination\ttransport\tfamily\tmessage\toctets\tdecoded\tfile\n";
+    "number\ttime\tsource\tdestination\ttransport\tfamily\tmessage\toctets\tdecoded\tfile\tframe\tc"
+    "all\n";
 
 /// What happened, for the ladder and in sum.
 std::string describe(Remark what, size_t octets) {
@@ -163,7 +164,11 @@ void CaptureOutput::writeFile(const CapturedMessage& message) {
     index.append(toString(message.transport)).append("\t").append(family).append("\t");
     index.append(message.name).append("\t");
     appendDigits(index, static_cast<int64_t>(message.octets.size()));
-    index.append(isDecoded ? "\tyes\t" : "\tno\t").append(file).append("\n");
+    index.append(isDecoded ? "\tyes\t" : "\tno\t").append(file).append("\t");
+    appendDigits(index, message.frame());
+    index += '\t';
+    if (!message.call.isEmpty()) appendHex(index, message.call.shown());
+    index += '\n';
 
     appendContent(writer_.text(), message);
     writer_.toFile(std::move(file));
