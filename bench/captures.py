@@ -16,7 +16,7 @@ import tempfile
 SAMPLE = pathlib.Path(__file__).parent.parent / "tests/captures/call.pcap"
 CALL = bytes.fromhex("c0fef93ecd9ed6119ab2000476222017")
 CLIENT = bytes([17, 2, 0, 124])
-MESSAGES = 18  # in the sample call
+MESSAGES = 19  # in the sample call
 
 
 def write_calls(path, calls):

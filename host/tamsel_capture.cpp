@@ -24,7 +24,7 @@ constexpr const char* kFooter =
                    decodes exactly, and names its protocol or is answered
   call signalling  TCP port 1720, announced addresses, and streams that begin with TPKTs of Q.931
   H.245            announced addresses, streams between hosts of a call that begin with H.245, and
-                   what call signalling tunnels; proposals in fastStart are listed
+                   what call signalling tunnels or proposes in fastStart
 Messages are read as ALIGNED, which is what H.323 sends. What does not decode is shown with its
 name, the reason and its octets. Times are UTC.
 Exit status: 0, 1 if a message did not decode or --call found nothing, 2 for wrong use or a capture

@@ -136,7 +136,7 @@ file(GLOB found RELATIVE ${OUT}/files ${OUT}/files/*)
 list(SORT found)
 list(SORT names)
 expect("files" "${found}" "${names}")
-expect("dumps compared" "${compared}" "12")
+expect("dumps compared" "${compared}" "13")
 run(0 call.pcap)
 expect("dumps under headings" "${stdout}" "${all}")
 

@@ -1,12 +1,15 @@
 # cmake -DCAPTURE=program -DTSHARK=program -DFILE=... -DOUT=... -P capture_tshark.cmake: tamsel-capture
 # finds the messages that tshark finds, in that order and in frames of the same number. They are told by
-# the indexes of their CHOICEs, which a dump counts from 1.
+# the indexes of their CHOICEs, which a dump counts from 1. Proposals of fastStart are no messages for tshark.
 file(REMOVE_RECURSE ${OUT})
 execute_process(COMMAND ${CAPTURE} -o ${OUT} ${FILE} COMMAND_ERROR_IS_FATAL ANY ERROR_QUIET)
 set(ours "")
-file(GLOB files ${OUT}/*.txt)
-foreach(file IN LISTS files)
-    file(STRINGS ${file} tags REGEX "^(RasMessage|.*message-body|MultimediaSystemControlMessage(.u@[a-z]+)?)\\.t = ")
+file(STRINGS ${OUT}/index.tsv rows)
+list(FILTER rows INCLUDE REGEX "[.]txt\t")
+list(FILTER rows EXCLUDE REGEX "\tfastStart\t")
+foreach(row IN LISTS rows)
+    string(REGEX MATCH "[^\t]+[.]txt" file "${row}")
+    file(STRINGS ${OUT}/${file} tags REGEX "^(RasMessage|.*message-body|MultimediaSystemControlMessage(.u@[a-z]+)?)\\.t = ")
     foreach(tag IN LISTS tags)
         string(REGEX MATCH "[0-9]+$" index ${tag})
         math(EXPR index "${index} - 1")

@@ -14,16 +14,15 @@
 enum class Transport {
     kUdp,
     kTcp,
-    kTunnel,     // in a call-signalling message's h245Control
-    kFastStart,  // in its fastStart: an H.245 OpenLogicalChannel, which is no whole message
+    kTunnel,     // in h245Control or parallelH245Control of a call-signalling message
+    kFastStart,  // in its fastStart: an H.245 OpenLogicalChannel, which is decoded as the request
 };
 std::string_view toString(Transport transport);
 
 enum class Outcome {
     kDecoded,
-    kRefused,   // it does not decode
-    kProposal,  // of fastStart: not decoded
-    kBare,      // a Q.931 message that carries no H.225.0 message
+    kRefused,  // it does not decode
+    kBare,     // a Q.931 message that carries no H.225.0 message
 };
 
 /// One message found. The views are valid during the call.
@@ -33,7 +32,9 @@ struct CapturedMessage {
     Flow flow;
     Transport transport = Transport::kUdp;
     FamilyId family = FamilyId::kRas;
-    std::span<const uint8_t> octets;
+    std::span<const uint8_t> octets;         // as they were sent
+    std::span<const uint8_t> encoding = {};  // what was decoded: the octets; of a proposal in
+                                             // fastStart, after the one that makes it a request
     Outcome outcome = Outcome::kDecoded;
     std::string_view name;
     CallNames call;                     // of the message, or of the stream that it came in

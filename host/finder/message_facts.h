@@ -37,7 +37,7 @@ struct MessageFacts {
     bool isOfH323 = false;        // it names H.225.0 as its protocol
     bool isRequest = false;       // of RAS: it begins a dialogue, it does not answer
     std::vector<Announcement> announcements;
-    std::vector<std::span<const uint8_t>> h245Control;  // tunnelled H.245 messages
+    std::vector<std::span<const uint8_t>> h245Control;  // tunnelled, parallelH245Control first
     std::vector<std::span<const uint8_t>> fastStart;    // each an OpenLogicalChannel
 
     std::string_view shownName() const { return name.empty() ? alternative : name; }

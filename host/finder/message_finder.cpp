@@ -16,13 +16,18 @@ constexpr std::string_view kMaybeRas = "UDP datagrams that may be RAS, which nob
 constexpr size_t kMaxGuesses = 4096;
 constexpr size_t kMaxGuessed = 2048;  // octets of one
 
-/// Why a message did not decode, and where.
-std::string reasonOf(const TamselDecoder& decoder, size_t octets) {
+/// What a MultimediaSystemControlMessage begins with if it is an openLogicalChannel, which follows
+/// at an octet boundary (X.691 22): no extension, request, no extension, the fourth of the
+/// requests.
+constexpr uint8_t kOpenLogicalChannel = 0x03;
+
+/// Why a message did not decode, and where in its octets, which came after some that were added.
+std::string reasonOf(const TamselDecoder& decoder, size_t octets, size_t added) {
     std::array<char, 200> text{};
     asnErrorText(decoder.errors(), text.data(), text.size());
     return std::string(text.data()) + " (status " + std::to_string(decoder.status()) +
-           ") at octet " + std::to_string(decoder.bitPosition() / 8) + " of " +
-           std::to_string(octets);
+           ") at octet " + std::to_string(decoder.bitPosition() / 8 - static_cast<int64_t>(added)) +
+           " of " + std::to_string(octets);
 }
 
 }  // namespace
@@ -218,16 +223,24 @@ void MessageFinder::message(CapturedMessage& message) {
 }
 
 void MessageFinder::decode(CapturedMessage& message, TamselDecoder& decoder, MessageFacts& facts) {
+    message.encoding = message.octets;
+    if (message.transport == Transport::kFastStart) {
+        proposal_.assign(1, kOpenLogicalChannel);
+        proposal_.insert(proposal_.end(), message.octets.begin(), message.octets.end());
+        message.encoding = proposal_;
+    }
+    const size_t added = message.encoding.size() - message.octets.size();
     const AsnStatus status =
-        decoder.decode(familyOf(modules_, message.family), message.octets, true);
+        decoder.decode(familyOf(modules_, message.family), message.encoding, true);
     readFacts(modules_, message.family, decoder, facts);
     if (status == kAsnOk) {
         message.decoder = &decoder;
-        message.octets =
-            message.octets.first(std::clamp<size_t>(decoder.octets(), 1, message.octets.size()));
+        message.encoding = message.encoding.first(
+            std::clamp<size_t>(decoder.octets(), 1, message.encoding.size()));
+        message.octets = message.octets.first(message.encoding.size() - added);
     } else {
         message.outcome = Outcome::kRefused;
-        message.reason = reasonOf(decoder, message.octets.size());
+        message.reason = reasonOf(decoder, message.octets.size(), added);
         if (message.q931 != nullptr) facts.alternative = message.q931->name();
     }
     message.name = facts.name.empty() ? std::string_view(facts.alternative) : facts.name;
@@ -258,31 +271,24 @@ void MessageFinder::identify(CapturedMessage& message) {
 
 /// What a call-signalling message carries of H.245.
 void MessageFinder::carried(const CapturedMessage& message) {
-    CapturedMessage found{.time = message.time,
-                          .frames = message.frames,
-                          .flow = message.flow,
-                          .transport = Transport::kFastStart,
-                          .family = FamilyId::kH245,
-                          .octets = {},
-                          .outcome = Outcome::kProposal,
-                          .name = "openLogicalChannel",
-                          .call = message.call,
-                          .reason = {}};
-    for (const auto proposal : facts_.fastStart) {
-        found.octets = proposal;
-        pass(found);
-    }
-    for (const auto tunnelled : facts_.h245Control) {
-        found.transport = Transport::kTunnel;
-        found.outcome = Outcome::kDecoded;
-        found.octets = tunnelled;
-        found.reason.clear();
+    const auto take = [&](Transport transport, std::span<const uint8_t> octets) {
+        CapturedMessage found{.time = message.time,
+                              .frames = message.frames,
+                              .flow = message.flow,
+                              .transport = transport,
+                              .family = FamilyId::kH245,
+                              .octets = octets,
+                              .name = {},
+                              .call = message.call,
+                              .reason = {}};
         decode(found, carriedDecoder_, carriedFacts_);
         pass(found);
-        const size_t after = tunnelled.size() - found.octets.size();
+        const size_t after = octets.size() - found.octets.size();
         if (after > 0 && isWanted(found.call))
             sink_.remark({found.time, found.flow, Remark::kOctetsAfter, after});
-    }
+    };
+    for (const auto proposal : facts_.fastStart) take(Transport::kFastStart, proposal);
+    for (const auto tunnelled : facts_.h245Control) take(Transport::kTunnel, tunnelled);
 }
 
 void MessageFinder::pass(const CapturedMessage& message) {

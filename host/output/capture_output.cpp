@@ -63,10 +63,8 @@ CaptureOutput::CaptureOutput(Writer& writer, OutputOptions options)
 void CaptureOutput::message(const CapturedMessage& message) {
     if (!options_.families.contains(message.family)) return;
     ++number_;
-    if (message.outcome == Outcome::kProposal)
-        ++proposals_;
-    else
-        ++shown_.at(static_cast<size_t>(message.family));
+    ++shown_.at(static_cast<size_t>(message.family));
+    proposals_ += message.transport == Transport::kFastStart;
     refused_ += message.outcome == Outcome::kRefused;
     bare_ += message.outcome == Outcome::kBare;
     if (options_.files) writeFile(message);
@@ -93,8 +91,7 @@ void CaptureOutput::writeStep(const CapturedMessage& message) {
     appendPadded(text, nameOf(message.family), 6, false);
     text += message.name;
     if (message.transport == Transport::kTunnel) text += ", tunnelled";
-    if (message.outcome == Outcome::kProposal)
-        text += ", proposed in fastStart, " + counted(message.octets.size(), "octet");
+    if (message.transport == Transport::kFastStart) text += ", proposed in fastStart";
     if (message.outcome == Outcome::kBare) text += ", without a user-user element";
     const bool hasCall = !message.call.isEmpty();
     if (hasCall) {
@@ -192,9 +189,10 @@ void CaptureOutput::beginStep(Time time, const Flow& flow) {
 std::string CaptureOutput::summary() const {
     std::string text = counted(messages(), "message") + ": " + std::to_string(shown_[0]) +
                        " ras, " + std::to_string(shown_[1]) + " ui, " + std::to_string(shown_[2]) +
-                       " h245; " + std::to_string(refused_) + " refused";
+                       " h245";
+    if (proposals_ > 0) text += " (" + std::to_string(proposals_) + " in fastStart)";
+    text += "; " + std::to_string(refused_) + " refused";
     if (bare_ > 0) text += "; " + std::to_string(bare_) + " without a user-user element";
-    if (proposals_ > 0) text += "; " + counted(proposals_, "fastStart proposal");
     text += "\n";
     for (size_t i = 0; i < kRemarks; ++i) {
         const Remarks& sum = remarks_.at(i);

@@ -25,7 +25,7 @@ class CaptureOutput : public MessageSink {
 
     /// What was shown, in words; one line and, for remarks, some more.
     std::string summary() const;
-    size_t messages() const { return number_ - proposals_; }
+    size_t messages() const { return number_; }
     size_t refused() const { return refused_; }
 
   private:
