@@ -44,7 +44,7 @@ struct Options {
     std::vector<std::string> families = {"ras", "ui", "h245"};
     std::string call;
     std::vector<std::string> ports;
-    std::string modules = kTamsel1998.name;
+    std::string modules = kTamsel2009.name;
     bool list = false;
     std::vector<std::string> files;
 };
@@ -155,7 +155,7 @@ int run(const Options& options) {
             if (name == nameOf(family)) outputOptions.families.insert(family);
     const FinderOptions finderOptions{
         options.call, portsOf(options.ports),
-        options.modules == kTamsel2009.name ? &kTamsel2009 : &kTamsel1998};
+        options.modules == kTamsel1998.name ? &kTamsel1998 : &kTamsel2009};
     if (!options.folder.empty()) makeFolder(options.folder);
 
     const bool isWatched = isatty(STDOUT_FILENO) != 0 && (options.folder.empty() || options.list);
@@ -209,8 +209,8 @@ int main(int argc, char** argv) {
         ->delimiter(',')
         ->type_name("LIST");
     app.add_option("--modules", options.modules,
-                   "Decode as Tamsel.dll (1998, default), or what endpoints send today (2009)")
-        ->check(CLI::IsMember({kTamsel1998.name, kTamsel2009.name}))
+                   "Decode with the modules of 2009 (default), or as Tamsel.dll does: 1998")
+        ->check(CLI::IsMember({kTamsel2009.name, kTamsel1998.name}))
         ->type_name("SET");
     app.add_flag("--list", options.list, "Show the ladder of the call, a line a message");
     app.add_option("FILE", options.files, "The captures, in order of time")

@@ -24,14 +24,14 @@ struct Options {
     bool check = false;
     InputOptions input;
     std::string output;
-    std::string modules = kTamsel1998.name;
+    std::string modules = kTamsel2009.name;
     std::string family;
     std::vector<std::string> files;
 };
 
 /// The families of the set of modules that the options ask for.
 const TamselFamily& findFamily(const Options& options) {
-    const TamselModules& modules = options.modules == kTamsel2009.name ? kTamsel2009 : kTamsel1998;
+    const TamselModules& modules = options.modules == kTamsel1998.name ? kTamsel1998 : kTamsel2009;
     if (options.family == modules.ras.name) return modules.ras;
     return options.family == modules.ui.name ? modules.ui : modules.h245;
 }
@@ -137,8 +137,8 @@ int main(int argc, char** argv) {
     CLI::App app("Dumps encoded H.323 signalling messages as text.", "tamsel-dump");
     Options options;
     app.add_flag("--unaligned", options.unaligned, "The messages are in the UNALIGNED PER variant");
-    app.add_option("--modules", options.modules, "1998, as Tamsel.dll (default), or today's: 2009")
-        ->check(CLI::IsMember({kTamsel1998.name, kTamsel2009.name}))
+    app.add_option("--modules", options.modules, "2009 (default), or as Tamsel.dll does: 1998")
+        ->check(CLI::IsMember({kTamsel2009.name, kTamsel1998.name}))
         ->type_name("SET");
     app.add_flag("--check", options.check, "Print a line for each message: whether it decodes");
     app.add_flag("--fields", options.fields, "Print the bit fields instead of the values")

@@ -1,4 +1,5 @@
-# Every message of the data folder through tamsel-dump, a family and variant at a time.
+# Every message of the data folder through tamsel-dump as the exports decode it, a family and variant
+# at a time.
 foreach(family ras ui h245)
     foreach(variant aligned unaligned)
         set(option)
@@ -17,7 +18,7 @@ foreach(family ras ui h245)
             string(REPLACE "\r" "" dump "${dump}")  # a character string may hold one
             string(APPEND expected "==> ${file} <==\n${dump}")
         endforeach()
-        execute_process(COMMAND ${DUMP} ${option} ${family} ${files} WORKING_DIRECTORY ${DATA}
+        execute_process(COMMAND ${DUMP} --modules 1998 ${option} ${family} ${files} WORKING_DIRECTORY ${DATA}
             RESULT_VARIABLE result OUTPUT_VARIABLE output)
         string(REPLACE "\r" "" output "${output}")
         list(LENGTH files count)

@@ -16,7 +16,7 @@ struct FinderOptions {
     /// What the user says of ports.
     std::map<uint16_t, Purpose> ports;
     /// What messages are decoded with.
-    const TamselModules* modules = &kTamsel1998;
+    const TamselModules* modules = &kTamsel2009;
 };
 
 class Conversation;

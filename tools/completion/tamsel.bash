@@ -11,7 +11,9 @@ _tamsel() {
         word=${COMP_WORDS[i]}
         [[ $word == ras || $word == ui || $word == h245 ]] && families=1
     done
-    if [[ $previous == --family || ($1 == *tamsel-dump && $families == 0 && $previous != -o) ]]; then
+    if [[ $previous == --modules ]]; then
+        mapfile -t COMPREPLY < <(compgen -W '2009 1998' -- "$current")
+    elif [[ $previous == --family || ($1 == *tamsel-dump && $families == 0 && $previous != -o) ]]; then
         mapfile -t COMPREPLY < <(compgen -W 'ras ui h245' -- "$current")
     else
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
