@@ -4,12 +4,11 @@
 #include <pcap/pcap.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
-#include <charconv>
 #include <chrono>
 #include <iostream>
 
 #include "capture_file.h"
+#include "capture_options.h"
 #include "capture_output.h"
 #include "message_finder.h"
 #include "writer.h"
@@ -18,36 +17,11 @@ namespace {
 
 enum ExitCode { kDone = 0, kNotDecoded = 1, kWrongUse = 2 };
 
-constexpr const char* kFooter =
-    R"(Captures are pcap or pcapng, perhaps compressed by gzip or zstd; - is standard input. Found are
-  RAS              UDP ports 1718 and 1719, and addresses that messages announce; elsewhere what
-                   decodes exactly, and names its protocol or is answered
-  call signalling  TCP port 1720, announced addresses, and streams that begin with TPKTs of Q.931
-  H.245            announced addresses, streams between hosts of a call that begin with H.245, and
-                   what call signalling tunnels or proposes in fastStart
-Messages are read as ALIGNED, which is what H.323 sends. What does not decode is shown with its
-name, the reason and its octets. Times are UTC.
-Exit status: 0, 1 if a message did not decode or --call found nothing, 2 for wrong use or a capture
-that cannot be read to its end.
-
-Example:
-  tamsel-capture --list call.pcap)";
-
 /// Passed to the writing thread at a time, if nobody watches.
 constexpr size_t kBatchOctets = 1 << 18;
 
 /// What streams and fragments may hold together.
 constexpr size_t kMaxHeld = 16 << 20;
-
-struct Options {
-    std::string folder;
-    std::vector<std::string> families = {"ras", "ui", "h245"};
-    std::string call;
-    std::vector<std::string> ports;
-    std::string modules = kTamsel2009.name;
-    bool list = false;
-    std::vector<std::string> files;
-};
 
 std::string linkTypeName(unsigned linkType) {
     return pcap_datalink_val_to_description_or_dlt(static_cast<int>(linkType));
@@ -122,25 +96,6 @@ void report(const CaptureOutput& output, const Unread& unread) {
         complain("not read: " + what + ": " + std::to_string(count));
 }
 
-/// The ports of --port, each as NUMBER=PURPOSE.
-std::map<uint16_t, Purpose> portsOf(const std::vector<std::string>& texts) {
-    const std::map<std::string, Purpose> kPurposes = {{"ras", Purpose::kRas},
-                                                      {"ui", Purpose::kSignalling},
-                                                      {"h245", Purpose::kH245},
-                                                      {"none", Purpose::kNone}};
-    std::map<uint16_t, Purpose> ports;
-    for (const std::string& text : texts) {
-        const size_t equals = std::min(text.find('='), text.size());
-        uint16_t port = 0;
-        const auto [end, error] = std::from_chars(text.data(), text.data() + equals, port);
-        const auto purpose = kPurposes.find(text.substr(std::min(equals + 1, text.size())));
-        if (error != std::errc() || end != text.data() + equals || purpose == kPurposes.end())
-            throw std::runtime_error("--port " + text + ": not as in 1730=ui");
-        ports[port] = purpose->second;
-    }
-    return ports;
-}
-
 /// Makes the folder for -o. It has to be empty, so that it never holds messages of two captures.
 void makeFolder(const std::filesystem::path& folder) {
     std::filesystem::create_directories(folder);
@@ -148,7 +103,7 @@ void makeFolder(const std::filesystem::path& folder) {
         throw std::runtime_error(folder.string() + ": not an empty folder");
 }
 
-int run(const Options& options) {
+int run(const CaptureOptions& options) {
     OutputOptions outputOptions{.files = !options.folder.empty(), .ladder = options.list};
     for (const FamilyId family : kFamilies)
         for (const std::string& name : options.families)
@@ -179,47 +134,15 @@ int run(const Options& options) {
     return result == kDone && (output.refused() > 0 || isMissing) ? kNotDecoded : result;
 }
 
-/// Takes a call identifier as people write it, and leaves its hex digits in lower case. Says what
-/// is wrong with it, if anything is.
-std::string asCallIdentifier(std::string& text) {
-    std::erase_if(text, [](char c) { return c == '-' || c == ':' || c == ' '; });
-    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    const bool good = !text.empty() && text.size() <= 32 &&
-                      text.find_first_not_of("0123456789abcdef") == std::string::npos;
-    return good ? "" : "not 1 to 32 hex digits";
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
     CLI::App app("Finds the H.323 messages in captures and dumps them as text.", "tamsel-capture");
-    Options options;
-    app.add_option("-o", options.folder, "Write a file a message, and index.tsv, into DIR")
-        ->type_name("DIR");
-    app.add_option("--family", options.families, "Show these families only: ras,ui,h245")
-        ->delimiter(',')
-        ->check(CLI::IsMember({"ras", "ui", "h245"}))
-        ->type_name("LIST");
-    app.add_option("--call", options.call,
-                   "Show one call only, by the first digits of its callIdentifier or conferenceID")
-        ->transform(CLI::Validator(asCallIdentifier, ""))
-        ->type_name("ID");
-    app.add_option("--port", options.ports,
-                   "Tell what a port is for, as in 1730=ui: ras, ui, h245 or none")
-        ->delimiter(',')
-        ->type_name("LIST");
-    app.add_option("--modules", options.modules,
-                   "Decode with the modules of 2009 (default), or as Tamsel.dll does: 1998")
-        ->check(CLI::IsMember({kTamsel2009.name, kTamsel1998.name}))
-        ->type_name("SET");
-    app.add_flag("--list", options.list, "Show the ladder of the call, a line a message");
-    app.add_option("FILE", options.files, "The captures, in order of time")
-        ->required()
-        ->type_name("");
-    app.set_version_flag("--version", "tamsel-capture " TAMSEL_VERSION);
-    app.footer(kFooter);
+    CaptureOptions options;
+    addCaptureOptions(app, options);
     try {
         app.parse(argc, argv);
+        finishCaptureOptions(options);
         return run(options);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kDone : kWrongUse;

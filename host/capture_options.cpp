@@ -1,0 +1,108 @@
+#include "capture_options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+
+namespace {
+
+constexpr const char* kFooter =
+    R"(Captures are pcap or pcapng, perhaps compressed by gzip or zstd; - is standard input. Found are
+  RAS              UDP ports 1718 and 1719, and addresses that messages announce; elsewhere what
+                   decodes exactly, and names its protocol or is answered
+  call signalling  TCP port 1720, announced addresses, and streams that begin with TPKTs of Q.931
+  H.245            announced addresses, streams between hosts of a call that begin with H.245, and
+                   what call signalling tunnels or proposes in fastStart
+Messages are read as ALIGNED, which is what H.323 sends. What does not decode is shown with its
+name, the reason and its octets. Times are UTC.
+Exit status: 0, 1 if a message did not decode or a call was not found, 2 for wrong use or a capture
+that cannot be read to its end.
+
+Examples:
+  tamsel-capture call.pcap      the calls, and why they ended
+  tamsel-capture call.pcap 2    the ladder diagram of the second)";
+
+/// A call's number in the list has at most so many digits; longer ones begin an identifier.
+constexpr size_t kMaxNumberDigits = 7;
+
+/// Takes a call identifier as people write it, and leaves its hex digits in lower case. Says what
+/// is wrong with it, if anything is.
+std::string asCallIdentifier(std::string& text) {
+    std::erase_if(text, [](char c) { return c == '-' || c == ':' || c == ' '; });
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const bool good = !text.empty() && text.size() <= 32 &&
+                      text.find_first_not_of("0123456789abcdef") == std::string::npos;
+    return good ? "" : "not 1 to 32 hex digits";
+}
+
+bool isCallNumber(const std::string& text) {
+    return text.size() <= kMaxNumberDigits && text[0] != '0' &&
+           text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+}  // namespace
+
+void addCaptureOptions(CLI::App& app, CaptureOptions& options) {
+    app.add_flag("--list", options.list, "Show all messages as a ladder diagram");
+    app.add_flag("--dump", options.dump, "Dump the messages, those of the call if one is given");
+    app.add_option("-o", options.folder, "Write a file a message, and index.tsv, into DIR")
+        ->type_name("DIR");
+    app.add_option("--family", options.families, "Show these families only: ras,ui,h245")
+        ->delimiter(',')
+        ->check(CLI::IsMember({"ras", "ui", "h245"}))
+        ->type_name("LIST");
+    app.add_option("--call", options.call,
+                   "Show one call only, by the first digits of its callIdentifier or conferenceID")
+        ->transform(CLI::Validator(asCallIdentifier, ""))
+        ->type_name("ID");
+    app.add_option("--port", options.ports,
+                   "Tell what a port is for, as in 1730=ui: ras, ui, h245 or none")
+        ->delimiter(',')
+        ->type_name("LIST");
+    app.add_option("--modules", options.modules,
+                   "Decode with the modules of 2009 (default), or as Tamsel.dll does: 1998")
+        ->check(CLI::IsMember({kTamsel2009.name, kTamsel1998.name}))
+        ->type_name("SET");
+    app.add_option("FILE", options.files,
+                   "The captures, in order of time, and perhaps a call: its number in the list, or "
+                   "the first digits of its identifier")
+        ->required()
+        ->type_name("[CALL]");
+    app.set_version_flag("--version", "tamsel-capture " TAMSEL_VERSION);
+    app.footer(kFooter);
+}
+
+void finishCaptureOptions(CaptureOptions& options) {
+    bool hasCall = !options.call.empty();
+    std::erase_if(options.files, [&](const std::string& file) {
+        std::string name = file;
+        if (file == "-" || std::filesystem::exists(file) || !asCallIdentifier(name).empty())
+            return false;
+        if (hasCall) throw std::runtime_error(file + ": another call, or no such file");
+        hasCall = true;
+        if (isCallNumber(file))
+            std::from_chars(file.data(), file.data() + file.size(), options.callNumber);
+        else
+            options.call = name;
+        return true;
+    });
+    if (options.files.empty()) throw std::runtime_error("FILE is required");
+}
+
+std::map<uint16_t, Purpose> portsOf(const std::vector<std::string>& texts) {
+    const std::map<std::string, Purpose> kPurposes = {{"ras", Purpose::kRas},
+                                                      {"ui", Purpose::kSignalling},
+                                                      {"h245", Purpose::kH245},
+                                                      {"none", Purpose::kNone}};
+    std::map<uint16_t, Purpose> ports;
+    for (const std::string& text : texts) {
+        const size_t equals = std::min(text.find('='), text.size());
+        uint16_t port = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + equals, port);
+        const auto purpose = kPurposes.find(text.substr(std::min(equals + 1, text.size())));
+        if (error != std::errc() || end != text.data() + equals || purpose == kPurposes.end())
+            throw std::runtime_error("--port " + text + ": not as in 1730=ui");
+        ports[port] = purpose->second;
+    }
+    return ports;
+}
