@@ -3,29 +3,15 @@
 #include <algorithm>
 #include <array>
 
+#include "call_progress.h"
+
 namespace {
 
 constexpr size_t kMaxStreams = 16384;
-constexpr size_t kMaxNameOctets = 128;
-
-constexpr unsigned kNormalClearing = 16;
-constexpr unsigned kNormalUnspecified = 31;
-constexpr unsigned kNoUserResponding = 18;
-constexpr unsigned kNoAnswer = 19;
 
 /// Both directions of a flow have one key.
 std::pair<Endpoint, Endpoint> keyOf(const Flow& flow) {
     return std::minmax(flow.source, flow.destination);
-}
-
-/// Sets a name that nobody has told yet.
-void takeName(std::string& name, std::string_view told) {
-    if (name.empty()) name = told.substr(0, kMaxNameOctets);
-}
-
-void addTo(std::vector<std::string>& list, const std::string& text, size_t limit) {
-    if (list.size() < limit && std::find(list.begin(), list.end(), text) == list.end())
-        list.push_back(text);
 }
 
 void noteHost(CallRecord& call, const Address& host) {
@@ -100,7 +86,7 @@ CallRecord* CallBook::note(const CapturedMessage& message, const MessageDetails&
     }
     CallRecord& call = callOf(message);
     call.end = message.time;
-    if (message.outcome != Outcome::kProposal) ++call.messages;
+    if (message.transport != Transport::kFastStart) ++call.messages;
     if (message.outcome == Outcome::kRefused) ++call.refused;
     noteHost(call, message.flow.source.address);
     noteHost(call, message.flow.destination.address);
@@ -112,7 +98,7 @@ CallRecord* CallBook::note(const CapturedMessage& message, const MessageDetails&
         }
         byStream_.put(key, call.number);
     }
-    if (message.outcome != Outcome::kRefused) follow(call, message, details);
+    if (message.outcome != Outcome::kRefused) followCall(call, message, details);
     return &call;
 }
 
@@ -127,109 +113,6 @@ CallRecord* CallBook::note(const CaptureRemark& remark) {
     CallRecord& call = calls_[*number - forgotten_ - 1];
     ++call.losses;
     return &call;
-}
-
-/// What a message changes in its call.
-void CallBook::follow(CallRecord& call, const CapturedMessage& message,
-                      const MessageDetails& details) {
-    const std::string_view name = message.name;
-    const Address& source = message.flow.source.address;
-    const Address& destination = message.flow.destination.address;
-    const auto reach = [&](CallState state, std::string_view why) {
-        if (call.state >= state) return;
-        call.state = state;
-        call.why = why;
-    };
-    if (message.family == FamilyId::kUi) {
-        takeName(call.from, details.text("from"));
-        takeName(call.to, details.text("to"));
-        if (name == "setup") {
-            if (call.state > CallState::kConnected) call.state = CallState::kRequested;  // again
-            if (call.state <= CallState::kRequested) call.fromHost = source;
-            if (call.state <= CallState::kCalling) call.toHost = destination;
-            reach(CallState::kCalling, "no reply to setup");
-        } else if (name == "callProceeding" || name == "progress" || name == "setupAcknowledge") {
-            reach(CallState::kProceeding, "not alerted");
-        } else if (name == "alerting") {
-            call.hasAlerted = true;
-            reach(CallState::kAlerting, "not answered");
-        } else if (name == "connect") {
-            if (!call.connected) call.connected = message.time;
-            reach(CallState::kConnected, "");
-        } else if (name == "releaseComplete") {
-            const int64_t* const cause = details.number("cause");
-            if (call.isEnded() && call.cause) return;  // the first one tells
-            if (cause != nullptr) call.cause = static_cast<unsigned>(*cause);
-            call.reason = details.text("reason");
-            const bool isNormal =
-                !call.cause || *call.cause == kNormalClearing || *call.cause == kNormalUnspecified;
-            const bool hasWords = call.cause == kNoUserResponding || call.cause == kNoAnswer;
-            call.why.clear();
-            if (!call.refusal.empty() && !call.hasMedia)
-                call.why = call.refusal;
-            else if (!call.connected && call.hasAlerted && !hasWords && isNormal)
-                call.why = "not answered";
-            if (!call.why.empty() && !details.summary.empty()) call.why += ": ";
-            call.why += details.summary;
-            const bool isGood =
-                call.connected && isNormal && (call.refusal.empty() || call.hasMedia);
-            call.state = isGood ? CallState::kReleased : CallState::kFailed;
-            return;
-        }
-        if (name == "setup" || details.list("codecs") == nullptr) return;
-        for (const std::string& codec : *details.list("codecs"))
-            addTo(call.codecs, codec, CallRecord::kMaxCodecs);
-        call.hasMedia = true;
-    } else if (message.family == FamilyId::kRas) {
-        if (name == "admissionRequest") {
-            takeName(call.from, details.text("from"));
-            takeName(call.to, details.text("to"));
-            if (call.state == CallState::kRejected) call.state = CallState::kRequested;  // again
-            if (call.state == CallState::kRequested) {
-                if (call.fromHost == Address{}) call.fromHost = source;
-                call.why = "no reply to admissionRequest";
-            }
-        } else if (name == "admissionConfirm" && call.state == CallState::kRequested) {
-            call.why.clear();
-        } else if (name == "admissionReject" || name == "locationReject") {
-            call.refusal = std::string(name) + " " + details.summary;
-            if (call.state != CallState::kRequested) return;
-            call.state = CallState::kRejected;
-            call.reason = details.text("reason");
-            call.why = call.refusal;
-        } else if (name == "disengageRequest" && !call.isEnded()) {
-            const bool isOver = call.state == CallState::kRequested || call.connected;
-            call.state = isOver ? CallState::kReleased : CallState::kFailed;
-            call.reason = details.text("reason");
-            call.why = "disengageRequest " + call.reason;
-        }
-    } else if (message.transport != Transport::kFastStart) {
-        if (name == "openLogicalChannel") {
-            if (call.offers.size() >= CallRecord::kMaxOffers)
-                call.offers.erase(call.offers.begin());
-            const int64_t* const channel = details.number("channel");
-            call.offers.push_back(
-                {source, channel != nullptr ? *channel : 0, std::string(details.text("codec"))});
-        } else if (name == "openLogicalChannelAck" || name == "openLogicalChannelReject") {
-            const int64_t* const channel = details.number("channel");
-            const auto offer =
-                std::find_if(call.offers.begin(), call.offers.end(), [&](const auto& waiting) {
-                    return channel != nullptr && waiting.channel == *channel &&
-                           waiting.from == destination;
-                });
-            const std::string codec = offer != call.offers.end() ? offer->codec : "";
-            if (offer != call.offers.end()) call.offers.erase(offer);
-            if (name == "openLogicalChannelAck") {
-                call.hasMedia = true;
-                if (!codec.empty()) addTo(call.codecs, codec, CallRecord::kMaxCodecs);
-            } else {
-                call.refusal = (codec.empty() ? std::string(name) : codec + " refused") + ": " +
-                               std::string(details.text("reason"));
-            }
-        } else if (name == "terminalCapabilitySetReject") {
-            call.refusal = std::string(name) + " " + details.summary;
-        }
-    }
 }
 
 /// A message outside calls is of the endpoint that asked, or that was asked by its gatekeeper.

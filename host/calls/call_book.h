@@ -51,17 +51,26 @@ struct CallRecord {
     static constexpr size_t kMaxHosts = 64;
     static constexpr size_t kMaxCodecs = 16;
 
-    /// A channel, or a fast start, that waits for its acknowledgement.
+    // What it takes to know more when other messages come.
+    /// A channel that waits for its acknowledgement.
     struct Offer {
         Address from{};
         int64_t channel = 0;
         std::string codec;
     };
+    /// The codecs that a host told last.
+    struct Side {
+        Address host{};
+        std::vector<std::string> codecs;
+    };
     std::vector<Offer> offers;  // at most kMaxOffers
-    static constexpr size_t kMaxOffers = 32;
-    std::string refusal;    // of a channel or of capabilities: "openLogicalChannelReject 1 ..."
-    bool hasMedia = false;  // a channel was acknowledged
+    std::vector<Side> sides;    // at most two
+    std::string refusal;        // of a channel, of capabilities or of admission
+    bool isReleased = false;    // by a releaseComplete
+    bool isOffering = false;    // the last call-signalling message was a setup
+    bool hasMedia = false;      // a channel was acknowledged
     bool hasAlerted = false;
+    static constexpr size_t kMaxOffers = 32;
 };
 
 /// What one host said outside calls, or was told.
@@ -100,7 +109,7 @@ class CallBook {
     const std::deque<CallRecord>& calls() const { return calls_; }
     const std::deque<EndpointRecord>& endpoints() const { return endpoints_; }
 
-    /// The message of a remark or of a transport message outside calls: how many there were.
+    /// How many calls were forgotten.
     size_t forgotten() const { return forgotten_; }
 
   private:
@@ -109,7 +118,6 @@ class CallBook {
     CallRecord& callOf(const CapturedMessage& message);
     CallRecord* findCall(const CallNames& names);
     void name(CallRecord& call, const CallNames& names);
-    void follow(CallRecord& call, const CapturedMessage& message, const MessageDetails& details);
     void noteEndpoint(const CapturedMessage& message, const MessageDetails& details);
 
     size_t limit_;

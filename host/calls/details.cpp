@@ -4,37 +4,6 @@
 
 #include "detail_writer.h"
 
-namespace {
-
-std::string textOf(std::span<const uint8_t> octets) {
-    return {reinterpret_cast<const char*>(octets.data()), octets.size()};
-}
-
-/// What Q.931 says around a message.
-void readQ931(const Q931Message& q931, DetailWriter& writer) {
-    const std::string calling = textOf(q931.calling);
-    const std::string called = textOf(q931.called);
-    writer.fact("from", calling);
-    writer.fact("to", called);
-    writer.fact("calling", calling);
-    writer.fact("called", called);
-    writer.fact("display", textOf(q931.display));
-    if (!calling.empty() || !called.empty()) {
-        writer.sayWire(calling);
-        writer.say("->");
-        writer.sayWire(called);
-    }
-    if (q931.cause) {
-        const std::string_view words = causeName(*q931.cause);
-        writer.number("cause", *q931.cause);
-        writer.fact("causeText", std::string(words));
-        writer.sayNumber(*q931.cause);
-        writer.say(words);
-    }
-}
-
-}  // namespace
-
 const Fact* MessageDetails::find(std::string_view name) const {
     const auto found = std::find_if(facts.begin(), facts.end(),
                                     [&](const Fact& fact) { return fact.name == name; });
@@ -62,9 +31,17 @@ void MessageDetails::clear() {
     facts.clear();
 }
 
-void readDetails(const TamselModules& /*modules*/, const CapturedMessage& message,
+void readDetails(const TamselModules& modules, const CapturedMessage& message,
                  MessageDetails& details) {
     details.clear();
     DetailWriter writer(details);
-    if (message.q931 != nullptr) readQ931(*message.q931, writer);
+    if (message.outcome != Outcome::kDecoded) {
+        if (message.q931 != nullptr) readQ931Details(*message.q931, writer);
+    } else if (message.family == FamilyId::kRas) {
+        readRasDetails(modules, *message.decoder, writer);
+    } else if (message.family == FamilyId::kUi) {
+        readUiDetails(modules, *message.decoder, message.q931, writer);
+    } else {
+        readH245Details(modules, *message.decoder, writer);
+    }
 }
