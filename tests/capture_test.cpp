@@ -4,6 +4,7 @@
 #include <pcap/pcap.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <span>
@@ -253,6 +254,63 @@ Endpoint host(uint32_t number, unsigned port) {
     const uint8_t address[] = {10, static_cast<uint8_t>(number >> 16),
                                static_cast<uint8_t>(number >> 8), static_cast<uint8_t>(number)};
     return makeEndpoint(address, port);
+}
+
+/// What a call-signalling message carries: how, its name, its octets, and what was added to them.
+struct Carried : MessageSink {
+    void message(const CapturedMessage& message) override {
+        if (message.family != FamilyId::kH245) return;
+        const std::string octets = formatHex(message.octets);
+        std::string encoding = formatHex(message.encoding);
+        ASSERT_TRUE(encoding.ends_with(octets));
+        encoding.resize(encoding.size() - octets.size());
+        text += "\n" + std::string(toString(message.transport)) + " " + std::string(message.name) +
+                " " + octets.substr(0, 8) + " " + encoding + message.reason;
+    }
+    void remark(const CaptureRemark& remark) override {
+        text += " and " + std::to_string(remark.octets);
+    }
+
+    std::string text;
+    MemoryBudget budget{1 << 20};
+    Unread unread;
+    MessageFinder finder{*this, budget, unread, {}};
+};
+
+TEST(MessageFinder, DecodesWhatSignallingCarries) {
+    const struct {
+        const char* why;
+        const char* octets;
+        const char* instead;
+        const char* carried;
+    } rows[] = {
+        {"two proposals, two messages", "", "",
+         "\nfastStart openLogicalChannel 0000000e 03\nfastStart openLogicalChannel 0000010a 03"
+         "\ntunnel masterSlaveDetermination 01003280 \ntunnel roundTripDelayRequest 090007 "},
+        {"a proposal that is damaged: the octet is that on the wire", "060007b835010040",
+         "7f0007b835010040",
+         "\nfastStart openLogicalChannel 0000000e 03Unexpected end of buffer on decode (status -2) "
+         "at octet 18 of 31\nfastStart openLogicalChannel 0000010a 03"
+         "\ntunnel masterSlaveDetermination 01003280 \ntunnel roundTripDelayRequest 090007 "},
+        {"octets after a proposal", "0000000e180c40", "00000000000000",
+         "\nfastStart openLogicalChannel 00000000 03 and 20"
+         "\nfastStart openLogicalChannel 0000010a 03"
+         "\ntunnel masterSlaveDetermination 01003280 \ntunnel roundTripDelayRequest 090007 "},
+        {"octets after a message", "01003280924fd5", "09000700000000",
+         "\nfastStart openLogicalChannel 0000000e 03\nfastStart openLogicalChannel 0000010a 03"
+         "\ntunnel roundTripDelayRequest 090007  and 4\ntunnel roundTripDelayRequest 090007 "},
+    };
+    const std::string setup =
+        readFile(TAMSEL_TEST_DATA_2009 "/ui-setup-parallelH245Control-aligned.hex");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        std::string message = setup;
+        message.replace(message.find(row.octets), std::strlen(row.octets), row.instead);
+        Carried sink;
+        sink.finder.signalling(0, {host(1, 3000), host(2, 1720)},
+                               hex("0802000105 7e00d505" + message), nullptr);
+        EXPECT_EQ(sink.text, row.carried);
+    }
 }
 
 TEST(MessageFinder, KnowsTheAddressesAnnouncedLast) {

@@ -19,14 +19,14 @@ inline void PrintTo(const Message& message, std::ostream* out) {
     *out << message.name;
 }
 
-/// All messages of the data folder, by name. Those without a variant in their names were captured,
+/// All messages of a data folder, by name. Those without a variant in their names were captured,
 /// and are ALIGNED.
-inline std::vector<Message> allMessages() {
+inline std::vector<Message> allMessages(const char* folder = TAMSEL_TEST_DATA) {
     std::vector<Message> messages;
     const auto has = [](const std::string& name, const char* part) {
         return ("-" + name + "-").find("-" + std::string(part) + "-") != std::string::npos;
     };
-    for (const auto& entry : std::filesystem::directory_iterator(TAMSEL_TEST_DATA)) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         std::filesystem::path path = entry.path();
         if (path.extension() != ".hex") continue;
         const std::string name = path.stem().string();
@@ -43,9 +43,10 @@ inline std::vector<Message> allMessages() {
 }
 
 /// Its family, for the core.
-inline const TamselFamily& familyOf(const Message& message) {
-    if (message.dump == H323RASASNDecode) return kTamsel1998.ras;
-    return message.dump == H323H245ASNDecode ? kTamsel1998.h245 : kTamsel1998.ui;
+inline const TamselFamily& familyOf(const Message& message,
+                                    const TamselModules& modules = kTamsel1998) {
+    if (message.dump == H323RASASNDecode) return modules.ras;
+    return message.dump == H323H245ASNDecode ? modules.h245 : modules.ui;
 }
 
 /// Runs the export over the octets in a block of exactly their size.
