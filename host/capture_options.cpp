@@ -89,6 +89,14 @@ void finishCaptureOptions(CaptureOptions& options) {
     if (options.files.empty()) throw std::runtime_error("FILE is required");
 }
 
+std::set<FamilyId> familiesOf(const std::vector<std::string>& names) {
+    std::set<FamilyId> families;
+    for (const FamilyId family : kFamilies)
+        if (std::find(names.begin(), names.end(), nameOf(family)) != names.end())
+            families.insert(family);
+    return families;
+}
+
 std::map<uint16_t, Purpose> portsOf(const std::vector<std::string>& texts) {
     const std::map<std::string, Purpose> kPurposes = {{"ras", Purpose::kRas},
                                                       {"ui", Purpose::kSignalling},

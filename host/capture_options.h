@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,9 @@ void addCaptureOptions(CLI::App& app, CaptureOptions& options);
 /// To be called when the command line has been read: of the arguments, what is no file but may
 /// name a call is one. Throws std::runtime_error if there are two, or no file.
 void finishCaptureOptions(CaptureOptions& options);
+
+/// The families of --family.
+std::set<FamilyId> familiesOf(const std::vector<std::string>& names);
 
 /// The ports of --port, each as NUMBER=PURPOSE. Throws std::runtime_error.
 std::map<uint16_t, Purpose> portsOf(const std::vector<std::string>& texts);

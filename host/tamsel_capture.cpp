@@ -7,10 +7,15 @@
 #include <chrono>
 #include <iostream>
 
+#include "call_list.h"
 #include "capture_file.h"
 #include "capture_options.h"
 #include "capture_output.h"
+#include "ladder.h"
 #include "message_finder.h"
+#include "message_lines.h"
+#include "presenter.h"
+#include "tally.h"
 #include "writer.h"
 
 namespace {
@@ -65,8 +70,8 @@ class Progress {
 
 /// Reads one capture as far as it goes. Returns false if it is damaged, or nothing in it can be
 /// read, and says so.
-bool readCapture(const std::string& name, uint32_t index, Network& network,
-                 const CaptureOutput& output, Progress& progress) {
+bool readCapture(const std::string& name, uint32_t index, Network& network, const Tally& tally,
+                 Progress& progress) {
     try {
         CaptureFile file(name, index);
         std::optional<unsigned> unknown;
@@ -77,7 +82,7 @@ bool readCapture(const std::string& name, uint32_t index, Network& network,
             else
                 unknown = frame.linkType;
             network.frame(frame);
-            progress.show(file, output.messages());
+            progress.show(file, tally.messages());
         }
         if (unknown && !isKnown)
             throw BadCapture("link type " + linkTypeName(*unknown) + " is not supported");
@@ -89,8 +94,8 @@ bool readCapture(const std::string& name, uint32_t index, Network& network,
     }
 }
 
-void report(const CaptureOutput& output, const Unread& unread) {
-    std::istringstream lines(output.summary());
+void report(const std::string& summary, const Unread& unread) {
+    std::istringstream lines(summary);
     for (std::string line; std::getline(lines, line);) complain(line);
     for (const auto& [what, count] : unread.kinds())
         complain("not read: " + what + ": " + std::to_string(count));
@@ -103,35 +108,61 @@ void makeFolder(const std::filesystem::path& folder) {
         throw std::runtime_error(folder.string() + ": not an empty folder");
 }
 
+/// The views that were asked for: files; and dumps, lines, a diagram or the list of calls.
+std::vector<std::unique_ptr<View>> viewsOf(const CaptureOptions& options, Writer& writer,
+                                           const Screen& screen) {
+    std::vector<std::unique_ptr<View>> views;
+    const bool hasCall = options.callNumber > 0 || !options.call.empty();
+    if (!options.folder.empty()) views.push_back(std::make_unique<FileView>(writer));
+    if (options.dump)
+        views.push_back(std::make_unique<DumpView>(writer));
+    else if (options.list)
+        views.push_back(std::make_unique<MessageLines>(writer, screen));
+    else if (options.folder.empty() && hasCall)
+        views.push_back(std::make_unique<Ladder>(writer, screen));
+    else if (options.folder.empty())
+        views.push_back(std::make_unique<CallList>(writer, screen));
+    return views;
+}
+
 int run(const CaptureOptions& options) {
-    OutputOptions outputOptions{.files = !options.folder.empty(), .ladder = options.list};
-    for (const FamilyId family : kFamilies)
-        for (const std::string& name : options.families)
-            if (name == nameOf(family)) outputOptions.families.insert(family);
-    const FinderOptions finderOptions{
-        options.call, portsOf(options.ports),
-        options.modules == kTamsel1998.name ? &kTamsel1998 : &kTamsel2009};
+    const TamselModules* const modules =
+        options.modules == kTamsel1998.name ? &kTamsel1998 : &kTamsel2009;
     if (!options.folder.empty()) makeFolder(options.folder);
 
-    const bool isWatched = isatty(STDOUT_FILENO) != 0 && (options.folder.empty() || options.list);
+    const bool isWritten = options.folder.empty() || options.list || options.dump;
+    const bool isWatched = isatty(STDOUT_FILENO) != 0 && isWritten;
     Writer writer(options.folder, isWatched ? 0 : kBatchOctets);
-    CaptureOutput output(writer, outputOptions);
+    const Screen screen = Screen::ofOutput();
+    Tally tally;
+    const auto owned = viewsOf(options, writer, screen);
+    std::vector<View*> views = {&tally};
+    for (const auto& view : owned) views.push_back(view.get());
+    Presenter presenter({.modules = modules,
+                         .families = familiesOf(options.families),
+                         .callNumber = options.callNumber},
+                        views);
     MemoryBudget budget(kMaxHeld);
     Unread unread;
-    MessageFinder finder(output, budget, unread, finderOptions);
+    MessageFinder finder(presenter, budget, unread,
+                         {options.call, portsOf(options.ports), modules});
     Network network(finder, budget, unread);
     Progress progress(isWatched);
     int result = kDone;
     uint32_t index = 0;
     for (const std::string& file : options.files)
-        if (!readCapture(file, index++, network, output, progress)) result = kWrongUse;
+        if (!readCapture(file, index++, network, tally, progress)) result = kWrongUse;
     network.end();
+    presenter.end();
     writer.finish();
     progress.clear();
-    report(output, unread);
-    const bool isMissing = !options.call.empty() && output.messages() == 0;
-    if (isMissing) complain("no message of call " + options.call);
-    return result == kDone && (output.refused() > 0 || isMissing) ? kNotDecoded : result;
+    report(tally.summary(), unread);
+    const bool hasCall = options.callNumber > 0 || !options.call.empty();
+    const bool isMissing = hasCall && tally.messages() == 0;
+    if (isMissing)
+        complain("no message of call " +
+                 (options.call.empty() ? std::to_string(options.callNumber) : options.call));
+    return result == kDone && (tally.refused() > 0 || isMissing) ? kNotDecoded : result;
 }
 
 }  // namespace

@@ -86,7 +86,7 @@ CallRecord* CallBook::note(const CapturedMessage& message, const MessageDetails&
     }
     CallRecord& call = callOf(message);
     call.end = message.time;
-    if (message.transport != Transport::kFastStart) ++call.messages;
+    ++call.messages;
     if (message.outcome == Outcome::kRefused) ++call.refused;
     noteHost(call, message.flow.source.address);
     noteHost(call, message.flow.destination.address);

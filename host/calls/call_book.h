@@ -107,6 +107,12 @@ class CallBook {
 
     /// In order of their numbers.
     const std::deque<CallRecord>& calls() const { return calls_; }
+    /// A call by its number; null if there is none, or it is forgotten.
+    const CallRecord* find(size_t number) const {
+        const bool isThere = number > forgotten_ && number - forgotten_ <= calls_.size();
+        return isThere ? &calls_[number - forgotten_ - 1] : nullptr;
+    }
+    /// In order of their first messages.
     const std::deque<EndpointRecord>& endpoints() const { return endpoints_; }
 
     /// How many calls were forgotten.

@@ -73,10 +73,15 @@ void followSignalling(CallRecord& call, const CapturedMessage& message,
                       const MessageDetails& details) {
     const std::string_view name = message.name;
     const Address& source = message.flow.source.address;
-    takeName(call.from, details.text("from"));
-    takeName(call.to, details.text("to"));
     call.isOffering = name == "setup";
     if (name == "setup") {
+        // What the caller signalled is worth more than what RAS told before.
+        if (call.state == CallState::kRequested) {
+            if (!details.text("from").empty()) call.from.clear();
+            if (!details.text("to").empty()) call.to.clear();
+        }
+        takeName(call.from, details.text("from"));
+        takeName(call.to, details.text("to"));
         if (call.isEnded()) {  // another attempt, of the caller or of a gatekeeper
             call.state = CallState::kRequested;
             call.isReleased = false;

@@ -93,10 +93,23 @@ void readBody(const Body& body, DetailWriter& writer) {
         }
     if constexpr (requires { body.endpointIdentifier; })
         writer.fact("endpointIdentifier", textOf(body.endpointIdentifier));
-    if constexpr (requires { body.gatekeeperIdentifier; })
-        writer.fact("gatekeeperIdentifier", textOf(body.gatekeeperIdentifier));
-    if constexpr (requires { body.rasAddress; })
-        readAddress("", "rasAddress", body.rasAddress, writer);
+    // Where a gatekeeper is; of an endpoint the aliases say more.
+    constexpr bool isEndpoint = requires {
+        body.terminalAlias;
+    }
+    || requires {
+        body.endpointAlias;
+    };
+    if constexpr (requires { body.gatekeeperIdentifier; }) {
+        const std::string identifier = textOf(body.gatekeeperIdentifier);
+        if (!isEndpoint) writer.sayWire(identifier);
+        writer.fact("gatekeeperIdentifier", identifier);
+    }
+    if constexpr (requires { body.rasAddress.t; }) {
+        const std::string address = addressText(body.rasAddress);
+        if (!isEndpoint) writer.say(address);
+        writer.fact("rasAddress", address);
+    }
     writer.fact("sequenceNumber", static_cast<int64_t>(body.requestSeqNum));
 }
 

@@ -1,6 +1,7 @@
 // A map that forgets: what a capture can fill without end is kept in it.
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <map>
 

@@ -46,3 +46,11 @@ std::string toString(const Endpoint& endpoint) {
     appendText(text, endpoint);
     return text;
 }
+
+std::string toString(const Address& address) {
+    std::string text;
+    appendText(text, Endpoint{address, 0});
+    text.resize(text.rfind(':'));
+    const bool isBracketed = text.starts_with('[');
+    return isBracketed ? text.substr(1, text.size() - 2) : text;
+}

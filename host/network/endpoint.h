@@ -34,3 +34,5 @@ Endpoint makeEndpoint(std::span<const uint8_t> address, unsigned port);
 /// "192.0.2.1:1720", "[2001:db8::1]:1720"
 void appendText(std::string& text, const Endpoint& endpoint);
 std::string toString(const Endpoint& endpoint);
+/// The same without a port: "192.0.2.1", "2001:db8::1"
+std::string toString(const Address& address);

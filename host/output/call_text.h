@@ -1,0 +1,20 @@
+// What a line says of a call, in all views.
+#pragma once
+
+#include <string>
+
+#include "call_book.h"
+#include "screen.h"
+
+/// "4711 (10.0.0.1)", "10.0.0.1", "4711", or "?" if nothing is known. Text from the wire is
+/// escaped.
+std::string partyText(const std::string& name, const Address& host);
+
+/// "12.345 s"
+std::string durationText(const CallRecord& call);
+
+/// "g711Alaw64k, h263"; empty if no channel was acknowledged.
+std::string codecsText(const CallRecord& call);
+
+/// Good is what is over without a failure; bad what failed, was rejected or lost.
+Style styleOf(CallState state);

@@ -1,0 +1,29 @@
+// --list: one line for each message, between the two hosts that it goes between.
+#pragma once
+
+#include "recent.h"
+#include "screen.h"
+#include "view.h"
+#include "writer.h"
+
+class MessageLines : public View {
+  public:
+    MessageLines(Writer& writer, const Screen& screen);
+
+    void message(const CapturedMessage& message, const MessageDetails& details,
+                 const CallRecord* call) override;
+    void remark(const CaptureRemark& remark, const CallRecord* call) override;
+
+  private:
+    void begin(Time time, uint32_t frame, const Flow& flow);
+    void add(Style style, std::string_view words);
+    void end();
+
+    Writer& writer_;
+    const Screen& screen_;
+    bool isNarrow_;  // the terminal has no room for columns
+    /// Who is on the left: of two hosts the one that spoke first.
+    Recent<std::pair<Address, Address>, Address> left_;
+    std::string line_;  // with its columns counted, if the terminal has a width
+    size_t column_ = 0;
+};

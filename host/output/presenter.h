@@ -1,0 +1,41 @@
+// Chooses what is shown, and passes it to the views.
+#pragma once
+
+#include <set>
+#include <vector>
+
+#include "call_book.h"
+#include "view.h"
+
+struct PresenterOptions {
+    const TamselModules* modules = &kTamsel1998;
+    std::set<FamilyId> families{std::begin(kFamilies), std::end(kFamilies)};
+    size_t callNumber = 0;  // the only call to show, by its number in the list; 0 for all
+};
+
+class Presenter : public MessageSink {
+  public:
+    Presenter(PresenterOptions options, std::vector<View*> views);
+
+    // MessageSink
+    void message(const CapturedMessage& message) override;
+    void remark(const CaptureRemark& remark) override;
+
+    /// To be called when all captures have been read.
+    void end();
+
+    const CallBook& book() const { return book_; }
+
+  private:
+    bool isShown(const CapturedMessage& message, const CallRecord* call) const;
+    bool isShown(const CallRecord* call) const {
+        return options_.callNumber == 0 || (call != nullptr && call->number == options_.callNumber);
+    }
+
+    PresenterOptions options_;
+    std::vector<View*> views_;
+    bool needsDetails_ = false;
+    bool needsCalls_ = false;
+    CallBook book_;
+    MessageDetails details_;
+};
