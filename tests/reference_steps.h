@@ -7,27 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "reference_reader.h"
-
-/// The choices that make up a case: from a seed, or from the octets of a fuzzer (then 0s).
-class Choices {
-  public:
-    explicit Choices(uint64_t seed) : state_(seed) {}
-    Choices(const uint8_t* octets, size_t count) : octets_(octets), count_(count) {}
-
-    uint64_t word();
-    uint32_t below(uint32_t limit) { return static_cast<uint32_t>(word() % limit); }
-    bool oneIn(uint32_t n) { return below(n) == 0; }
-    template <class T, size_t n>
-    T pick(const T (&list)[n]) {
-        return list[below(n)];
-    }
-
-  private:
-    uint64_t state_ = 0;
-    const uint8_t* octets_ = nullptr;
-    size_t count_ = 0;
-};
+#include "reference_cases.h"
 
 /// Standard output goes to a temporary file.
 class CapturedOutput {
