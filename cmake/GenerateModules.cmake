@@ -1,5 +1,5 @@
-# Runs the generator over the sets of modules. A set is a folder of asn1/, and one line at the end of
-# this file; a further module is a further file there. What the sets give:
+# Runs the generator over the sets of modules. A set is a folder of asn1/ and one line at the end of
+# this file; each file of the folder is a module. What this file defines:
 #   TAMSEL_MODULE_DIR       holds a folder of headers and sources for each set
 #   TAMSEL_MODULE_INCLUDES  where headers are found: those of 1998 as "H245.h", of all sets by the
 #                           name of the set as "2009/H245.h"
@@ -26,8 +26,9 @@ else()
 endif()
 
 # Adds the command that writes the modules of `files` into `directory`; options of the generator may
-# follow. What it writes is listed in `prefix`_SOURCES and `prefix`_TABLES. The generator leaves a file alone that would not change, so
-# that nothing made of it is built again; the stamp, which is among the sources, tells that it ran.
+# follow. What it writes is listed in `prefix`_SOURCES and `prefix`_TABLES. The generator does not touch
+# a file that would not change, so that nothing made from it is built again; the stamp, which is among
+# the sources, records that it ran.
 function(tamsel_generate prefix directory files)
     set(headers)
     set(sources)
@@ -59,10 +60,10 @@ endfunction()
 function(tamsel_module_set name)
     file(GLOB files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/asn1/${name}/*.asn)
     tamsel_generate(set ${TAMSEL_MODULE_DIR}/${name} "${files}" ${ARGN})
-    # A traced decode need not be fast, and only that of 1998, which the exports contain, has to be
-    # small: the others are compiled without optimisation, in half the time. For plain decodes, the
-    # compiler should keep the cursor in registers: loads and stores of several members at once
-    # would wait for each other.
+    # Traced decoders do not have to be fast. Those of 1998 have to be small, because the exports
+    # contain them; the others are compiled without optimisation, in half the time. In plain decoders
+    # the compiler should keep the cursor in registers: if it loads and stores several members at
+    # once, these wait for each other.
     set(trace_option -Os)
     if(NOT name STREQUAL 1998)
         set(trace_option -O0)

@@ -7,15 +7,15 @@ if(WIN32)
         ${PROJECT_SOURCE_DIR}/src/dllmain_win32.cpp
         ${PROJECT_SOURCE_DIR}/src/dll.def
         ${CMAKE_CURRENT_BINARY_DIR}/version.rc)
-    # ld makes an import library of its own, which cannot be linked: the names in it are decorated
-    # twice. So it gets another name, and dlltool makes the one that users link.
+    # The import library that ld makes cannot be linked, because the names in it are decorated twice.
+    # It gets another name, and dlltool makes the one that users link.
     set_target_properties(tamsel_dll PROPERTIES
         LINKER_LANGUAGE CXX PREFIX "" OUTPUT_NAME Tamsel ARCHIVE_OUTPUT_NAME tamsel-by-ld)
     target_link_libraries(tamsel_dll PRIVATE tamsel_core)
     target_link_options(tamsel_dll PRIVATE $<$<CONFIG:Release>:-s> -Wl,--image-base,0x6A500000)
     set(import_library ${CMAKE_CURRENT_BINARY_DIR}/libTamsel.a)
     find_program(TAMSEL_DLLTOOL ${CMAKE_SYSTEM_PROCESSOR}-dlltool i686-w64-mingw32-dlltool REQUIRED)
-    # dlltool writes the name of the library and its temporary prefix into it: neither may tell the
+    # dlltool writes the name of the library and its temporary prefix into it. Neither may depend on the
     # folder or the process.
     add_custom_command(OUTPUT ${import_library}
         COMMAND ${TAMSEL_DLLTOOL} -d ${PROJECT_SOURCE_DIR}/src/Tamsel.def -t tamsel -l libTamsel.a
@@ -36,7 +36,7 @@ else()
         set(exports_map ${PROJECT_SOURCE_DIR}/cmake/exports.map)
         set_target_properties(Tamsel PROPERTIES LINK_DEPENDS ${exports_map})
         target_link_libraries(Tamsel PRIVATE $<BUILD_INTERFACE:tamsel_core>)
-        # The sanitizers' own symbols come in with their run-time: hide those as well.
+        # The sanitizers' run-time adds symbols of its own: they are hidden as well.
         target_link_options(Tamsel PRIVATE
             LINKER:--gc-sections,--version-script=${exports_map})
     else()

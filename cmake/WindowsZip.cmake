@@ -1,4 +1,4 @@
-# The zip for Windows: one flat folder with all that a host needs. Text files get CR LF.
+# The zip for Windows, with all that a host needs. Text files get CR LF.
 
 # text(FOLDER SOURCE [NAME]): a text file of the project, in a folder of the zip.
 function(text folder source)
@@ -26,6 +26,7 @@ text(. include/Tamsel.h)
 text(. src/Tamsel.def)
 text(docs docs/hosts.md)
 text(docs docs/modules.md)
+text(docs docs/statuses.md)
 foreach(example linked.c loaded.c dump.py Dump.cs Dump.dpr Dump.bas)
     text(examples examples/${example})
 endforeach()

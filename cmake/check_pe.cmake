@@ -1,4 +1,4 @@
-# What a program or DLL for Windows declares and needs.
+# Checks what a program or DLL for Windows declares, exports and imports.
 #   cmake -DOBJDUMP=... -DFILE=... -DVERSION=5.1 [-DEXPORTS=a;b] [-DIMPORTS=x.dll;y.dll] -P check_pe.cmake
 # VERSION is the version of Windows that the file declares. A file for Windows XP (5.1) calls nothing
 # newer.
@@ -10,7 +10,7 @@ string(REGEX MATCHALL "\t\\[ *[0-9]+\\] [^\n]*" exports "${table}")
 list(TRANSFORM exports REPLACE "\t\\[ *[0-9]+\\] " "")
 set(newer "(GetTickCount64|InitOnce[A-Za-z]*|[A-Za-z]*(SRWLock|ConditionVariable)[A-Za-z]*)")
 if(VERSION VERSION_LESS 6.0 AND out MATCHES "\t[0-9a-f]+\t +[0-9]+ +${newer}")
-  message(FATAL_ERROR "${FILE} calls ${CMAKE_MATCH_1}, which Windows XP has not")
+  message(FATAL_ERROR "${FILE} calls ${CMAKE_MATCH_1}, which Windows XP lacks")
 endif()
 foreach(field OSystemVersion SubsystemVersion)
   string(REGEX MATCH "Major${field}[\t ]+([0-9]+)" ignored "${out}")

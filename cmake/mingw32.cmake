@@ -1,8 +1,8 @@
 # 32-bit Windows from Linux, with Debian's mingw-w64: preset win32.
 #
-# The posix thread model: the library starts no threads, but GoogleTest wants std::mutex, which the
-# win32 model of GCC 12 has not. -static leaves nothing of the compiler dynamic. The DLL uses nothing
-# of libstdc++ that is not in headers: with it winpthreads would come in, which Windows XP cannot load.
+# The posix thread model: the library starts no threads, but GoogleTest needs std::mutex, which the
+# win32 model of GCC 12 lacks. -static links the compiler's libraries statically. The DLL uses only the
+# headers of libstdc++: the library itself needs winpthreads, which Windows XP cannot load.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86)
 
