@@ -1,6 +1,7 @@
 # shellcheck shell=bash
-# need PACKAGE...: installs those Debian packages that are missing. Mirrors are sometimes mid-sync:
-# one more try. Whoever is not root and has no sudo is told the command.
+# need PACKAGE...: installs those Debian packages that are missing. If that fails, it
+# tries once more, because a mirror may be in the middle of an update. Without root or sudo it prints
+# the command.
 need() {
     local package missing=() root=()
     for package; do
