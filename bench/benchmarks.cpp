@@ -118,7 +118,7 @@ void decode(TamselDecoder& decoder, const Message& message) {
         std::abort();
 }
 
-/// Text that nobody reads.
+/// A sink that discards the text.
 void discard(void* /*target*/, const char* text, size_t size) {
     benchmark::DoNotOptimize(text);
     benchmark::DoNotOptimize(size);

@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t kMaxHeld = 1 << 20;
 
-/// How many octets of frames were read, told at the end of the run.
+/// How many octets of frames were read, reported at the end of the run.
 struct FrameOctets {
     ~FrameOctets() { std::fprintf(stderr, "octets of frames: %zu\n", count); }
     size_t count = 0;

@@ -1,5 +1,5 @@
-// The generator's input, up to three modules with a NUL between them: they are emitted or refused
-// with messages, whatever they hold.
+// The generator's input, up to three modules with a NUL between them: code is written for
+// them, or mistakes are reported, whatever they contain.
 
 #include <cstdlib>
 #include <sstream>

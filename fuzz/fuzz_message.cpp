@@ -40,7 +40,7 @@ void require(bool holds, const char* property) {
     std::abort();
 }
 
-/// The dump of a message, or nothing. The octets stand in a block of exactly their size.
+/// The dump of a message, or nothing. The octets are in a block of exactly their size.
 std::string dumpOf(const TamselFamily& family, const uint8_t* octets, size_t size, bool aligned) {
     if (size == 0) return "";
     const std::unique_ptr<uint8_t[]> block(new uint8_t[size]);
@@ -95,7 +95,7 @@ std::vector<Field> fieldsOf(const TamselFamily& family, const uint8_t* octets, s
     ctx.aligned = aligned ? 1 : 0;
     asnSetFieldTrace(ctx, 1);
     Root root(family);
-    (void)root.decode(ctx);  // where it fails, the fields so far
+    (void)root.decode(ctx);  // if it fails, the fields so far
     for (const AsnBitFieldLink* link = ctx.fieldList.head; link != nullptr; link = link->next)
         fields.push_back({link->field->bitOffset, link->field->bitCount});
     asnFreeContext(ctx);
@@ -133,7 +133,7 @@ extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t max
     const Field& field = fields[chosen];
     const int64_t count = std::min<int64_t>(field.count, 32);
     switch (random() % 4) {
-        case 0:  // a flag behind the field
+        case 0:  // a flag after the field
             setBit(octets, length, field.start + field.count + static_cast<int64_t>(random() % 12),
                    random() % 2 != 0);
             break;
