@@ -27,8 +27,7 @@ function(expect_part what got wanted)
     endif()
 endfunction()
 
-# Ladders, with what is said in closing: of the sample, of each condition in wire.md, and of what real
-# captures are full of.
+# Ladders, with the summary: of the sample, and of each condition in wire.md.
 foreach(golden call.pcap=0 resync.pcap=0 several.pcap=0 ports.pcap=0 foreign.pcap=0
         early.pcap=0 shared.pcap=0 reused.pcap=0 refused.pcap=1 around.pcap=0 tunnels.pcapng=1
         interfaces.pcapng=0)
@@ -66,7 +65,7 @@ string(REGEX MATCHALL "passed over|missing" remarks "${stdout}")
 expect("--call: remarks about its streams alone" "${remarks}"
     "passed over;passed over;missing;passed over")
 
-# What the user says of ports wins.
+# --port takes precedence over content and announced addresses.
 run(0 --list --port 1720=none --port 3002=none call.pcap)
 expect_part("--port" "${stderr}" "4 messages: 4 ras, 0 ui, 0 h245")
 run(0 --list --port 3005=h245 early.pcap)
@@ -101,7 +100,7 @@ foreach(file interfaces.pcapng=2,4,5,6,7,8,9 odd.pcap=6,8,10,12,12,12,14,21,19,2
     expect("frames of ${name}" "${frames}" "${wanted},")
 endforeach()
 
-# A file a message. As the exports decode them, those of the sample that are test data as they are have
+# One file for each message. As the exports decode them, those of the sample that are test data as they are have
 # their dumps.
 run(0 --modules 1998 -o ${OUT}/files call.pcap)
 expect("-o" "${stdout}" "")
@@ -146,7 +145,7 @@ expect("dumps compared" "${compared}" "13")
 run(0 --modules 1998 call.pcap)
 expect("dumps under headings" "${stdout}" "${all}")
 
-# What is refused is kept in hex, for tamsel-dump to read.
+# A message that does not decode is written in hex, which tamsel-dump reads.
 run(1 --modules 1998 -o ${OUT}/odd --family h245 odd.pcap)
 file(GLOB refused ${OUT}/odd/*-h245-unknown.hex)
 list(LENGTH refused count)
@@ -168,7 +167,7 @@ expect("--call of another: no messages and no remarks" "${stdout}" "")
 expect_part("--call of another" "${stderr}" "no message of call c1")
 run(0 --list --call c0fe call.pcap)
 
-# What cannot be read is said; what was read before is kept.
+# What cannot be read is reported; what was read before is kept.
 run(2 --list cut.pcap)
 expect_part("cut" "${stderr}" "tamsel-capture: cut.pcap: truncated dump file")
 expect_part("cut" "${stdout}" "ras   admissionConfirm  (call c0fef93e)\n")
@@ -186,7 +185,7 @@ run(2 --family h323 call.pcap)
 run(2)
 run(2 -o ${CAPTURES}/call.pcap/folder call.pcap)
 
-# A folder that holds something is refused, and left as it is.
+# A folder that is not empty is refused and left unchanged.
 run(2 -o ${OUT}/files odd.pcap)
 expect_part("a full folder" "${stderr}" "/files: not an empty folder")
 file(GLOB found RELATIVE ${OUT}/files ${OUT}/files/*)

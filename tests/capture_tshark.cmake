@@ -1,5 +1,5 @@
 # cmake -DCAPTURE=program -DTSHARK=program -DFILE=... -DOUT=... -P capture_tshark.cmake: tamsel-capture
-# finds the messages that tshark finds, in that order and in frames of the same number. They are told by
+# finds the messages that tshark finds, in that order and in frames of the same number. They are identified by
 # the indexes of their CHOICEs, which a dump counts from 1. Proposals of fastStart are no messages for tshark.
 file(REMOVE_RECURSE ${OUT})
 execute_process(COMMAND ${CAPTURE} -o ${OUT} ${FILE} COMMAND_ERROR_IS_FATAL ANY ERROR_QUIET)

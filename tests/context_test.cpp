@@ -25,13 +25,13 @@ TEST(Heap, FillsBlocksFromTheNewest) {
     asnMemRelease(heap);
 }
 
-TEST(Heap, UsesHolesBehindTheNewestBlock) {
+TEST(Heap, UsesHolesOfOlderBlocks) {
     AsnMemHeap heap{};
     asnMemAlloc(heap, 4000);  // a hole of 88
     AsnMemBlock* const oldest = heap.newest;
     asnMemAlloc(heap, 4080);  // a hole of 8
     asnMemAlloc(heap, 4088);
-    asnMemAlloc(heap, 96);  // too large for any: a walk in vain, and a new block
+    asnMemAlloc(heap, 96);  // too large for any hole: a new block
     asnMemAlloc(heap, 3992);
     EXPECT_EQ(heap.newest->used, 4088U);
     asnMemAlloc(heap, 80);
@@ -56,9 +56,9 @@ TEST(Heap, ALentBlockIsTheFirst) {
     asnMemRelease(heap);  // the sanitizer tells if it is freed
 }
 
-TEST(Heap, BigRecordsCostNoWrites) {
-    // openLogicalChannelAck holds a key of up to 65535 octets inline: octets behind the count are
-    // not cleared, all else is.
+TEST(Heap, RoomForKeysIsNotCleared) {
+    // openLogicalChannelAck holds a key of up to 65535 octets inline: octets beyond the count
+    // are not cleared, all others are.
     AsnContext ctx;
     const uint8_t octet = 0;
     ASSERT_EQ(asnInitContext(ctx, &octet, 1), kAsnOk);
@@ -85,7 +85,7 @@ TEST(Context, OwnBufferSurvivesARedirection) {
     const uint8_t octets[] = {1, 2};
     ASSERT_EQ(asnBindBuffer(*ctx, octets, 2), kAsnOk);
     EXPECT_EQ(ctx->dynamic, 0);
-    asnFreeContext(*ctx);  // what it allocated is freed, although the cursor stands elsewhere
+    asnFreeContext(*ctx);  // what it allocated is freed, although the cursor is elsewhere
 }
 
 TEST(Context, ForkIsASecondCursor) {

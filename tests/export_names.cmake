@@ -1,4 +1,4 @@
-# cmake -DNM=... -DLIBRARY=... -P export_names.cmake: the library exports its functions only.
+# cmake -DNM=... -DLIBRARY=... -P export_names.cmake: the library exports its three functions only.
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols
     COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX REPLACE "[0-9a-f]+ ([A-Za-z]) ([^\n]*)\n" "\\1 \\2;" symbols "${symbols}")

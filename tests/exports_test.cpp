@@ -1,4 +1,4 @@
-// The exports' contract: arguments, files, and what they leave alone.
+// The contract of the exports: arguments, files, and what they do not touch.
 
 #include <gtest/gtest.h>
 
@@ -51,7 +51,7 @@ TEST(Exports, CutMessagesLeaveAnExistingFileAlone) {
                 ASSERT_EQ(readFile(file.path()), "as it was\n") << message.name << ", " << cut;
                 continue;
             }
-            // Only where all that is missing are flags that count as 0.
+            // It decodes only if nothing but flags is missing, which count as 0.
             EXPECT_LE(readFile(file.path()).size(), message.expected.size()) << message.name;
             std::ofstream(file.path()) << "as it was\n";
         }

@@ -23,7 +23,7 @@ static int decode(const char* path) {
     return H323H245ASNDecode(message, sizeof message, 1, path);
 }
 
-/* Whether a file holds what is expected, octet for octet. */
+/* Whether a file has the expected octets. */
 static int holds(const char* path, const char* expected) {
     char text[4096] = "";
     FILE* const file = fopen(path, "rb");
@@ -47,7 +47,7 @@ static int dumpIsThere(void) {
     return there;
 }
 
-/* The file that a host opens after a call gets nothing of what is printed. */
+/* A file that a host opens after a call does not receive the text that is printed. */
 static int ownFileIsSafe(void) {
     FILE* const own = fopen(kOwn, "wb");
     CHECK(own != NULL);
@@ -70,7 +70,7 @@ static int callRepeatedly(void) {
     return 0;
 }
 
-/* Hosts that keep what standard output was on, as docs/hosts.md says. */
+/* Hosts that keep their standard output, as docs/hosts.md describes. */
 static int keepDescriptor(void) {
     FILE* const own = fopen(kOwn, "wb");
     CHECK(own != NULL && _dup2(_fileno(own), 1) == 0 && fclose(own) == 0);

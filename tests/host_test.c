@@ -1,4 +1,4 @@
-/* A host program in C: every message of the data folder through the library as it is shipped,
+/* A host program in C: every message of the data folder through the shipped library,
  * linked to it or, with LOAD_AT_RUN_TIME, by name. The dump files are compared octet for octet,
  * with the line ends of the system.
  *

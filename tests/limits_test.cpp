@@ -44,8 +44,8 @@ TEST(Limits, LongCountsOfEveryList) {
             }
 }
 
-/// All that a decode says, in one text. Blocks come back from the allocator as they were left, here
-/// full of `dirt`: it must not show.
+/// The outcome of a decode as one text. Blocks from the allocator contain what was last written to
+/// them, here `dirt`, which must not show.
 std::string outcome(const AsnTypeInfo& type, const Octets& octets, bool aligned, bool traced,
                     int dirt) {
     void* const block = std::malloc(sizeof(AsnMemBlock) + kAsnBlockPayload);
@@ -78,13 +78,13 @@ TEST(Limits, RandomOctetsForEveryType) {
     EXPECT_GT(decoded, 1000);
 }
 
-TEST(Limits, ATypicalMessageTakesNoMemory) {
+TEST(Limits, TypicalMessagesDoNotAllocate) {
     int all = 0;
     for (const Message& message : allMessages()) {
         if (message.name.starts_with("alt-") || message.name.starts_with("made-")) continue;
         const TemporaryFile file;
         const std::string path = file.path();
-        runExport(message, message.octets, path);  // the C library's own first
+        runExport(message, message.octets, path);  // the C library allocates in the first call
         allocation.requests = 0;
         const int64_t before = allocation.unreleased;
         ASSERT_EQ(message.dump(message.octets.data(),

@@ -77,7 +77,7 @@ class Search {
     Octets shortest;
 
   private:
-    /// `known`: so many fields are decided, up to bit `from`.
+    /// The first `known` fields are fixed, up to bit `from`.
     void decide(size_t known, uint32_t from) {
         if (from > elements_ + end_) return;
         const Reading reading = readList(type_, octets_, aligned_, 0);

@@ -1,6 +1,6 @@
 // Out of memory: every allocation fails once, for every type, message and primitive.
 //
-// A block of the element heap holds many values, so most requests to the heap are none to the
+// A block of the element heap holds many values, so most requests to the heap do not reach the
 // general allocator. These tests leave `room` octets in the heap's only block, for every room, so
 // that each request in turn is the first one that needs memory.
 
@@ -148,7 +148,7 @@ TEST(Memory, EveryAllocationOfLongStringsMayFail) {
     }
 }
 
-TEST(Memory, PrintersNeedNone) {
+TEST(Memory, PrintersDoNotAllocate) {
     const auto check = [](const AsnDumpSink& sink, auto print) {
         allocation = {.failAt = 1};
         {

@@ -256,7 +256,7 @@ TEST(Primitives, FragmentsAreJoined) {
     }
 }
 
-TEST(Primitives, MemoryIsTakenForWhatIsThere) {
+TEST(Primitives, MemoryIsAllocatedForPresentDataOnly) {
     std::string ignored;
     for (const char* lying : {"C8 00", "BF FF 00"})  // 131072 octets, 16383
         for (const Read& read : {dynOctets, openType}) {

@@ -18,7 +18,7 @@
 
 using Octets = std::vector<uint8_t>;
 
-/// Octets from hex text; blanks are passed over.
+/// Octets from hex text; blanks are skipped.
 inline Octets hex(const std::string& text) {
     Octets octets;
     std::string digits;
@@ -32,7 +32,7 @@ inline Octets hex(const std::string& text) {
     return octets;
 }
 
-/// Octets from bits as text, filled up with zeroes; blanks are passed over, and [text] stands for
+/// Octets from bits as text, filled up with zeroes; blanks are skipped, and [text] gives
 /// octets in hex.
 inline Octets bits(const std::string& text) {
     Octets octets;
@@ -91,8 +91,8 @@ class TemporaryFile {
     std::filesystem::path path_;
 };
 
-/// A context over a copy of the octets in a block of exactly their size, so that a sanitizer sees
-/// one octet too far. No octets at all are bound as those of an empty open type.
+/// A context over a copy of the octets in a block of exactly their size, so that a sanitizer
+/// detects a read of one octet too many. No octets at all are bound as those of an empty open type.
 class Decoding {
   public:
     explicit Decoding(const Octets& octets, bool aligned = true)

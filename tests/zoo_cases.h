@@ -9,10 +9,10 @@
 
 struct ZooCase {
     const char* type;
-    const char* unaligned;  // bits, and octets in brackets; null: not for this variant
+    const char* unaligned;  // bits, and octets in brackets; null: not in this variant
     const char* aligned;    // "=": the same
     AsnStatus status;
-    const char* dump;  // as `shortened` has it; "..." stands for any text
+    const char* dump;  // as `shortened` has it; "..." matches any text
 };
 
 /// The type of that name in the table of a zoo.

@@ -102,7 +102,7 @@ def call(port=2034):
 
 
 def odd():
-    """What real captures are full of. Each stream has a port of its own."""
+    """Conditions that are common in real captures. Each stream has a port of its own."""
     tcs, ack = tpkt(data("h245-terminalCapabilitySet")), tpkt(data("h245-terminalCapabilitySetAck"))
     proceeding = tpkt(q931(2, data("ui-callProceeding")))
     c = Capture(link=lambda: Ether() / Dot1Q(vlan=7))
@@ -110,7 +110,7 @@ def odd():
     s.say(0, tpkt(b""))  # keeps the connection alive
     s.say(0, tpkt(q931(0x75, None)))  # a status enquiry carries no H.225.0 message
     s.say(0, tpkt(q931(2, data("ui-callProceeding"))[:-9]))  # ends within an element
-    s.say(0, tpkt(tcs[4:]))  # H.245 where it does not belong
+    s.say(0, tpkt(tcs[4:]))  # H.245 on a stream of call signalling
     s.say(1, tpkt(q931(1, data("alt-ui-alerting-aligned"))))  # tunnels what is no H.245
     s.say(1, tpkt(q931(7, connect(3002))))
 

@@ -147,14 +147,14 @@ def several():
 
 
 def ports():
-    """Call signalling and RAS on ports of their own, H.245 behind a translated address."""
+    """Call signalling and RAS on ports of their own, H.245 at a translated address."""
     c = Capture()
     c.udp(A, 20001, G, 21719, data("ras-gatekeeperRequest"))
     c.udp(G, 21719, A, 20001, data("alt-ras-gatekeeperConfirm-aligned"))
     request = data("alt-ras-admissionRequest-aligned")
     c.udp(A, 20002, G, 21720, request[:2] + b"\0\2" + request[4:])  # answered, so it is RAS
     c.udp(G, 21720, A, 20002, data("ras-admissionConfirm"))
-    c.udp(A, 20003, G, 21721, request)  # nobody answers
+    c.udp(A, 20003, G, 21721, request)  # without an answer
     s = Stream(c, A, 3001, B, 1730)
     s.say(1, tpkt(b""), PROCEEDING, connected(1, "192.168.1.1", 3002))
     h = Stream(c, A, 3003, B, 13002)

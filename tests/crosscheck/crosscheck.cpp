@@ -1,5 +1,6 @@
 // The modules of 2009 against another codec of X.691, Debian's erlang-asn1: random values of every
-// type, encoded there, decode here to the same dump, and what is cut off there is missing here.
+// type, encoded there, decode here to the same dump; messages that are cut fail on both sides
+// alike.
 //
 //   crosscheck modules DIRECTORY FILE...           the modules that the other codec compiles
 //   crosscheck values SEED COUNT FILE...           one Erlang term a line, to standard output
