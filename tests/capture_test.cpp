@@ -307,7 +307,7 @@ TEST(MessageFinder, DecodesWhatSignallingCarries) {
         std::string message = setup;
         message.replace(message.find(row.octets), std::strlen(row.octets), row.instead);
         Carried sink;
-        sink.finder.signalling(0, {host(1, 3000), host(2, 1720)},
+        sink.finder.signalling({}, {host(1, 3000), host(2, 1720)},
                                hex("0802000105 7e00d505" + message), nullptr);
         EXPECT_EQ(sink.text, row.carried);
     }
