@@ -92,6 +92,6 @@ class MessageFinder : public NetworkListener {
     MessageFacts facts_;
     TamselDecoder carriedDecoder_;  // of messages in a message, whose octets decoder_ holds
     MessageFacts carriedFacts_;
-    std::vector<uint8_t> proposal_;  // the request that a proposal of fastStart is
+    std::vector<uint8_t> proposal_;         // the request that a proposal of fastStart is
     Conversation* conversation_ = nullptr;  // of the message at hand; null for a datagram
 };
