@@ -28,6 +28,11 @@ struct Sink : MessageSink {
         if (message.name.empty() || isDecoded != (message.decoder != nullptr)) std::abort();
         if (message.octets.size() > 65535 || message.name.find('/') != std::string_view::npos)
             std::abort();
+        const auto sent =
+            message.encoding.last(std::min(message.encoding.size(), message.octets.size()));
+        if (isDecoded &&
+            !std::equal(sent.begin(), sent.end(), message.octets.begin(), message.octets.end()))
+            std::abort();
         std::string text;
         if (message.q931 != nullptr) message.q931->describe(text);
         if (std::any_of(text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }))
@@ -49,7 +54,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     MemoryBudget budget(kMaxHeld);
     Unread unread;
     {
-        MessageFinder finder(sink, budget, unread, {size % 4 == 0 ? "c0fe" : "", {}});
+        const TamselModules* const modules = size % 8 < 6 ? &kTamsel2009 : &kTamsel1998;
+        MessageFinder finder(sink, budget, unread, {size % 4 == 0 ? "c0fe" : "", {}, modules});
         Network network(finder, budget, unread);
         try {
             CaptureFile capture(name);

@@ -8,7 +8,7 @@
 #include "view.h"
 
 struct PresenterOptions {
-    const TamselModules* modules = &kTamsel1998;
+    const TamselModules* modules = &kTamsel2009;
     std::set<FamilyId> families{std::begin(kFamilies), std::end(kFamilies)};
     size_t callNumber = 0;  // the only call to show, by its number in the list; 0 for all
 };
