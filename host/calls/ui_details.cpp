@@ -34,7 +34,16 @@ void readBody(const Body& body, const Q931Message* q931, DetailWriter& writer) {
         writer.fact("display", textOf(q931->display));
         readCause(*q931, writer);
     }
-    if constexpr (requires { body.reason; }) writer.both("reason", chosenText(body.reason));
+    if constexpr (requires { body.reason; }) {
+        // Of a cause and a reason, the cause says more; the reason is said if it adds to it.
+        const bool hasCause = q931 != nullptr && q931->cause;
+        const std::string reason = chosenText(body.reason);
+        if (!hasCause)
+            writer.say(reason);
+        else if (!reason.empty() && reason != "undefinedReason")
+            writer.say("(" + reason + ")");
+        writer.fact("reason", reason);
+    }
     if constexpr (requires { body.alternativeAddress; }) {
         const std::string address = addressText(body.alternativeAddress);
         writer.sayAddress("to", address);

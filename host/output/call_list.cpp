@@ -42,8 +42,8 @@ CallList::Row CallList::rowOf(const CallRecord& call) {
             std::to_string(call.messages),
             std::to_string(call.losses),
             std::to_string(call.refused),
-            partyText(call.from, call.fromHost),
-            partyText(call.to, call.toHost)};
+            fromText(call),
+            toText(call)};
 }
 
 /// The state, why, and the codecs.
@@ -121,8 +121,7 @@ void CallList::addNarrow(const CallRecord& call) {
     text.append(kGap, ' ');
     std::string start = dateText(call.start).substr(0, 19);
     start[10] = ' ';
-    addWrapped(start + "  " + durationText(call) + "  " + partyText(call.from, call.fromHost) +
-                   " -> " + partyText(call.to, call.toHost),
+    addWrapped(start + "  " + durationText(call) + "  " + fromText(call) + " -> " + toText(call),
                kNarrowIndent, kNarrowIndent, Style::kPlain, 0);
     std::string end = endOf(call) + "; " + counted(call.messages, "message");
     if (call.refused > 0) end += ", " + std::to_string(call.refused) + " refused";

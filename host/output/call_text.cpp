@@ -10,6 +10,26 @@ std::string partyText(const std::string& name, const Address& host) {
     return text.empty() ? toString(host) : text + " (" + toString(host) + ")";
 }
 
+namespace {
+
+/// An end of a call, or the host that may be it.
+std::string endText(const CallRecord& call, const std::string& name, const Address& host,
+                    size_t guess) {
+    const bool isTold = call.fromHost != Address{} || call.toHost != Address{};
+    const bool isKnown = isTold || !name.empty() || guess >= call.hosts.size();
+    return partyText(name, isKnown ? host : call.hosts[guess]);
+}
+
+}  // namespace
+
+std::string fromText(const CallRecord& call) {
+    return endText(call, call.from, call.fromHost, 0);
+}
+
+std::string toText(const CallRecord& call) {
+    return endText(call, call.to, call.toHost, 1);
+}
+
 std::string durationText(const CallRecord& call) {
     std::string text;
     const Time milliseconds = (call.end - call.start) / 1000;

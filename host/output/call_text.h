@@ -10,6 +10,10 @@
 /// escaped.
 std::string partyText(const std::string& name, const Address& host);
 
+/// The same of a call's two ends. If nobody told who calls whom, they are the first two hosts.
+std::string fromText(const CallRecord& call);
+std::string toText(const CallRecord& call);
+
 /// "12.345 s"
 std::string durationText(const CallRecord& call);
 

@@ -77,7 +77,7 @@ void Ladder::end(const CallBook& book) {
 void Ladder::drawHeading(const CallRecord& call) {
     std::string& text = writer_.text();
     screen_.append(text, Style::kStrong, "call " + std::to_string(call.number));
-    text += ": " + partyText(call.from, call.fromHost) + " -> " + partyText(call.to, call.toHost);
+    text += ": " + fromText(call) + " -> " + toText(call);
     text += '\n';
     appendDate(text, call.start);
     text += ", " + durationText(call) + ", ";
@@ -109,7 +109,7 @@ Ladder::Layout Ladder::layOut() const {
     if (layout.hasAddresses) {
         layout.lane = prefix + longest / 2;
         layout.pitch = longest + kGap;
-        layout.text = prefix + lanes;
+        layout.text = layout.lane + layout.pitch * (count - 1) + longest / 2 + kGap;
         return layout;
     }
     layout.lane = prefix;
