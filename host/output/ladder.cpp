@@ -9,11 +9,10 @@
 
 namespace {
 
-constexpr size_t kFrameWidth = 6;
-constexpr size_t kTimeWidth = 11;  // "1234.567890"
-constexpr size_t kGap = 2;         // columns between things
+constexpr size_t kGap = 2;  // columns between things
 
-constexpr size_t kLeastText = 40;  // columns for text before hosts lose their addresses
+constexpr size_t kGoodText = 40;   // columns for text before hosts lose their addresses
+constexpr size_t kLeastText = 24;  // and before there are no lanes
 constexpr size_t kLeastPitch = 3;  // "|->"
 constexpr size_t kLettersPitch = 8;
 constexpr size_t kMostLanes = 150;  // columns of lanes in a pipe, which has no width
@@ -95,17 +94,31 @@ std::string Ladder::label(size_t column) const {
     return {static_cast<char>('A' + column)};
 }
 
+/// Seconds since the first message.
+std::string Ladder::timeText(Time time) const {
+    const Time since = time - *start_;
+    std::string text = since < 0 ? "-" : "";
+    appendDigits(text, std::abs(since) / 1000000);
+    text += '.';
+    appendDigits(text, std::abs(since) % 1000000, 6);
+    return text;
+}
+
 Ladder::Layout Ladder::layOut() const {
     Layout layout;
-    layout.hasFrames =
-        std::any_of(steps_.begin(), steps_.end(), [](const Step& step) { return step.frame > 0; });
-    const size_t prefix = (layout.hasFrames ? kFrameWidth + kGap : 0) + kTimeWidth + kGap;
+    for (const Step& step : steps_) {
+        if (step.frame > 0)
+            layout.frameWidth = std::max(layout.frameWidth, std::to_string(step.frame).size());
+        layout.timeWidth = std::max(layout.timeWidth, timeText(step.time).size());
+    }
+    const size_t frames = layout.frameWidth > 0 ? layout.frameWidth + kGap : 0;
+    const size_t prefix = frames + layout.timeWidth + kGap;
     size_t longest = 0;
     for (const Address& host : hosts_) longest = std::max(longest, toString(host).size());
     const size_t count = hosts_.size();
     const size_t lanes = count * (longest + kGap);
     layout.hasAddresses =
-        screen_.width > 0 ? prefix + lanes + kLeastText <= screen_.width : lanes <= kMostLanes;
+        screen_.width > 0 ? prefix + lanes + kGoodText <= screen_.width : lanes <= kMostLanes;
     if (layout.hasAddresses) {
         layout.lane = prefix + longest / 2;
         layout.pitch = longest + kGap;
@@ -115,9 +128,10 @@ Ladder::Layout Ladder::layOut() const {
     layout.lane = prefix;
     layout.pitch = kLettersPitch;
     if (screen_.width > 0) {
-        const size_t used = std::min(prefix + kLeastText, screen_.width);
-        layout.pitch = std::min((screen_.width - used) / count, kLettersPitch);
-        if (layout.pitch < kLeastPitch) layout.pitch = 0;  // "A -> B" instead
+        const size_t used = std::min(prefix + kGoodText, screen_.width);
+        layout.pitch = std::clamp((screen_.width - used) / count, kLeastPitch, kLettersPitch);
+        if (prefix + layout.pitch * count + kLeastText > screen_.width)
+            layout.pitch = 0;  // "A -> B" instead
     }
     layout.text = prefix + (layout.pitch > 0 ? layout.pitch * (count - 1) + 1 + kGap : 0);
     return layout;
@@ -147,7 +161,7 @@ void Ladder::drawHosts(const Layout& layout) {
     } else {
         std::string legend;
         for (size_t i = 0; i < hosts_.size(); ++i)
-            legend += (i > 0 ? ", " : "") + label(i) + " " + toString(hosts_[i]);
+            legend += (i > 0 ? ", " : "") + label(i) + "=" + toString(hosts_[i]);
         const size_t width = screen_.width > 0 ? screen_.width : legend.size();
         for (const std::string_view line : wrapped(legend, width)) (text += line) += '\n';
         for (size_t i = 0; layout.pitch > 0 && i < hosts_.size(); ++i) {
@@ -194,16 +208,11 @@ void Ladder::appendLanes(std::string& line, const Layout& layout, const Step* st
 
 void Ladder::drawStep(const Layout& layout, const Step& step) {
     std::string line;
-    if (layout.hasFrames) {
-        appendRight(line, step.frame > 0 ? std::to_string(step.frame) : "", kFrameWidth);
+    if (layout.frameWidth > 0) {
+        appendRight(line, step.frame > 0 ? std::to_string(step.frame) : "", layout.frameWidth);
         line.append(kGap, ' ');
     }
-    const Time since = step.time - *start_;
-    std::string time = since < 0 ? "-" : "";
-    appendDigits(time, std::abs(since) / 1000000);
-    time += '.';
-    appendDigits(time, std::abs(since) % 1000000, 6);
-    appendRight(line, time, kTimeWidth);
+    appendRight(line, timeText(step.time), layout.timeWidth);
     line.append(kGap, ' ');
     appendLanes(line, layout, &step);
 

@@ -41,7 +41,8 @@ class Ladder : public View {
     };
     /// Where things are in a line.
     struct Layout {
-        bool hasFrames = false;
+        size_t frameWidth = 0;  // 0 if no frame has a number
+        size_t timeWidth = 0;
         bool hasAddresses = true;  // above the lanes; else letters
         size_t lane = 0;           // the column of the first host
         size_t pitch = 0;          // columns from one host to the next; 0 if there are no lanes
@@ -55,6 +56,7 @@ class Ladder : public View {
     void drawHosts(const Layout& layout);
     void drawStep(const Layout& layout, const Step& step);
     std::string label(size_t column) const;
+    std::string timeText(Time time) const;
     void appendLanes(std::string& line, const Layout& layout, const Step* step) const;
     std::string line(const Layout& layout) const;
 

@@ -61,7 +61,8 @@ void MessageLines::add(Style style, std::string_view words) {
     while (column_ + words.size() > screen_.width) {
         const size_t room = screen_.width - std::min(column_, screen_.width);
         const std::string_view first = wrapped(words, std::max<size_t>(room, 1)).front();
-        const bool fits = first.size() <= room && room > 0;
+        const bool fits =
+            first.size() <= room && first.find_first_not_of(' ') != std::string_view::npos;
         if (fits) screen_.append(line_, style, first);
         line_ += '\n';
         line_.append(kIndent, ' ');
