@@ -1,5 +1,6 @@
 # cmake -DCAPTURE=program -DDATA=... -DCAPTURES=... -DOUT=... -P capture_cli.cmake: tamsel-capture as a
 # user meets it.
+cmake_minimum_required(VERSION 3.25)
 file(REMOVE_RECURSE ${OUT})
 file(MAKE_DIRECTORY ${OUT})
 
@@ -27,7 +28,7 @@ function(expect_part what got wanted)
     endif()
 endfunction()
 
-# Ladders, with the summary: of the sample, and of each condition in wire.md.
+# All messages, with the summary: of the sample, and of each condition in wire.md.
 foreach(golden call.pcap=0 resync.pcap=0 several.pcap=0 ports.pcap=0 foreign.pcap=0
         early.pcap=0 shared.pcap=0 reused.pcap=0 refused.pcap=1 around.pcap=0 tunnels.pcapng=1
         interfaces.pcapng=0)
@@ -69,17 +70,20 @@ expect("--call: remarks about its streams alone" "${remarks}"
 run(0 --list --port 1720=none --port 3002=none call.pcap)
 expect_part("--port" "${stderr}" "4 messages: 4 ras, 0 ui, 0 h245")
 run(0 --list --port 3005=h245 early.pcap)
-expect_part("--port" "${stdout}" "10.0.0.1:3004 ---> 10.0.0.3:3005          h245  terminalCapabilitySet\n")
+expect_part("--port" "${stdout}" "10.0.0.1:3004 ---> 10.0.0.3:3005          h245  terminalCapabilitySet g711Alaw64k\n")
 run(2 --port 1730 call.pcap)
 expect_part("--port" "${stderr}" "--port 1730: not as in 1730=ui")
 
 # One call, in two captures cut within a TPKT, is one ladder.
+# Frames count in each.
 file(READ ${CAPTURES}/call.txt ladder)
 run(0 --list first.pcap second.pcap)
-expect("two captures" "${stdout}${stderr}" "${ladder}")
+string(REGEX REPLACE "(^|\n) *[0-9]+  12:" "\\112:" numberless "${ladder}")
+string(REGEX REPLACE "(^|\n) *[0-9]+  12:" "\\112:" stdout "${stdout}")
+expect("two captures" "${stdout}${stderr}" "${numberless}")
 
 # Link types and IPv6.
-string(CONCAT info "12:00:00.000000        17.2.0.124:2034 ---> 17.2.0.1:1719          "
+string(CONCAT info "     1  12:00:00.000000        17.2.0.124:2034 ---> 17.2.0.1:1719          "
     "ras   infoRequest  (call 004091fb)\n")
 foreach(file sll.pcap sll2.pcap raw.pcap)
     run(0 --list ${file})
@@ -142,7 +146,7 @@ list(SORT found)
 list(SORT names)
 expect("files" "${found}" "${names}")
 expect("dumps compared" "${compared}" "13")
-run(0 --modules 1998 call.pcap)
+run(0 --modules 1998 --dump call.pcap)
 expect("dumps under headings" "${stdout}" "${all}")
 
 # A message that does not decode is written in hex, which tamsel-dump reads.
@@ -159,7 +163,7 @@ string(REGEX MATCHALL "\n" lines "${stdout}")
 list(LENGTH lines count)
 expect("--family" ${count} 9)
 run(0 --list --call C0FEF93E-CD9E call.pcap)
-string(REGEX REPLACE "^[^\n]*gatekeeperRequest\n" "" rest "${ladder}")
+string(REGEX REPLACE "^[^\n]*gatekeeperRequest[^\n]*\n" "" rest "${ladder}")
 string(REGEX REPLACE "tamsel-capture:.*" "" rest "${rest}")
 expect("--call" "${stdout}" "${rest}")
 run(1 --list --call c1 odd.pcap)
@@ -167,10 +171,46 @@ expect("--call of another: no messages and no remarks" "${stdout}" "")
 expect_part("--call of another" "${stderr}" "no message of call c1")
 run(0 --list --call c0fe call.pcap)
 
+# Which call failed, and why; the diagrams of some calls; what terminals show.
+foreach(golden calls=calls.pcap calls-1=calls.pcap,1 calls-5=calls.pcap,0505 ten=ten.pcap,1
+        resync-call=resync.pcap,1)
+    string(REGEX MATCH "^(.*)=(.*)$" golden ${golden})
+    set(name ${CMAKE_MATCH_1})
+    string(REPLACE "," ";" arguments ${CMAKE_MATCH_2})
+    run(0 ${arguments})
+    file(READ ${CAPTURES}/views/${name}.txt view)
+    expect("${name}" "${stdout}${stderr}" "${view}")
+endforeach()
+find_program(PYTHON python3)
+foreach(width 80 200)
+    execute_process(COMMAND ${PYTHON} terminal.py ${width} ${CAPTURE} WORKING_DIRECTORY ${CAPTURES}
+        OUTPUT_VARIABLE stdout COMMAND_ERROR_IS_FATAL ANY)
+    file(READ ${CAPTURES}/views/terminal-${width}.txt view)
+    expect("terminal of ${width} columns" "${stdout}" "${view}")
+endforeach()
+
+# One call of several, in each form.
+run(0 --dump calls.pcap 4)
+string(REGEX MATCHALL "==> [^\n]*" headings "${stdout}")
+string(REGEX REPLACE "==> [^;]* ras ([a-zA-Z]*)[^;]*" "\\1" headings "${headings}")
+expect("--dump of a call" "${headings}" "admissionRequest;admissionReject")
+run(0 -o ${OUT}/call-2 calls.pcap 2)
+file(STRINGS ${OUT}/call-2/index.tsv rows REGEX "^[0-9]")
+list(LENGTH rows count)
+expect("-o of a call" ${count} 5)
+run(1 calls.pcap 6)
+expect_part("no such call" "${stderr}" "no message of call 6")
+run(1 calls.pcap 0123)
+expect_part("no such call" "${stderr}" "no message of call 0123")
+run(2 calls.pcap 1 2)
+expect_part("two calls" "${stderr}" "2: another call, or no such file")
+run(2 1)
+expect_part("no file" "${stderr}" "FILE is required")
+
 # What cannot be read is reported; what was read before is kept.
 run(2 --list cut.pcap)
 expect_part("cut" "${stderr}" "tamsel-capture: cut.pcap: truncated dump file")
-expect_part("cut" "${stdout}" "ras   admissionConfirm  (call c0fef93e)\n")
+expect_part("cut" "${stdout}" "ras   admissionConfirm at 17.2.0.122:1720 256 kbit/s  (call c0fef93e)\n")
 run(2 --list unknown.pcap raw.pcap)
 expect_part("link type" "${stderr}" "unknown.pcap: link type DLT 147 is not supported")
 expect_part("link type" "${stderr}" "not read: frames of link type DLT 147: 1")
