@@ -4,23 +4,20 @@
 #include <memory>
 #include <string>
 
-#include "frame.h"
+#include "frame_source.h"
 #include "input_file.h"
 #include "pcapng.h"
 
 struct pcap;
 
-class CaptureFile {
+class CaptureFile : public FrameSource {
   public:
     /// Opens a file, or standard input for "-"; `index` is its place among those that are read.
     /// Throws BadCapture.
     explicit CaptureFile(const std::string& name, uint32_t index = 0);
 
-    /// The next frame; false at the end. Throws BadCapture if the file is damaged or cut short.
-    bool next(Frame& frame);
-
-    /// How much of the file has been read, 0 to 1; below 0 if that is unknown.
-    double progress() const { return input_.progress(); }
+    bool next(Frame& frame) override;
+    double progress() const override { return input_.progress(); }
 
   private:
     struct Close {

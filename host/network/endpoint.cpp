@@ -23,6 +23,14 @@ Endpoint makeEndpoint(std::span<const uint8_t> address, unsigned port) {
     return {makeAddress(address), static_cast<uint16_t>(port)};
 }
 
+std::optional<Address> readAddress(const std::string& text) {
+    std::array<uint8_t, 16> octets{};
+    if (inet_pton(AF_INET, text.c_str(), octets.data()) == 1)
+        return makeAddress(std::span(octets).first(4));
+    if (inet_pton(AF_INET6, text.c_str(), octets.data()) == 1) return octets;
+    return {};
+}
+
 void appendText(std::string& text, const Endpoint& endpoint) {
     const uint8_t* const octets = endpoint.address.data();
     const bool ipv4 = std::equal(kIpv4Prefix.begin(), kIpv4Prefix.end(), octets);

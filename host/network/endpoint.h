@@ -4,6 +4,7 @@
 #include <array>
 #include <compare>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -30,6 +31,9 @@ struct Flow {
 /// An address of 4 octets or 16; other sizes give one that nobody has.
 Address makeAddress(std::span<const uint8_t> octets);
 Endpoint makeEndpoint(std::span<const uint8_t> address, unsigned port);
+
+/// Reads an address of either version. Returns nothing if a text is none.
+std::optional<Address> readAddress(const std::string& text);
 
 /// "192.0.2.1:1720", "[2001:db8::1]:1720"
 void appendText(std::string& text, const Endpoint& endpoint);

@@ -13,7 +13,7 @@ using Time = int64_t;
 struct Frame {
     FrameId id = {};
     Time time = 0;
-    unsigned linkType = 0;  // LINKTYPE_..., or libpcap's DLT_...
+    unsigned linkType = 0;  // libpcap's DLT_...
     std::span<const uint8_t> octets;
     size_t length = 0;  // on the network: more than octets if the capture has only a part
 };

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "interrupt.h"
+
 namespace {
 
 constexpr size_t kBufferOctets = 1 << 18;
@@ -52,7 +54,8 @@ void InputFile::fill() {
     ssize_t got = -1;
     do {
         got = ::read(file_, buffer_.data() + kept, buffer_.size() - kept);
-    } while (got < 0 && errno == EINTR);
+    } while (got < 0 && errno == EINTR && !isInterrupted());
+    if (isInterrupted()) got = 0;
     if (got < 0) throw BadCapture(std::strerror(errno));
     isAtEnd_ = got == 0;
     taken_ += static_cast<size_t>(got);

@@ -1,5 +1,7 @@
 #include "pcapng.h"
 
+#include <pcap/dlt.h>
+
 #include <algorithm>
 
 namespace {
@@ -38,6 +40,12 @@ Time microseconds(uint64_t ticks, uint8_t resolution) {
     for (; power > 6; --power) ticks /= 10;
     for (; power < 6; ++power) ticks *= 10;
     return static_cast<Time>(ticks);
+}
+
+/// What libpcap calls a link type of a file.
+unsigned dltOf(unsigned linkType) {
+    constexpr unsigned kLinkTypeRaw = 101;
+    return linkType == kLinkTypeRaw ? DLT_RAW : linkType;
 }
 
 }  // namespace
@@ -101,7 +109,7 @@ bool PcapngReader::readBlock() {
 void PcapngReader::readInterface() {
     if (interfaces_.size() == kMaxInterfaces) throw BadCapture("too many interfaces");
     Interface interface {
-        .linkType = static_cast<unsigned>(integer(0, 2)),
+        .linkType = dltOf(static_cast<unsigned>(integer(0, 2))),
         .snapLength = static_cast<uint32_t>(integer(4, 4))
     };
     for (size_t at = 8; at + 4 <= body_.size();) {

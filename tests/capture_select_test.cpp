@@ -1,0 +1,89 @@
+// The parts of tamsel-capture that choose messages, write their frames, and count them.
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "capture_file.h"
+#include "capture_writer.h"
+#include "histogram.h"
+#include "selection.h"
+#include "support.h"
+
+namespace {
+
+TEST(Selection, Moments) {
+    constexpr Time kSecond = 1000000;
+    const struct {
+        const char* text;
+        std::optional<Time> time;
+        bool hasDate;
+    } rows[] = {
+        {"1970-01-02", 86400 * kSecond, true},
+        {"1970-01-02T00:01", 86460 * kSecond, true},
+        {"1970-01-01 00:00:01.25Z", 1250000, true},
+        {"23:59:59.999999", 86400 * kSecond - 1, false},
+        {"00:00:00.0000019", 1, false},
+        {"24:00", {}, false},
+        {"2026-02-29", {}, true},
+        {"2026-02-28T", {}, true},
+        {"5:11", {}, false},
+        {"05:11 pm", {}, false},
+        {"", {}, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        const auto moment = readMoment(row.text);
+        ASSERT_EQ(moment.has_value(), row.time.has_value());
+        if (!moment) continue;
+        EXPECT_EQ(moment->time, *row.time);
+        EXPECT_EQ(moment->hasDate, row.hasDate);
+    }
+}
+
+TEST(CaptureWriter, KeepsFramesThatCannotBeReadAgain) {
+    const std::string name = testing::TempDir() + "kept.pcapng";
+    const Octets octets(1000, 0);
+    CaptureWriter writer(name, 10000);
+    const auto read = [&](uint32_t number) {
+        writer.read({.id = {0, number},
+                     .time = number,
+                     .linkType = number % 2,  // which only pcapng can hold in one file
+                     .octets = octets,
+                     .length = 1500});
+    };
+    const auto select = [&](std::vector<FrameId> frames) { writer.select(frames); };
+    for (uint32_t number = 1; number <= 5; ++number) read(number);
+    select({{0, 2}, {0, 5}});
+    select({{0, 1}, {0, 2}});
+    for (uint32_t number = 6; number <= 20; ++number) read(number);
+    select({{0, 7}, {0, 20}});  // 7 is no longer there
+    writer.finish({"-"});
+    EXPECT_EQ(writer.missing(), 1U);
+    std::string written;
+    CaptureFile file(name);
+    for (Frame frame; file.next(frame);) {
+        written += std::to_string(frame.time) + " ";
+        EXPECT_EQ(frame.linkType, frame.time % 2);
+        EXPECT_EQ(frame.octets.size(), octets.size());
+        EXPECT_EQ(frame.length, 1500U);
+    }
+    EXPECT_EQ(written, "1 2 5 20 ");
+    EXPECT_EQ(writer.written(), 4U);
+}
+
+TEST(Histogram, PercentilesWithin3Percent) {
+    Histogram histogram;
+    for (uint64_t value = 100000; value >= 1; --value) histogram.add(value);
+    for (const unsigned percent : {1U, 50U, 95U, 100U}) {
+        const double exact = 1000.0 * percent;
+        EXPECT_NEAR(static_cast<double>(histogram.percentile(percent)), exact, 0.03 * exact);
+    }
+    EXPECT_EQ(histogram.percentile(0), 1U);
+    histogram.add(~uint64_t{0});
+    EXPECT_EQ(histogram.max(), ~uint64_t{0});
+}
+
+}  // namespace
