@@ -35,6 +35,14 @@ std::string asCallIdentifier(std::string& text) {
     return good ? "" : "not 1 to 32 hex digits";
 }
 
+std::optional<Moment> momentOf(const char* option, const std::string& text) {
+    const auto moment = readMoment(text);
+    if (!moment && !text.empty())
+        throw std::runtime_error(option + (" " + text) +
+                                 ": not as in 2026-11-22T05:11:39 or 05:11:39");
+    return moment;
+}
+
 bool isCallNumber(const std::string& text) {
     return text.size() <= kMaxNumberDigits && text[0] != '0' &&
            text.find_first_not_of("0123456789") == std::string::npos;
@@ -45,8 +53,27 @@ bool isCallNumber(const std::string& text) {
 void addCaptureOptions(CLI::App& app, CaptureOptions& options) {
     app.add_flag("--list", options.list, "Show all messages as a ladder diagram");
     app.add_flag("--dump", options.dump, "Dump the messages, those of the call if one is given");
+    app.add_flag("--stats", options.stats,
+                 "Show totals: messages, refusals, response times, calls");
     app.add_option("-o", options.folder, "Write a file a message, and index.tsv, into DIR")
         ->type_name("DIR");
+    app.add_option("-w", options.frames, "Write the frames of the messages into a capture FILE")
+        ->type_name("FILE");
+    app.add_option("-i", options.input.interface, "Read an interface instead of files")
+        ->type_name("INTERFACE");
+    app.add_option("--filter", options.input.filter, "Read only frames that a pcap-filter takes")
+        ->type_name("EXPRESSION");
+    app.add_option("--host", options.hosts, "Show messages from or to these addresses only")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("LIST");
+    app.add_option("--message", options.names, "Show these messages only: setup,releaseComplete")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("LIST");
+    app.add_option("--from", options.from, "Show nothing before TIME: [2026-11-22T]05:11[:39.5]")
+        ->type_name("TIME");
+    app.add_option("--to", options.to, "Show nothing after TIME")->type_name("TIME");
     app.add_option("--family", options.families, "Show these families only: ras,ui,h245")
         ->delimiter(',')
         ->check(CLI::IsMember({"ras", "ui", "h245"}))
@@ -63,10 +90,9 @@ void addCaptureOptions(CLI::App& app, CaptureOptions& options) {
                    "Decode with the modules of 2009 (default), or as Tamsel.dll does: 1998")
         ->check(CLI::IsMember({kTamsel2009.name, kTamsel1998.name}))
         ->type_name("SET");
-    app.add_option("FILE", options.files,
+    app.add_option("FILE", options.input.files,
                    "The captures, in order of time, and perhaps a call: its number in the list, or "
                    "the first digits of its identifier")
-        ->required()
         ->type_name("[CALL]");
     app.set_version_flag("--version", "tamsel-capture " TAMSEL_VERSION);
     app.footer(kFooter);
@@ -74,7 +100,7 @@ void addCaptureOptions(CLI::App& app, CaptureOptions& options) {
 
 void finishCaptureOptions(CaptureOptions& options) {
     bool hasCall = !options.call.empty();
-    std::erase_if(options.files, [&](const std::string& file) {
+    std::erase_if(options.input.files, [&](const std::string& file) {
         std::string name = file;
         if (file == "-" || std::filesystem::exists(file) || !asCallIdentifier(name).empty())
             return false;
@@ -86,15 +112,30 @@ void finishCaptureOptions(CaptureOptions& options) {
             options.call = name;
         return true;
     });
-    if (options.files.empty()) throw std::runtime_error("FILE is required");
+    const bool isLive = !options.input.interface.empty();
+    if (options.input.files.empty() != isLive)
+        throw std::runtime_error(isLive ? "-i: either an interface or files" : "FILE is required");
+    for (const std::string& file : options.input.files) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(file, options.frames, ignored))
+            throw std::runtime_error("-w " + options.frames + ": it is read");
+    }
 }
 
-std::set<FamilyId> familiesOf(const std::vector<std::string>& names) {
-    std::set<FamilyId> families;
-    for (const FamilyId family : kFamilies)
-        if (std::find(names.begin(), names.end(), nameOf(family)) != names.end())
-            families.insert(family);
-    return families;
+SelectionOptions selectionOf(const CaptureOptions& options) {
+    SelectionOptions selection;
+    std::erase_if(selection.families, [&](FamilyId family) {
+        return std::ranges::find(options.families, nameOf(family)) == options.families.end();
+    });
+    for (const std::string& host : options.hosts) {
+        const auto address = readAddress(host);
+        if (!address) throw std::runtime_error("--host " + host + ": not an address");
+        selection.hosts.insert(*address);
+    }
+    for (const std::string& name : options.names) selection.names.insert(lowerCase(name));
+    selection.from = momentOf("--from", options.from);
+    selection.to = momentOf("--to", options.to);
+    return selection;
 }
 
 std::map<uint16_t, Purpose> portsOf(const std::vector<std::string>& texts) {

@@ -3,15 +3,16 @@
 
 #include <CLI/CLI.hpp>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
+#include "capture_input.h"
 #include "directory.h"
+#include "selection.h"
 
 struct CaptureOptions {
     // What is read.
-    std::vector<std::string> files;
+    InputOptions input;
     std::vector<std::string> ports;
     std::string modules = kTamsel2009.name;
 
@@ -19,11 +20,17 @@ struct CaptureOptions {
     std::string call;       // how its identifier starts, in hex
     size_t callNumber = 0;  // in the list of calls; 0 for none
     std::vector<std::string> families = {"ras", "ui", "h245"};
+    std::vector<std::string> hosts;
+    std::vector<std::string> names;  // of messages
+    std::string from;
+    std::string to;
 
     // How it is shown: the list of calls, or the ladder of one, if nothing is told.
     bool list = false;
     bool dump = false;
+    bool stats = false;
     std::string folder;
+    std::string frames;  // the capture file that is written
 };
 
 /// Adds the options and the help to a program.
@@ -33,8 +40,8 @@ void addCaptureOptions(CLI::App& app, CaptureOptions& options);
 /// name a call is one. Throws std::runtime_error if there are two, or no file.
 void finishCaptureOptions(CaptureOptions& options);
 
-/// The families of --family.
-std::set<FamilyId> familiesOf(const std::vector<std::string>& names);
+/// Which messages are shown. Throws std::runtime_error.
+SelectionOptions selectionOf(const CaptureOptions& options);
 
 /// The ports of --port, each as NUMBER=PURPOSE. Throws std::runtime_error.
 std::map<uint16_t, Purpose> portsOf(const std::vector<std::string>& texts);

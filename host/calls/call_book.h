@@ -46,6 +46,7 @@ struct CallRecord {
     size_t refused = 0;          // of them, those that did not decode
     size_t losses = 0;           // gaps, and octets that are no messages
     std::vector<Address> hosts;  // in order of appearance, at most kMaxHosts
+    bool isShown = false;        // a message of it was selected
     bool isEnded() const { return state >= CallState::kReleased; }
 
     static constexpr size_t kMaxHosts = 64;

@@ -61,6 +61,7 @@ void CallList::begin(const CallBook& book) {
     if (!isWide_) return;
     for (size_t i = 0; i < kColumns; ++i) widths_.at(i) = kTitles.at(i).size();
     for (const CallRecord& call : book.calls()) {
+        if (!call.isShown) continue;
         const Row row = rowOf(call);
         for (size_t i = 0; i < kColumns; ++i)
             widths_.at(i) = std::max(widths_.at(i), row.at(i).size());
@@ -147,8 +148,11 @@ void CallList::forgotten(const CallRecord& call, const CallBook& book) {
 }
 
 void CallList::end(const CallBook& book) {
-    if (!book.calls().empty()) begin(book);
-    for (const CallRecord& call : book.calls()) add(call);
+    for (const CallRecord& call : book.calls()) {
+        if (!call.isShown) continue;
+        begin(book);
+        add(call);
+    }
     if (book.endpoints().empty()) return;
     if (hasBegun_) writer_.text() += '\n';
     screen_.append(writer_.text(), Style::kStrong, "outside calls");

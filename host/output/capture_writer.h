@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "frame_file.h"
-#include "message.h"
+#include "view.h"
 
 /// A message is complete after its frames have passed. Files are read again for them; frames that
 /// cannot be read again are kept for a while.
-class CaptureWriter {
+class CaptureWriter : public View {
   public:
     /// kept: how many octets of frames are kept; 0 if they can be read again.
     CaptureWriter(const std::string& name, size_t kept) : file_(name), limit_(kept) {}
@@ -20,6 +20,13 @@ class CaptureWriter {
 
     /// Takes the frames of a message that is to be written.
     void select(std::span<const FrameId> frames);
+
+    // View
+    void message(const CapturedMessage& message, const MessageDetails& /*details*/,
+                 const CallRecord* /*call*/) override {
+        select(message.frames);
+    }
+    bool needsDetails() const override { return false; }
 
     /// Writes the frames that are still kept, and those of files that are read again.
     void finish(const std::vector<std::string>& files);

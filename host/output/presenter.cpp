@@ -3,7 +3,7 @@
 #include <algorithm>
 
 Presenter::Presenter(PresenterOptions options, std::vector<View*> views)
-    : options_(std::move(options)), views_(std::move(views)) {
+    : options_(std::move(options)), selection_(options_.selection), views_(std::move(views)) {
     const auto wanted = [&](bool (View::*needs)() const) {
         return std::any_of(views_.begin(), views_.end(),
                            [&](const View* view) { return (view->*needs)(); });
@@ -11,25 +11,22 @@ Presenter::Presenter(PresenterOptions options, std::vector<View*> views)
     needsCalls_ = options_.callNumber > 0 || wanted(&View::needsCalls);
     needsDetails_ = needsCalls_ || wanted(&View::needsDetails);
     book_.onForgotten([this](const CallRecord& call) {
-        if (!isShown(&call)) return;
+        if (!call.isShown) return;
         for (View* const view : views_) view->forgotten(call, book_);
     });
 }
 
-bool Presenter::isShown(const CapturedMessage& message, const CallRecord* call) const {
-    return options_.families.contains(message.family) && isShown(call);
-}
-
 void Presenter::message(const CapturedMessage& message) {
     if (needsDetails_) readDetails(*options_.modules, message, details_);
-    const CallRecord* const call = needsCalls_ ? book_.note(message, details_) : nullptr;
-    if (!isShown(message, call)) return;
+    CallRecord* const call = needsCalls_ ? book_.note(message, details_) : nullptr;
+    if (!selection_.has(message) || !isShown(call)) return;
+    if (call != nullptr) call->isShown = true;
     for (View* const view : views_) view->message(message, details_, call);
 }
 
 void Presenter::remark(const CaptureRemark& remark) {
     const CallRecord* const call = needsCalls_ ? book_.note(remark) : nullptr;
-    if (!isShown(call)) return;
+    if (!selection_.has(remark) || !isShown(call)) return;
     for (View* const view : views_) view->remark(remark, call);
 }
 

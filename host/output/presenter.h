@@ -1,15 +1,15 @@
 // Chooses what is shown, and passes it to the views.
 #pragma once
 
-#include <set>
 #include <vector>
 
 #include "call_book.h"
+#include "selection.h"
 #include "view.h"
 
 struct PresenterOptions {
     const TamselModules* modules = &kTamsel2009;
-    std::set<FamilyId> families{std::begin(kFamilies), std::end(kFamilies)};
+    SelectionOptions selection = {};
     size_t callNumber = 0;  // the only call to show, by its number in the list; 0 for all
 };
 
@@ -27,12 +27,12 @@ class Presenter : public MessageSink {
     const CallBook& book() const { return book_; }
 
   private:
-    bool isShown(const CapturedMessage& message, const CallRecord* call) const;
     bool isShown(const CallRecord* call) const {
         return options_.callNumber == 0 || (call != nullptr && call->number == options_.callNumber);
     }
 
     PresenterOptions options_;
+    Selection selection_;
     std::vector<View*> views_;
     bool needsDetails_ = false;
     bool needsCalls_ = false;

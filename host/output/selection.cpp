@@ -1,5 +1,6 @@
 #include "selection.h"
 
+#include <cctype>
 #include <charconv>
 #include <chrono>
 
@@ -59,6 +60,12 @@ std::optional<Time> takeTimeOfDay(std::string_view& text) {
 
 }  // namespace
 
+std::string lowerCase(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return lower;
+}
+
 std::optional<Moment> readMoment(std::string_view text) {
     Moment moment;
     const std::string_view whole = text;
@@ -78,7 +85,7 @@ std::optional<Moment> readMoment(std::string_view text) {
 
 bool Selection::has(const CapturedMessage& message) {
     return has(message.time, message.flow) && options_.families.contains(message.family) &&
-           (options_.names.empty() || options_.names.contains(std::string(message.name)));
+           (options_.names.empty() || options_.names.contains(lowerCase(message.name)));
 }
 
 bool Selection::has(Time time, const Flow& flow) {

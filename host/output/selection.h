@@ -19,10 +19,12 @@ struct Moment {
 /// Z behind it. Returns nothing if a text is none of these.
 std::optional<Moment> readMoment(std::string_view text);
 
+std::string lowerCase(std::string_view text);
+
 struct SelectionOptions {
     std::set<FamilyId> families{std::begin(kFamilies), std::end(kFamilies)};
     std::set<Address> hosts = {};      // sender or receiver; empty for all
-    std::set<std::string> names = {};  // of messages; empty for all
+    std::set<std::string> names = {};  // of messages, in lower case; empty for all
     std::optional<Moment> from = {};
     std::optional<Moment> to = {};
 };

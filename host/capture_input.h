@@ -1,0 +1,46 @@
+// Reads what the command line names: files, a pipe or an interface.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "capture_writer.h"
+#include "frame_filter.h"
+#include "network.h"
+
+struct InputOptions {
+    std::vector<std::string> files;  // "-" is standard input
+    std::string interface;           // instead of files
+    std::string filter;              // frames to read, as an expression of libpcap
+};
+
+/// Whether input may come at any time, and its lines are wanted at once: of a pipe or an interface.
+bool isLive(const InputOptions& options);
+
+/// Says something on standard error, after the program's name.
+void complain(const std::string& text);
+
+class CaptureInput {
+  public:
+    /// writer: who takes each frame; null for nobody.
+    /// hasProgress: shows a bar on the terminal once reading has taken a second.
+    CaptureInput(const InputOptions& options, Unread& unread, CaptureWriter* writer,
+                 bool hasProgress);
+
+    /// Reads all, each capture as far as it goes. Returns false if one is damaged, or nothing in it
+    /// can be read, and says so.
+    ///   messages  tells how many messages were found so far
+    bool read(Network& network, const std::function<size_t()>& messages);
+
+  private:
+    class Progress;
+
+    bool readOne(const std::string& name, uint32_t index, Network& network, Progress& progress);
+
+    InputOptions options_;
+    Unread& unread_;
+    CaptureWriter* writer_;
+    bool hasProgress_;
+    FrameFilter filter_;
+};

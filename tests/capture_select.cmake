@@ -1,0 +1,147 @@
+# cmake -DCAPTURE=program -DCAPTURES=... -DOUT=... -P capture_select.cmake: which messages tamsel-capture
+# shows, the frames that it writes, and input that does not end.
+file(REMOVE_RECURSE ${OUT})
+file(MAKE_DIRECTORY ${OUT})
+
+# run(STATUS ARGS...): sets stdout and stderr.
+function(run status)
+    execute_process(COMMAND ${CAPTURE} ${ARGN} WORKING_DIRECTORY ${CAPTURES}
+        RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
+    if(NOT result EQUAL status)
+        message(SEND_ERROR "tamsel-capture ${ARGN}: exit ${result}\n${out}\n--\n${err}")
+    endif()
+    set(stdout "${out}" PARENT_SCOPE)
+    set(stderr "${err}" PARENT_SCOPE)
+endfunction()
+
+function(expect what got wanted)
+    if(NOT got STREQUAL wanted)
+        message(SEND_ERROR "${what}:\n${got}\n-- wanted\n${wanted}")
+    endif()
+endfunction()
+
+function(expect_match what got wanted)
+    if(NOT got MATCHES "${wanted}")
+        message(SEND_ERROR "${what}:\n${got}\n-- wanted\n${wanted}")
+    endif()
+endfunction()
+
+# Of the sample's messages, how many each selection has: RAS, call signalling and H.245.
+foreach(row
+        "--host=17.2.0.1=4,0,0"
+        "--host=17.2.0.1,::1=4,0,0"
+        "--message=Setup,releaseComplete=0,2,0"
+        "--from=12:00:00.075 --to=12:00:00.3=0,4,5"
+        "--from=2002-05-31T12:00:00.425000Z=1,1,0"
+        "--to=2002-05-30=0,0,0"
+        "--family=ras,ui --host=17.2.0.122 --to=12:00:00.1=0,2,0"
+        "--filter=udp=4,0,0"
+        "--filter=tcp and not port 1720=0,0,0"
+        "--filter=host 17.2.0.1 --message=infoRequest=1,0,0")
+    string(REGEX MATCH "^(.*)=([0-9]+),([0-9]+),([0-9]+)$" row "${row}")
+    set(counts "${CMAKE_MATCH_2} ras, ${CMAKE_MATCH_3} ui, ${CMAKE_MATCH_4} h245")
+    string(REPLACE " --" ";--" options "${CMAKE_MATCH_1}")
+    execute_process(COMMAND ${CAPTURE} --list ${options} call.pcap WORKING_DIRECTORY ${CAPTURES}
+        OUTPUT_QUIET ERROR_VARIABLE stderr)
+    expect_match("${options}" "${stderr}" " messages?: ${counts};")
+endforeach()
+run(2 --host 17.2.0.300 call.pcap)
+expect_match("--host" "${stderr}" "--host 17.2.0.300: not an address")
+run(2 --from noon call.pcap)
+expect_match("--from" "${stderr}" "--from noon: not as in 2026-11-22T05:11:39 or 05:11:39")
+run(2 --filter "udp prt 1" call.pcap)
+expect_match("--filter" "${stderr}" "--filter udp prt 1: ")
+# An expression for frames of several link types.
+run(0 --list --filter "udp port 1719" interfaces.pcapng)
+expect_match("--filter" "${stderr}" "7 messages: 7 ras")
+
+# The frames of messages, from a file and from a pipe, which cannot be read twice.
+run(0 -w ${OUT}/all.pcap call.pcap)
+expect("-w shows nothing" "${stdout}" "")
+run(0 -w ${OUT}/names.pcap --message setup,admissionRequest call.pcap)
+run(0 -o ${OUT}/names ${OUT}/names.pcap)
+file(STRINGS ${OUT}/names/index.tsv rows REGEX "^[0-9]")
+string(REGEX REPLACE "[^\t]*\t([^\t]*)\t[^\t]*\t[^\t]*\t[^\t]*\t[^\t]*\t([^\t]*)[^;]*(;|$)" "\\1 \\2," rows "${rows}")
+expect("-w" "${rows}" "2002-05-31T12:00:00.012500Z admissionRequest,2002-05-31T12:00:00.075000Z setup,2002-05-31T12:00:00.075000Z openLogicalChannel,")
+foreach(file all=call.pcap odd=odd.pcap tunnels=tunnels.pcapng)
+    string(REPLACE "=" ";" file ${file})
+    list(POP_FRONT file name)
+    execute_process(COMMAND ${CAPTURE} -w ${OUT}/${name}.pcapng ${CAPTURES}/${file} OUTPUT_QUIET ERROR_QUIET)
+    execute_process(COMMAND cat ${CAPTURES}/${file}
+        COMMAND ${CAPTURE} -w ${OUT}/${name}-piped.pcapng - OUTPUT_QUIET ERROR_QUIET)
+    file(SHA1 ${OUT}/${name}.pcapng read_twice)
+    file(SHA1 ${OUT}/${name}-piped.pcapng kept)
+    expect("-w ${name}: kept, or read again" ${kept} ${read_twice})
+    # All messages are there again.
+    execute_process(COMMAND ${CAPTURE} --list ${CAPTURES}/${file} OUTPUT_QUIET ERROR_VARIABLE before)
+    execute_process(COMMAND ${CAPTURE} --list ${OUT}/${name}.pcapng OUTPUT_QUIET ERROR_VARIABLE after)
+    string(REGEX MATCH "[0-9]+ messages: [^\n]*" before "${before}")
+    string(REGEX MATCH "[0-9]+ messages: [^\n]*" after "${after}")
+    expect("-w ${name}" "${after}" "${before}")
+endforeach()
+run(2 -w ${OUT}/interfaces.pcap interfaces.pcapng)
+expect_match("-w" "${stderr}" "interfaces.pcap: a pcap file cannot hold frames of Raw IP and of Ethernet; a FILE.pcapng can")
+file(COPY ${CAPTURES}/call.pcap DESTINATION ${OUT})
+run(2 -w ${OUT}/call.pcap ${OUT}/call.pcap)
+expect_match("-w over its input" "${stderr}" "is read")
+file(SHA1 ${OUT}/call.pcap before)
+file(SHA1 ${CAPTURES}/call.pcap after)
+expect("-w over its input" ${after} ${before})
+run(2 -w /dev/full call.pcap)
+expect_match("-w" "${stderr}" "/dev/full: writing failed")
+
+# A pipe that stays open: its lines are there before it is closed, and a signal ends it with the summary.
+file(WRITE ${OUT}/live.sh [=[
+capture=$1 file=$2 out=$3
+mkfifo $out/pipe
+$capture --list - <$out/pipe >$out/live.txt 2>$out/live.err &
+exec 9>$out/pipe
+cat $file >&9
+for ((i = 0; i < 100; ++i)); do
+    [[ $(wc -l <$out/live.txt) -ge 19 ]] && break
+    sleep 0.1
+done
+cp $out/live.txt $out/before.txt
+kill -TERM $!
+wait $!
+echo "exit $?"
+]=])
+execute_process(COMMAND bash ${OUT}/live.sh ${CAPTURE} ${CAPTURES}/call.pcap ${OUT} OUTPUT_VARIABLE stdout)
+expect("a pipe" "${stdout}" "exit 0\n")
+file(READ ${OUT}/before.txt before)
+run(0 --list call.pcap)
+expect("before a pipe is closed" "${before}" "${stdout}")
+file(READ ${OUT}/live.err err)
+expect("its summary" "${err}" "${stderr}")
+
+# An interface, if this user may read one.
+file(WRITE ${OUT}/interface.sh [=[
+capture=$1 out=$2
+$capture --list -i lo --filter 'udp port 1719' >$out/lo.txt 2>$out/lo.err &
+for ((i = 0; i < 50; ++i)); do
+    printf '\x40\x00\x00' >/dev/udp/127.0.0.1/1719
+    sleep 0.1
+    [[ -s $out/lo.txt ]] && break
+    kill -0 $! 2>/dev/null || break
+done
+kill -INT $! 2>/dev/null
+wait $!
+echo "exit $?"
+]=])
+execute_process(COMMAND bash ${OUT}/interface.sh ${CAPTURE} ${OUT} OUTPUT_VARIABLE stdout)
+file(READ ${OUT}/lo.txt text)
+file(READ ${OUT}/lo.err err)
+if(err MATCHES "permi[st]|socket")
+    message(STATUS "no interface is read: ${err}")
+else()
+    expect("-i" "${stdout}" "exit 0\n")
+    expect_match("-i" "${text}" "127.0.0.1:1719 .*disengageConfirm")
+    expect_match("-i" "${err}" "messages?: [0-9]+ ras, 0 ui, 0 h245; 0 refused")
+endif()
+run(2 -i no-such-interface)
+expect_match("-i" "${stderr}" "no-such-interface: ")
+
+# Totals.
+run(0 --stats call.pcap)
+file(READ ${CAPTURES}/call-stats.txt stats)
+expect("--stats" "${stdout}" "${stats}")
