@@ -55,6 +55,11 @@ void addCaptureOptions(CLI::App& app, CaptureOptions& options) {
     app.add_flag("--dump", options.dump, "Dump the messages, those of the call if one is given");
     app.add_flag("--stats", options.stats,
                  "Show totals: messages, refusals, response times, calls");
+    app.add_flag("--calls", options.calls, "Show the calls: what is shown without options");
+    auto* const json = app.add_flag("--json", options.json,
+                                    "Show the messages, or with --calls the calls, as JSON lines");
+    app.add_flag("--full", options.full, "With --json: the dumps as well, as paths and values")
+        ->needs(json);
     app.add_option("-o", options.folder, "Write a file a message, and index.tsv, into DIR")
         ->type_name("DIR");
     app.add_option("-w", options.frames, "Write the frames of the messages into a capture FILE")

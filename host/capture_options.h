@@ -29,6 +29,9 @@ struct CaptureOptions {
     bool list = false;
     bool dump = false;
     bool stats = false;
+    bool calls = false;  // the list of calls, whatever else is told
+    bool json = false;   // messages, or calls, as lines for programs
+    bool full = false;   // their dumps as well
     std::string folder;
     std::string frames;  // the capture file that is written
 };

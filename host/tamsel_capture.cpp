@@ -10,6 +10,7 @@
 #include "capture_options.h"
 #include "capture_output.h"
 #include "capture_writer.h"
+#include "json_lines.h"
 #include "ladder.h"
 #include "message_finder.h"
 #include "message_lines.h"
@@ -54,7 +55,13 @@ std::vector<std::unique_ptr<View>> viewsOf(const CaptureOptions& options, Writer
     if (!options.folder.empty()) views.push_back(std::make_unique<FileView>(writer));
     if (options.stats) views.push_back(std::make_unique<Stats>(writer));
     const bool isQuiet = options.stats || !options.folder.empty() || !options.frames.empty();
-    if (options.dump)
+    if (options.json && options.calls)
+        views.push_back(std::make_unique<JsonCalls>(writer));
+    else if (options.json)
+        views.push_back(std::make_unique<JsonMessages>(writer, options.full));
+    else if (options.calls)
+        views.push_back(std::make_unique<CallList>(writer, screen));
+    else if (options.dump)
         views.push_back(std::make_unique<DumpView>(writer));
     else if (options.list || (!isQuiet && !options.input.interface.empty()))
         views.push_back(std::make_unique<MessageLines>(writer, screen));
@@ -72,7 +79,8 @@ int run(const CaptureOptions& options) {
     const auto ports = portsOf(options.ports);
     if (!options.folder.empty()) makeFolder(options.folder);
 
-    const bool isWritten = options.folder.empty() || options.list || options.dump;
+    const bool isWritten =
+        options.folder.empty() || options.list || options.dump || options.calls || options.json;
     const bool isWatched = isatty(STDOUT_FILENO) != 0 && isWritten;
     const bool isAtOnce = isLive(options.input);
     Writer writer(options.folder, isWatched || isAtOnce ? 0 : kBatchOctets);
