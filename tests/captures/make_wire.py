@@ -253,6 +253,32 @@ def around():
     return c
 
 
+def hostile():
+    """Text that attacks whoever shows it: a terminal, a line reader, JSON, a page. Some is no text."""
+    controls = "\x1b]0;title\x07\x1b[2J\r\n\t\x7f\u009b31m"
+    page = "</script><script>alert(1)</script><img src=x onerror=alert(2)>"
+    quotes = "'; DROP TABLE calls; -- \\\"\\u0041 ${x} `id`"
+    lines = "\nRasMessage.t = 1\u2028\u2029\u0085\u202egnp\ufeff"
+    broken = b"\xc3\x28 \xff\xfe \xe2\x82 \xed\xa0\x80 \xf0\x9f\x98\x80 \xf8 \xc0\x80 end\xe2"
+    surrogates = b"\0a\xd8\x3d\xde\x00\xd8\x3d\0b\xde\x00"  # a pair, and two halves
+    c = Capture()
+    for number, source in enumerate((controls + page, quotes + lines, surrogates, "\0" * 3)):
+        alias = source if isinstance(source, bytes) else source.encode("utf-16-be")
+        setup = SETUP.replace(b"\x02\0A\0n\0n", bytes([len(alias) // 2 - 1]) + alias, 1)
+        s = Stream(c, A, 3001 + number, B, 1720)
+        element = lambda kind, octets: bytes([kind, len(octets)]) + octets
+        s.say(0, tpkt(q931(5, setup.replace(CALL, bytes([number + 1]) * 16),
+                           element(0x28, broken) + element(0x6C, b"\x81" + page[:40].encode()) +
+                           element(0x70, b"\x81\0\x1b[31m\xff"))))
+        s.close()
+    h = Stream(c, A, 3009, B, 1720)
+    h.say(0, tpkt(q931(7, connect(3010, B))))
+    h = Stream(c, A, 3011, B, 3010)
+    for typed in (broken, (controls + page).encode(), bytes(range(1, 100))):  # userInput
+        h.say(0, tpkt(b"\x6D\x40" + bytes([len(typed)]) + typed))
+    return c
+
+
 def exported(protocol, octets):
     tags = be(12, len(protocol)) + protocol.encode() + be(20, 4) + packed(A) + be(21, 4) + packed(B) + \
         struct.pack(">HHIHHIHHI", 24, 4, 2, 25, 4, 3001, 26, 4, 1720) + be(0, 0)
@@ -341,7 +367,8 @@ def pcapng(capture):
 
 
 def main():
-    for make in (resync, several, ports, foreign, early, shared, reused, refused, around):
+    for make in (resync, several, ports, foreign, early, shared, reused, refused, around,
+                 hostile):
         make().pcap(f"{make.__name__}.pcap")
     (HERE / "tunnels.pcapng").write_bytes(pcapng(tunnels()))
     octets = interfaces()
