@@ -19,7 +19,7 @@
 [[nodiscard]] AsnStatus pd_bit(AsnContext& ctx, uint8_t* value);
 
 /// Reads `nbits` bits as an unsigned number, the first bit the most significant; above 32 bits the
-/// earliest are lost. 0 bits give 0 and never fail. Leaves (n, 8 .. 1). Returns 0, or -2, logged.
+/// first ones are lost. 0 bits give 0 and never fail. Leaves (n, 8 .. 1). Returns 0, or -2, logged.
 [[nodiscard]] AsnStatus pd_bits(AsnContext& ctx, uint32_t* value, uint32_t nbits);
 
 /// Copies `nbits` bits, left-aligned, into `capacity` octets at `buffer`; the unused low bits of
@@ -98,8 +98,8 @@ template <bool Tracing, AsnRules rules>
     return asnBitsAcross(in, nbits);
 }
 
-/// The common case is inline. `wholeOctets`: so is the other one, because the bits are whole octets
-/// at a boundary.
+/// The common case is inline. With `wholeOctets` the other one is inline, too: the bits are then
+/// whole octets at an octet boundary.
 template <bool wholeOctets = false, bool Tracing, AsnRules rules>
 [[nodiscard]] ASN_INLINE AsnStatus pd_bits(AsnReader<Tracing, rules> in, uint32_t* value,
                                            uint64_t nbits) {
@@ -142,8 +142,8 @@ template <bool Tracing, AsnRules rules>
     return position >> 3 <= int64_t{ctx.size} ? kAsnOk : kAsnEndOfData;
 }
 
-/// Copies `nbits` bits that start where `unread` bits of the octet at `from` are left: those that
-/// do not form whole octets at a boundary.
+/// Copies `nbits` bits, which start with the `unread` low bits of the octet at `from`. For bits
+/// that are not whole octets at an octet boundary.
 void asnCopyBits(uint8_t* to, const uint8_t* from, uint32_t unread, uint64_t nbits);
 
 template <bool Tracing, AsnRules rules>
@@ -183,4 +183,4 @@ template <bool Tracing, AsnRules rules>
     return ctx.byteIndex < ctx.size ? kAsnOk : kAsnEndOfData;
 }
 
-static_assert(__LINE__ < 1000, "trail lines of two sources would meet");
+static_assert(__LINE__ < 1000, "the trail lines of two sources would overlap");

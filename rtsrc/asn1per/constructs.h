@@ -84,14 +84,14 @@ inline bool asnExtensionAndPresenceBits(AsnReader<Tracing, rules> in, Flags& m, 
 /// The extension additions of a SEQUENCE that knows some, while they are decoded (X.691 18.7 to
 /// 18.9).
 struct AsnAdditions {
-    uint64_t index;    // the addition that the cursor stands in
+    uint64_t index;    // the addition that is being read
     uint64_t count;    // bits of the bitmap
     bool done;         // there is no further addition
     AsnCursor bitmap;  // the second cursor: the next bit of the bitmap
     AsnCursor outer;   // the place after the open type that was entered
 };
 
-/// Moves over the bits of the current octet before the first that is 1, and returns how many.
+/// Skips the bits of the current octet before the first that is 1, and returns their number.
 inline uint32_t asnSkipZeros(AsnCursor& at) {
     if (at.byteIndex >= at.size) return 0;
     const uint32_t unread = asnUnread(at);
@@ -102,8 +102,8 @@ inline uint32_t asnSkipZeros(AsnCursor& at) {
 }
 
 /// Enters the open type of the next addition from `index` on that is present, if there is one;
-/// `bitmap` is where the bit of that index stands. Each bit is read, but the plain reader, which
-/// has nothing to report, moves at once over those that are 0.
+/// `bitmap` is at the bit of that index. Each bit is read, but the plain reader, which has nothing
+/// to report, skips those that are 0 at once.
 template <bool Tracing, AsnRules rules>
 [[nodiscard]] AsnStatus asnEnterAddition(AsnReader<Tracing, rules> in, AsnAdditions& additions,
                                          AsnCursor bitmap, uint64_t index) {
@@ -292,4 +292,4 @@ class AsnNesting {
     AsnContext& ctx_;
 };
 
-static_assert(__LINE__ < 1000, "trail lines of two sources would meet");
+static_assert(__LINE__ < 1000, "the trail lines of two sources would overlap");

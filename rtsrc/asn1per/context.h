@@ -58,7 +58,7 @@ struct AsnCursor {
 
     AsnCursor() = default;
     AsnCursor(const AsnCursor& from) { *this = from; }
-    /// Member by member: a copy in larger pieces would wait until the last step has been stored.
+    /// Member by member: a copy in larger pieces would wait for the stores of the last step.
     AsnCursor& operator=(const AsnCursor& from) {  // NOLINT(bugprone-unhandled-self-assignment)
         data = from.data;
         byteIndex = from.byteIndex;
@@ -145,7 +145,7 @@ inline int64_t asnBitsLeft(const AsnCursor& at) {
     return int64_t{at.size} * 8 - asnBitPosition(at);
 }
 
-/// The absolute bit position. Meaningful below 2^31 bits.
+/// The absolute bit position. Valid below 2^31 bits.
 inline int32_t pd_GetBitOffset(const AsnContext& ctx) {
     return static_cast<int32_t>(asnBitPosition(ctx));
 }

@@ -25,10 +25,10 @@ struct AsnDump {
     static constexpr size_t kPathSize = 4096;  // above the longest path of any legal message
     static constexpr size_t kBlock = 32;  // paths are copied in blocks; both buffers have slack
 
-    /// `rootPath` is what every path begins with; it stays the caller's and must outlive the dump.
+    /// `rootPath` begins every path; it belongs to the caller and must outlive the dump.
     AsnDump(AsnDumpSink to, const char* rootPath);
     AsnDump(FILE* stream, const char* rootPath) : AsnDump(asnStreamSink(stream), rootPath) {}
-    ~AsnDump();  // passes on what is left
+    ~AsnDump();  // passes on the rest of the text
     AsnDump(const AsnDump&) = delete;
     AsnDump& operator=(const AsnDump&) = delete;
 
@@ -36,7 +36,7 @@ struct AsnDump {
     size_t textLength;
     size_t pathLength;
     const AsnDumpStep* spilled;  // the innermost step that did not fit into `path`, or null
-    std::string_view root;       // written first where it did not fit into `path`, else empty
+    std::string_view root;       // written first if it did not fit into `path`, else empty
     bool escaped = false;        // see print.h
     char path[kPathSize + kBlock];
     char text[kTextSize + kBlock];
@@ -99,8 +99,8 @@ struct AsnElementStep : private AsnIndexText, AsnDumpStep {
         : AsnIndexText(index), AsnDumpStep(dump, kAsnElement, view()) {}
 };
 
-/// Room for at least `size` octets (at most kTextSize) behind the text: writes the text out where
-/// it would not fit. The caller adds what it used to `textLength`.
+/// Room for at least `size` octets (at most kTextSize) after the text: writes the text out if
+/// they would not fit. The caller adds what it used to `textLength`.
 char* asnDumpRoom(AsnDump& dump, size_t size);
 
 /// Adds text of any length.

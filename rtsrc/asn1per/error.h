@@ -12,14 +12,14 @@ constexpr AsnStatus kAsnOk = 0;
 constexpr AsnStatus kAsnFragment = 2;          // a length of a multiple of 16384, more follows
 constexpr AsnStatus kAsnEndOfData = -2;        // fewer bits left than wanted
 constexpr AsnStatus kAsnInvalidObjectId = -4;  // more than 128 arcs
-constexpr AsnStatus kAsnInvalidLength = -5;    // contents not used up by what they hold
+constexpr AsnStatus kAsnInvalidLength = -5;    // contents cut within a value, or a fragmented count
 constexpr AsnStatus kAsnInvalidChoice = -11;   // index that names no known alternative
-constexpr AsnStatus kAsnNoMemory = -12;        // the general allocator gave nothing
-constexpr AsnStatus kAsnInvalidReal = -16;     // contents octets that X.690 8.5 does not know
+constexpr AsnStatus kAsnNoMemory = -12;        // memory could not be allocated
+constexpr AsnStatus kAsnInvalidReal = -16;     // contents that X.690 8.5 does not allow
 constexpr AsnStatus kAsnTooLong = -17;         // string longer than its fixed buffer
 constexpr AsnStatus kAsnTooDeep = -22;         // nesting beyond the limit
-constexpr AsnStatus kAsnConstraint = -23;      // size or alphabet violated
-constexpr AsnStatus kAsnRange = -24;           // lower bound above upper bound
+constexpr AsnStatus kAsnConstraint = -23;      // size, alphabet or item not allowed
+constexpr AsnStatus kAsnRange = -24;           // lower bound above upper, or above 64 bits
 
 struct AsnTrailEntry {
     const char* module;  // constant text: "rtsrc/asn1per", or the generated module
@@ -41,8 +41,8 @@ struct AsnErrorInfo {
 [[gnu::cold]] AsnStatus asnLogError(AsnErrorInfo& errInfo, AsnStatus status, const char* module,
                                     int32_t line);
 
-/// Stores a private copy of the text as the next message parameter. Returns 1, or 0 where the list
-/// is full or memory exhausted.
+/// Stores a private copy of the text as the next message parameter. Returns 1, or 0 if the list
+/// is full or memory is exhausted.
 int asnAddErrorText(AsnErrorInfo& errInfo, const char* text);
 int asnAddErrorInt(AsnErrorInfo& errInfo, int32_t value);
 int asnAddErrorUnsigned(AsnErrorInfo& errInfo, uint32_t value);
@@ -59,7 +59,7 @@ char* asnErrorText(const AsnErrorInfo& errInfo, char* buffer, uint32_t size);
 /// trail and clears the parameters.
 void asnPrintError(AsnErrorInfo& errInfo);
 
-/// The same report to a function of the caller's: status and message without a line break, then
-/// each site of the trail with its line break. Then clears the parameters; the trail stays.
+/// Passes the same report to a callback: status and message without a line break, then each site of
+/// the trail with its line break. Then clears the parameters; the trail stays.
 void asnLogErrorCb(AsnErrorInfo& errInfo, void (*callback)(const char* text, void* argument),
                    void* argument);

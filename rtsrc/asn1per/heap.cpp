@@ -31,14 +31,14 @@ AsnMemBlock* addBlock(AsnMemHeap& heap, size_t payloadSize, uint32_t used) {
     return block;
 }
 
-/// First fit behind the newest standard block. A walk in vain brings the bound down to the truth.
-void* takeBehind(AsnMemHeap& heap, uint32_t size) {
+/// First fit in the older blocks. A search without success lowers the bound to their actual room.
+void* takeFromOlder(AsnMemHeap& heap, uint32_t size) {
     uint32_t widest = 0;
     for (AsnMemBlock* block = heap.filled->next; block != nullptr; block = block->next) {
         if (room(heap, block) >= size) return take(block, size);
         widest = std::max(widest, room(heap, block));
     }
-    heap.roomBehind = widest;
+    heap.olderRoom = widest;
     return nullptr;
 }
 
@@ -52,13 +52,12 @@ void* asnMemAllocElsewhere(AsnMemHeap& heap, size_t nbytes) {
         return block != nullptr ? payload(block, 0) : nullptr;
     }
     const auto size = static_cast<uint32_t>(rounded);
-    if (heap.filled != nullptr && heap.roomBehind >= size) {
-        if (void* const memory = takeBehind(heap, size)) return memory;
+    if (heap.filled != nullptr && heap.olderRoom >= size) {
+        if (void* const memory = takeFromOlder(heap, size)) return memory;
     }
     AsnMemBlock* const block = addBlock(heap, kAsnBlockPayload, size);
     if (block == nullptr) return nullptr;
-    if (heap.filled != nullptr)
-        heap.roomBehind = std::max(heap.roomBehind, room(heap, heap.filled));
+    if (heap.filled != nullptr) heap.olderRoom = std::max(heap.olderRoom, room(heap, heap.filled));
     heap.filled = block;
     heap.filledPayload = kAsnBlockPayload;
     return payload(block, 0);

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What stands before the payload of a block. Payloads start 8-octet aligned: the header takes 8
+/// The header of a block, before its payload. Payloads start 8-octet aligned: the header takes 8
 /// octets where pointers take 4, and 16 where they take 8.
 struct alignas(8) AsnMemBlock {
     AsnMemBlock* next;  // the block added before this one, null for the oldest
@@ -24,12 +24,12 @@ struct AsnMemFirstBlock {
 /// Zeroed memory is an empty heap. Values are never freed one by one: `asnMemRelease` frees all.
 struct AsnMemHeap {
     AsnMemBlock* newest;
-    AsnMemBlock* filled;     // the newest block but for oversized ones, which are full
+    AsnMemBlock* filled;     // the newest standard block; oversized blocks are always full
     uint32_t filledPayload;  // payload octets of that block
-    /// No block behind that has more room than this. Without the bound, each new block of a large
-    /// message walks the whole chain in vain, and decoding becomes quadratic.
-    uint32_t roomBehind;
-    const AsnMemBlock* lent;  // an AsnMemFirstBlock, which is not the heap's to free, or null
+    /// No older block has more room than this. Without the bound, each new block of a large message
+    /// would search the whole chain without success, and decoding would be quadratic.
+    uint32_t olderRoom;
+    const AsnMemBlock* lent;  // an AsnMemFirstBlock, which the heap does not free, or null
 };
 
 /// Puts the caller's block into an empty heap, whose first it then is: most messages need no other.
@@ -42,12 +42,12 @@ inline void asnMemLend(AsnMemHeap& heap, AsnMemFirstBlock& first) {
     heap.lent = &first.block;
 }
 
-/// asnMemAllocRaw where the newest standard block has no room.
+/// asnMemAllocRaw if the newest standard block has no room.
 void* asnMemAllocElsewhere(AsnMemHeap& heap, size_t nbytes);
 
 /// Hands out `nbytes` octets, 8-octet aligned, from the newest block with room, else from a new
 /// block; a request over `kAsnBlockPayload` gets a block of its own. They are not zeroed: for a
-/// caller that writes every octet that can be read. Null where the general allocator gives nothing:
+/// caller that writes every octet that can be read. Null if memory could not be allocated:
 /// the chain is then as before, and the caller logs and returns -12.
 inline void* asnMemAllocRaw(AsnMemHeap& heap, size_t nbytes) {
     AsnMemBlock* const block = heap.filled;
@@ -61,5 +61,5 @@ inline void* asnMemAllocRaw(AsnMemHeap& heap, size_t nbytes) {
 /// The same with zeroes.
 void* asnMemAlloc(AsnMemHeap& heap, size_t nbytes);
 
-/// Frees every block but one that was lent. The head is not reset: the context is being destroyed.
+/// Frees every block except one that was lent. The head is not reset: the context is destroyed.
 void asnMemRelease(AsnMemHeap& heap);

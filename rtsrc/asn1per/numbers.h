@@ -249,8 +249,8 @@ struct AsnLookAhead {
 };
 
 /// pd_GetComponentLength before a string is read. If the string has one fragment, the plain reader
-/// keeps the cursor at its contents and the constraint no longer pending: asnStringAfter goes on
-/// from there. Otherwise it reads as a second cursor would that asnForkContext makes, but costs
+/// leaves the cursor at its contents, and the constraint is no longer pending: asnStringAfter
+/// continues from there. Otherwise it has the effect of a second cursor (asnForkContext), but costs
 /// less: what it changes is restored, and what it logs is dropped.
 template <bool Tracing, AsnRules rules>
 [[nodiscard]] ASN_INLINE int32_t asnLookAhead(AsnReader<Tracing, rules> in, uint32_t itemBits,
@@ -359,4 +359,4 @@ template <bool Tracing, AsnRules rules>
     return status == kAsnOk ? status : in.log(AsnSource::numbers, status);
 }
 
-static_assert(__LINE__ < 1000, "trail lines of two sources would meet");
+static_assert(__LINE__ < 1000, "the trail lines of two sources would overlap");

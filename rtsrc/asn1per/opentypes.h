@@ -3,8 +3,8 @@
 
 #include "strings.h"
 
-/// Octets that are not decoded further; 0 and null if there are none. asn1per.h says whose they
-/// are.
+/// Octets that are not decoded further; 0 and null if there are none. asn1per.h says who
+/// owns them.
 struct AsnOpenType {
     uint32_t numocts;
     const uint8_t* data;
@@ -25,7 +25,7 @@ struct AsnOpenType {
 
 // --- the rules ---
 
-/// What becomes of the octets of an open type.
+/// What is done with the octets of an open type.
 enum class AsnContents {
     copied,   // into the element heap
     inPlace,  // the octets of the buffer, or a copy if they are fragmented or not at a boundary
@@ -140,4 +140,4 @@ template <bool Tracing, AsnRules rules>
     return kAsnOk;
 }
 
-static_assert(__LINE__ < 1000, "trail lines of two sources would meet");
+static_assert(__LINE__ < 1000, "the trail lines of two sources would overlap");

@@ -10,7 +10,7 @@ char* append(char* at, std::string_view text) {
     return at + text.size();
 }
 
-/// Ends at `end` what asnDumpRoom or asnDumpLine began.
+/// Completes the text that asnDumpRoom or asnDumpLine began; it ends at `end`.
 void commit(AsnDump& dump, const char* end) {
     dump.textLength = static_cast<size_t>(end - dump.text);
 }
@@ -59,8 +59,8 @@ constexpr auto kOctetTexts = [] {
     return texts;
 }();
 
-/// Entry i of a line; it also writes the octet behind the entry, which the next one or the blank
-/// between the columns takes.
+/// Entry i of a line. It also writes the octet after the entry, which the next entry or the blank
+/// between the columns overwrites.
 void putOctet(char* line, uint32_t i, uint8_t octet) {
     std::memcpy(line + size_t{3} * i, kOctetTexts.hex[octet], 4);
     line[kHexColumn + 1 + i] = kOctetTexts.character[octet];

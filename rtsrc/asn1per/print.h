@@ -2,7 +2,7 @@
 //
 // Each comes in two forms: with the path as text it prints to standard output, as a host calls it;
 // with a dump it adds to that dump under its current path, as generated printers do. Both give the
-// same octets. None of them checks its input or reports anything. `separator` stands between path
+// same octets. None of them checks its input or reports anything. `separator` is between path
 // and member name; every caller passes ".".
 #pragma once
 

@@ -10,8 +10,8 @@
 
 // --- SEQUENCE ---
 
-/// An addition that the type does not know: the octets of its open type. asn1per.h says whose they
-/// are.
+/// An addition that the type does not know: the octets of its open type. asn1per.h says who
+/// owns them.
 struct AsnUnknownAddition {
     uint32_t number;  // 1: the first one after those that are known
     AsnOpenType contents;
@@ -258,4 +258,4 @@ template <bool Tracing>
     return kAsnOk;
 }
 
-static_assert(__LINE__ < 1000, "trail lines of two sources would meet");
+static_assert(__LINE__ < 1000, "the trail lines of two sources would overlap");

@@ -11,7 +11,7 @@
 #include "context.h"
 #include "trace.h"
 
-/// What generated decoders read most: inline in code that is optimised for speed, ordinary
+/// For what generated decoders call most: inline in code that is optimised for speed, ordinary
 /// functions in code for a debugger and in the tracing decoders, which are compiled for size.
 #if defined(__OPTIMIZE__) && !defined(__OPTIMIZE_SIZE__)
 #define ASN_INLINE __attribute__((always_inline)) inline

@@ -30,4 +30,4 @@ template <bool Tracing, AsnRules rules>
     return kAsnOk;
 }
 
-static_assert(__LINE__ < 1000, "trail lines of two sources would meet");
+static_assert(__LINE__ < 1000, "the trail lines of two sources would overlap");

@@ -370,4 +370,4 @@ template <bool Tracing, AsnRules rules>
     return status == kAsnOk ? status : in.log(AsnSource::strings, status);
 }
 
-static_assert(__LINE__ < 1000, "trail lines of two sources would meet");
+static_assert(__LINE__ < 1000, "the trail lines of two sources would overlap");

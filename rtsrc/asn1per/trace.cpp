@@ -120,7 +120,7 @@ class FieldLine {
 };
 
 /// The bits of one field as they are in the message: "-" before it in its first octet, "x" for the
-/// padding after it. The next field's start tells where that ends; 0 stands for none.
+/// padding after it, which ends where the next field starts; `next` is 0 if there is none.
 void printBits(AsnDumpSink sink, std::span<const uint8_t> message, const AsnBitField& field,
                int64_t nextBitOffset) {
     const int64_t end = int64_t{field.bitOffset} + field.bitCount;
