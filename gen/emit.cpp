@@ -27,13 +27,13 @@ Where valueIn(const std::string& name) {
     return {.value = name, .address = "&" + name, .record = name + "."};
 }
 
-Where valueBehind(const std::string& pointer) {
+Where valueAt(const std::string& pointer) {
     return {.value = "*" + pointer, .address = pointer, .record = pointer + "->"};
 }
 
 Where valueOf(const Member& alternative) {
     const std::string name = "value.u." + alternative.cppName;
-    Where where = heldInUnion(*alternative.type) ? valueIn(name) : valueBehind(name);
+    Where where = heldInUnion(*alternative.type) ? valueIn(name) : valueAt(name);
     where.reader = "in.alternative(" + literal(alternative.dumpName) + ")";
     return where;
 }

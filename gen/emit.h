@@ -45,9 +45,9 @@ struct Where {
     std::string record;
     std::string reader = "in";
 };
-Where valueIn(const std::string& name);         // "value.a"
-Where valueBehind(const std::string& pointer);  // "value.u.a" of an alternative that is pointed to
-Where valueOf(const Member& alternative);       // in the union, or behind it
+Where valueIn(const std::string& name);     // "value.a"
+Where valueAt(const std::string& pointer);  // "value.u.a" of an alternative that is pointed to
+Where valueOf(const Member& alternative);   // in the union, or pointed to by it
 
 std::string readCall(const Type& type, const Where& where);
 std::string printCall(const Type& type, const Where& where);

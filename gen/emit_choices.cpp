@@ -19,7 +19,7 @@ if (asnExtensionBit(in)) {
         {{"module", moduleConstant(*type.module)}, {"line", std::to_string(type.trailLine)}});
 }
 
-/// Reads an alternative. It is the result, or goes to `status` inside of an open type.
+/// Reads an alternative. Its status is returned or, inside an open type, assigned to `status`.
 std::string alternative(const Type& type, const Member& member, bool inOpenType) {
     const std::string pointer = heldInUnion(*member.type) ? "" : "value.u." + member.cppName;
     return fill(R"(

@@ -1,5 +1,5 @@
-// Everything that deviates from the notation, in one place. A row for a module that is read must
-// match something there: a row that has no effect is refused.
+// Everything that deviates from the notation, in one place. If the module of
+// a row is read, the row must match something in it; otherwise it is refused.
 #pragma once
 
 #include <string_view>

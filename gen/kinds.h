@@ -77,12 +77,12 @@ struct KindRow {
     bool inUnion = false;        // held in the union of a CHOICE; other values are pointed to
     bool takesSize = false;
     bool takesMembers = false;
-    bool keepsUnknown = false;     // behind a marker without additions, in extElem1
+    bool keepsUnknown = false;     // after a marker without additions, in extElem1
     bool pointsToMembers = false;  // a pointer leads to its members
     int64_t (*octetsInline)(int64_t size) = nullptr;  // that its structure holds, by the upper SIZE
     int64_t lowest = 0, highest = -1;                 // values of an INTEGER
     const AsnAlphabet* alphabet = nullptr;            // that FROM selects from
-    std::string_view alphabetName{};  // and with "Set" behind it, the set of all of it
+    std::string_view alphabetName{};                  // with "Set" appended, the set of all of it
 
     std::string_view read{};   // a call that returns a status
     std::string_view print{};  // a call
@@ -92,6 +92,6 @@ struct KindRow {
 
 const KindRow& kindRow(Kind kind);
 
-/// The kind of a type, whose notation may stand for several.
+/// The kind of a type. Several kinds may have the same notation.
 ///   published  in a set that is decoded as published
 Kind exactKind(const TypeNotation& type, bool published);

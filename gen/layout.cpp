@@ -8,7 +8,7 @@ namespace {
 constexpr size_t kColumns = 100;
 constexpr size_t kIndent = 4;
 
-/// A line of source: its code, with its margin, and a comment behind it or alone.
+/// A line of source: its code, with its margin, and a comment after it or alone.
 struct Line {
     std::string code;
     std::string comment;
@@ -165,7 +165,7 @@ void addCode(std::string& out, const std::string& code) {
         out += code + "\n";
 }
 
-/// Adds lines that all have a comment behind them.
+/// Adds lines that all have a comment after them.
 void addCommented(std::string& out, const std::vector<Line>& lines) {
     size_t column = 0;
     for (const Line& line : lines) column = std::max(column, line.code.size() + 2);

@@ -86,7 +86,7 @@ class Builder {
         return type;
     }
 
-    /// The type that a name stands for; if there is none, one to go on with.
+    /// The type that a name refers to; if there is none, a substitute, so that work continues.
     Type* referred(const TypeNotation& notation, const std::string& path) {
         if (notation.range || notation.size || notation.alphabet)
             error(notation.line, path, "a constraint on a referenced type is not supported");

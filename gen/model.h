@@ -56,7 +56,7 @@ struct Type {
     std::vector<InlineOctets> uncleared;
 };
 
-/// The type that another name stands for, or the type itself.
+/// The type that another name refers to, or the type itself.
 const Type& actual(const Type& type);
 /// Whether it has a member in its record: all but NULL has.
 bool hasValue(const Type& type);

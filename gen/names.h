@@ -15,7 +15,7 @@ std::string memberName(const std::string& name);
 /// Whether all records share the member name for something else.
 bool isSharedMember(const std::string& cppName);
 
-/// Refuses files and modules whose generated names would meet.
+/// Refuses files and modules whose generated names would collide.
 void checkModuleNames(const Model& model, Errors& errors);
 /// Refuses types whose structures would have the same name.
 void checkTypeNames(const Model& model, Errors& errors);

@@ -10,7 +10,7 @@
 #include "kinds.h"
 
 /// The mistakes found in all modules. Each is a line "H245.asn:812: RequestMessage.foo: REAL is not
-/// supported"; reading goes on after the assignment that holds it.
+/// supported"; reading continues after the assignment that has it.
 struct Errors {
     void add(const std::string& file, int line, const std::string& path, const std::string& text);
     std::vector<std::string> lines;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int kTrailStep = 10;
 
-/// The types that a type has members of, points to or stands for.
+/// The types that a type has members of, points to or is another name for.
 std::vector<Type*> usedBy(const Type& type) {
     std::vector<Type*> used;
     for (const Member* member : allMembers(type)) used.push_back(member->type);

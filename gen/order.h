@@ -3,7 +3,7 @@
 
 #include "model.h"
 
-/// Refuses names that stand only for each other.
+/// Refuses names that refer only to each other.
 void checkOtherNames(Model& model, Errors& errors);
 
 /// Refuses modules that import from each other.

@@ -1,4 +1,4 @@
-// Reads tokens into notation. A mistake ends the assignment that holds it.
+// Reads tokens into notation. A mistake ends the assignment that has it.
 
 #include <algorithm>
 #include <cctype>
@@ -146,7 +146,7 @@ class Parser {
         }
     }
 
-    /// One assignment. If it holds a mistake, that is reported, and its name stands for NULL.
+    /// One assignment. If it has a mistake, that is reported, and its name is assigned NULL.
     void assignment() {
         const size_t start = next_;
         path_ = module_.name;

@@ -6,8 +6,8 @@
 
 namespace {
 
-/// A key or a password is held in its structure; H.245 has one of 65535 octets. More would make
-/// every record that may hold one larger than any message.
+/// A key or a password is held in its structure; H.245 has one of 65535 octets. With more, every
+/// record that may hold one would be larger than any message.
 constexpr int64_t kMostInlineOctets = 65535;
 
 /// Inline octets from this size on are worth a span of their own in the clearing of a record.
@@ -19,7 +19,7 @@ constexpr uint64_t kManyBits = uint64_t{1} << 40;
 /// A normally small number that is small.
 constexpr uint64_t kSmallNumberBits = 7;
 
-/// An open type of no octets, behind the index of an extension alternative.
+/// An open type of no octets, after the index of an extension alternative.
 constexpr uint64_t kExtensionAlternativeBits = kSmallNumberBits + 8;
 
 uint64_t plus(uint64_t a, uint64_t b) {

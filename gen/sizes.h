@@ -20,7 +20,7 @@ void measure(Model& model, Errors& errors);
 // The bits of each kind, as X.691 (07/2002) and the readers of the run-time have them.
 LeastBits exactly(uint64_t bits);
 LeastBits rangeBits(const Type& type);            // INTEGER with bounds
-LeastBits extensibleRangeBits(const Type& type);  // with a marker behind them
+LeastBits extensibleRangeBits(const Type& type);  // with a marker after them
 LeastBits extensibleItemBits(const Type& type);   // ENUMERATED with a marker
 LeastBits bitStringBits(const Type& type);
 LeastBits octetStringBits(const Type& type);
