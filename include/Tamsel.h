@@ -37,7 +37,7 @@ extern "C" {
  * cannot be opened, standard output is closed and stays closed. So only one call may run at a time
  * in a process, and no other thread should print during a call.
  *
- * A call takes about 100 KiB of the thread's stack, and no message makes it take more than 256. */
+ * A call takes about 100 KiB of the thread's stack, and for any message less than 256 KiB. */
 
 /* H.225.0 RAS: RasMessage (UDP ports 1718 and 1719). */
 TAMSEL_API int TAMSEL_CALL H323RASASNDecode(const unsigned char* data, unsigned short length,

@@ -47,7 +47,7 @@ extern const TamselModules kTamsel1998;
 /// (2009/H323.h, 2009/H245.h).
 extern const TamselModules kTamsel2009;
 
-/// Decodes messages one after the other. It holds all memory of a message, about 90 KiB of it in
+/// Decodes messages one after the other. It holds all memory of a message, about 75 KiB of it in
 /// the object itself; only long messages need more, from malloc. What it returns is valid until
 /// its next `decode` and as long as the decoder and the octets of the message exist.
 class TamselDecoder {
@@ -99,11 +99,11 @@ class TamselDecoder {
         return *reinterpret_cast<const Message*>(value_);
     }
 
-    /// Prints the message, if it decoded. The sink must not throw. For a terminal `escaped` keeps
-    /// the control characters of character strings from it (print.h).
+    /// Prints the message, if it decoded. The sink must not throw. With `escaped`, for a terminal,
+    /// the control characters of character strings are escaped (print.h).
     void print(AsnDumpSink sink, bool escaped = false) const;
 
-    /// The dump as text in memory of the decoder's; empty if the message did not decode.
+    /// The dump as text in memory of the decoder; empty if the message did not decode.
     /// Returns 0, or kAsnNoMemory.
     [[nodiscard]] AsnStatus dump(std::string_view* text);
 

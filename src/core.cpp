@@ -65,7 +65,7 @@ AsnStatus TamselDecoder::run(const TamselFamily& family, std::span<const uint8_t
         status_ = kAsnTooLong;
     else
         status_ = message.empty() ? kAsnEndOfData : family.decode(ctx_, value_);
-    // Not every failure is logged; the text of the status comes from here nevertheless.
+    // Not every failure is logged, but each has a text, which is found by this status.
     if (ctx_.errInfo.status == kAsnOk) ctx_.errInfo.status = status_;
     return status_;
 }

@@ -9,7 +9,7 @@ class DumpFile {
     /// standard output is reopened onto it, in text mode; a failure closes standard output.
     [[nodiscard]] bool open(const char* path);
 
-    /// Writes to the file; what a full disk does not take is lost.
+    /// Writes to the file. Text that a full disk cannot hold is lost.
     AsnDumpSink sink();
 
     /// Completes and closes it. On Windows standard output is then reopened on the console.

@@ -10,8 +10,8 @@ namespace {
 constexpr int kStandardOutput = 1;
 
 /// In a process that was started without standard handles (a GUI program, DETACHED_PROCESS) the
-/// stream has no descriptor, and Wine's freopen refuses such a stream. It gets the one it would
-/// have, on the null device.
+/// stream has no descriptor, and Wine's freopen refuses such a stream. It gets one on the
+/// null device.
 void giveDescriptor() {
     const int null = _open("NUL", _O_WRONLY | _O_TEXT);
     if (null < 0) return;
