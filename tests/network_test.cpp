@@ -1,0 +1,201 @@
+// From IP packets to datagrams and TCP streams, and what may be held.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <memory>
+
+#include "packets.h"
+
+namespace {
+
+/// What comes out of it.
+struct Wire : NetworkListener {
+    explicit Wire(size_t limit = 1 << 16) : budget(limit) {}
+
+    struct Reader : StreamReader {
+        explicit Reader(Wire& owner) : wire(owner) {}
+        bool octets(Time /*time*/, Side side, const StreamPart& part) override {
+            wire.heard += (side == Side::kClient ? "" : "<") + formatHex(part.octets) + " ";
+            return wire.isWanted;
+        }
+        void gap(Time /*time*/, Side /*side*/, size_t octets) override {
+            wire.heard += "(" + std::to_string(octets) + ") ";
+        }
+        void late(Time /*time*/, Side /*side*/, const StreamPart& part) override {
+            wire.heard += "late " + formatHex(part.octets) + " ";
+        }
+        void end(Time /*time*/) override { wire.heard += "end "; }
+        Wire& wire;
+    };
+
+    std::unique_ptr<StreamReader> open(const Flow& /*flow*/) override {
+        return std::make_unique<Reader>(*this);
+    }
+    void datagram(const Arrival& /*arrival*/, const Flow& /*flow*/,
+                  std::span<const uint8_t> octets) override {
+        heard += formatHex(octets) + " ";
+    }
+    bool exported(const Arrival& /*arrival*/, const Flow& /*flow*/, std::string_view /*protocol*/,
+                  std::span<const uint8_t> /*octets*/) override {
+        return false;
+    }
+
+    void first(Time time, unsigned id) { packet(time, id, 0x2000, 17, "06b7 06b7 000a 0000"); }
+    void second(Time time, unsigned id) { packet(time, id, 0x0001, 17, "aabb"); }
+    size_t counted(const std::string& kind) const {
+        const auto found = unread.kinds().find(kind);
+        return found != unread.kinds().end() ? found->second : 0;
+    }
+    size_t lostFragments() const {
+        return counted("IP fragments without the rest of their packet");
+    }
+
+    void packet(Time time, unsigned id, unsigned flags, uint8_t protocol, const char* payload) {
+        packets.packet(time, id, flags, protocol, payload);
+    }
+    std::string heard;
+    bool isWanted = true;  // streams, after their first octets
+    Unread unread;
+    MemoryBudget budget;
+    Packets packets{*this, budget, unread};
+};
+
+TEST(Network, FragmentsWaitFor30Seconds) {
+    Wire wire;
+    wire.first(0, 1);
+    wire.second(30000000, 1);
+    EXPECT_EQ(wire.heard, "aabb ");
+    wire.first(0, 2);
+    wire.second(30000001, 2);
+    EXPECT_EQ(wire.heard, "aabb ");
+    EXPECT_EQ(wire.lostFragments(), 1U);
+}
+
+TEST(Network, FragmentsOf4096Packets) {
+    Wire wire;
+    for (unsigned id = 0; id <= 4096; ++id) wire.first(id, id);
+    EXPECT_EQ(wire.lostFragments(), 1U);
+    wire.second(5000, 1);
+    EXPECT_EQ(wire.heard, "aabb ");
+    wire.second(5000, 0);
+    EXPECT_EQ(wire.heard, "aabb ") << "the oldest was given up";
+}
+
+TEST(Network, FragmentsOf4MiB) {
+    Wire wire;
+    const std::string octets(size_t{2} * 60000, '0');
+    for (unsigned id = 0; id < 69; ++id) wire.packet(0, id, 0x2000, 17, octets.c_str());
+    EXPECT_EQ(wire.lostFragments(), 0U);
+    wire.packet(0, 69, 0x2000, 17, octets.c_str());
+    EXPECT_EQ(wire.lostFragments(), 1U);
+}
+
+TEST(Network, ImpossibleFragments) {
+    Wire wire;
+    wire.packet(0, 1, 0x1FFF, 17, "0011 2233 4455 6677");  // ends after octet 65535
+    wire.packet(0, 2, 0x2000, 17, "0011");                 // the next cannot begin there
+    EXPECT_EQ(wire.counted("malformed IP fragments"), 2U);
+}
+
+TEST(TcpStreams, AsManyAsAreKept) {
+    for (const bool isWanted : {true, false}) {
+        Wire wire;
+        wire.isWanted = isWanted;
+        const auto speak = [&](unsigned number) {
+            wire.heard.clear();
+            std::array<char, 60> segment{};
+            std::snprintf(segment.data(), segment.size(),
+                          "%04x %04x 00000001 00000000 5010 2000 0000 0000 aa",
+                          2000 + number % 60000, 1720 + number / 60000);
+            wire.packet(1, 1, 0, 6, segment.data());
+        };
+        for (unsigned number = 0; number <= (isWanted ? 32768U : 16384U); ++number) speak(number);
+        speak(1);
+        EXPECT_EQ(wire.heard, isWanted ? "end " : "");  // of the oldest, which is forgotten now
+        speak(0);
+        EXPECT_EQ(wire.heard, "(0) aa ");
+    }
+}
+
+TEST(TcpStreams, SilentForADay) {
+    constexpr Time kDay = Time{24} * 3600 * 1000000;
+    Wire wire;
+    wire.packets.segment(1, "00000001", "00000000", "02", "");
+    wire.packets.segment(2, "00000002", "00000000", "08", "aabb");
+    wire.packet(kDay, 3, 0, 6, "1389 06b8 00000001 00000000 5002 2000 0000 0000");
+    EXPECT_EQ(wire.heard, "aabb ");
+    wire.packet(2 * kDay, 4, 0, 6, "138a 06b8 00000001 00000000 5002 2000 0000 0000");
+    EXPECT_EQ(wire.heard, "aabb end ");
+}
+
+TEST(TcpStreams, HowOneEnds) {
+    const struct {
+        const char* why;
+        const char* segments;  // "sequence acknowledged flags payload", from the server after "<"
+        const char* heard;
+    } rows[] = {
+        {"the same SYN again", "1 0 02,2 0 10 aa,1 0 02,3 0 10 bb", "aa bb "},
+        {"the port used again", "1 0 02,2 0 10 aa,9001 0 02,9002 0 10 bb", "aa end bb "},
+        {"used again without a SYN in the capture", "1 0 02,2 0 10 aa,80000000 0 10 bb",
+         "aa end (0) bb "},
+        {"a SYN that comes late", "2 0 10 aa,1 0 02,3 0 10 bb", "(0) aa bb "},
+        {"sent again after the end", "1 0 02,2 7 10 aa,3 7 11,<7 4 11,2 7 10 aa", "aa end "},
+        {"reset", "1 0 02,2 0 10 aa,<0 3 14,2 0 10 aa", "aa end "},
+        {"octets after the FIN in the capture", "1 0 02,<8 2 12,2 9 10 aa,4 9 11,<9 5 11,3 9 10 bb",
+         "aa (1) end "},
+        {"and not acknowledged yet", "1 0 02,<8 2 12,2 9 10 aa,4 9 11,<9 3 11,3 9 10 bb",
+         "aa bb end "},
+        {"never captured, and acknowledged", "1 0 02,2 0 10 aa,5 0 10 bb,<8 6 10", "aa (2) bb "},
+        {"acknowledged before it is captured, in two parts, and again",
+         "1 0 02,2 0 10 aa,5 0 10 dd,<0 6 10,3 0 10 bb,3 0 10 bb,4 0 10 cc,2 0 10 aa",
+         "aa (2) dd late bb late cc "},
+        {"round the clock", "fffffffe 0 02,1 0 10 cc,ffffffff 0 10 aabb", "aabbcc "},
+        {"only the answer to the SYN", "<8 2 12,3 9 10 bb,2 9 10 aa", "aabb "},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        Wire wire;
+        std::istringstream segments(row.segments);
+        for (std::string segment; std::getline(segments, segment, ',');) {
+            const bool fromServer = segment[0] == '<';
+            std::istringstream fields(segment.substr(fromServer ? 1 : 0));
+            std::string sequence;
+            std::string acknowledged;
+            std::string flags;
+            std::string payload;
+            fields >> sequence >> acknowledged >> flags >> payload;
+            sequence.insert(0, 8 - sequence.size(), '0');
+            acknowledged.insert(0, 8 - acknowledged.size(), '0');
+            wire.packets.segment(1, sequence, acknowledged, flags, payload, fromServer);
+        }
+        EXPECT_EQ(wire.heard, row.heard);
+    }
+}
+
+TEST(TcpStreams, HoldWhatWaitsWithinLimits) {
+    const struct {
+        size_t budget;
+        size_t size;  // of each segment; it leaves a gap of one octet
+        size_t most;
+    } rows[] = {
+        {1 << 16, 200, (1 << 16) + 216},      // octets of all streams, each segment with its frame
+        {1 << 30, 1, 512 * 17},               // segments of one side
+        {1 << 30, 16384, (1 << 20) + 16400},  // octets of one side
+    };
+    for (const auto& row : rows) {
+        Wire wire(row.budget);
+        wire.packets.segment(1, "00000001", "00000000", "02", "");
+        const std::string octets(2 * row.size, 'a');
+        for (size_t i = 0; i < 600 && i * row.size < 2 << 20; ++i) {
+            std::array<char, 17> sequence{};
+            std::snprintf(sequence.data(), sequence.size(), "%08zx", 3 + i * (row.size + 1));
+            wire.packets.segment(2, sequence.data(), "00000000", "10", octets);
+            ASSERT_LE(wire.budget.used(), row.most);
+        }
+        wire.packets.network.end();
+        EXPECT_EQ(wire.budget.used(), 0U);
+    }
+}
+
+}  // namespace

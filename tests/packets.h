@@ -1,0 +1,49 @@
+// A network that is fed with IPv4 packets, for the tests of tamsel-capture.
+#pragma once
+
+#include <pcap/pcap.h>
+
+#include <string>
+
+#include "hex_text.h"
+#include "network.h"
+#include "support.h"
+
+/// A network that is fed with IPv4 packets.
+struct Packets {
+    Packets(NetworkListener& listener, MemoryBudget& budget, Unread& unread)
+        : network(listener, budget, unread) {}
+
+    /// Between two ports of one host. Each is a frame.
+    /// flags: 2000 for more fragments, and where the payload belongs, in units of 8 octets.
+    void packet(Time time, unsigned id, unsigned flags, uint8_t protocol, const char* payload) {
+        Octets octets = hex("4500 0000 0000 0000 4000 0000 0a000001 0a000001");
+        const Octets rest = hex(payload);
+        octets[2] = static_cast<uint8_t>((20 + rest.size()) >> 8);
+        octets[3] = static_cast<uint8_t>(20 + rest.size());
+        octets[4] = static_cast<uint8_t>(id >> 8);
+        octets[5] = static_cast<uint8_t>(id);
+        octets[6] = static_cast<uint8_t>(flags >> 8);
+        octets[7] = static_cast<uint8_t>(flags);
+        octets[9] = protocol;
+        octets.insert(octets.end(), rest.begin(), rest.end());
+        network.frame({.id = {0, ++frames},
+                       .time = time,
+                       .linkType = DLT_RAW,
+                       .octets = octets,
+                       .length = octets.size()});
+    }
+
+    /// A TCP segment between ports 5000 and 1720, in hex: sequence number, acknowledged number,
+    /// flags, payload.
+    void segment(Time time, const std::string& sequence, const std::string& acknowledged,
+                 const std::string& flags, const std::string& payload, bool fromServer = false) {
+        const std::string ports = fromServer ? "06b8 1388" : "1388 06b8";
+        packet(
+            time, 1, 0, 6,
+            (ports + sequence + acknowledged + "50" + flags + "2000 0000 0000" + payload).c_str());
+    }
+
+    uint32_t frames = 0;
+    Network network;
+};
