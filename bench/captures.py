@@ -77,7 +77,8 @@ def main():
         print(f"{options.messages // MESSAGES * MESSAGES} messages, {size / 1e6:.0f} MB; seconds of "
               "processor time, MB of memory")
         rows = [("list", ["--list"], ["tshark", "-r", path]),
-                ("dumps", [], ["tshark", "-r", path, "-V", "-O", "q931,h225,h245"]),
+                ("dumps", ["--dump"], ["tshark", "-r", path, "-V", "-O", "q931,h225,h245"]),
+                ("calls", [], None),
                 ("files", ["-o", f"{folder}/files"], None)]
         for name, ours, theirs in rows:
             commands = [[program, *ours, path] for program in options.programs]

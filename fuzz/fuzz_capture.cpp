@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "call_book.h"
 #include "capture_file.h"
 #include "message_finder.h"
 
@@ -39,8 +40,16 @@ struct Sink : MessageSink {
             std::abort();
         const auto ignore = [](void*, const char*, size_t) {};
         if (isDecoded) message.decoder->print({ignore, nullptr});
+        readDetails(kTamsel2009, message, details);
+        const CallRecord* const call = book.note(message, details);
+        for (const std::string& shown : {details.summary, call != nullptr ? call->why : ""})
+            if (std::any_of(shown.begin(), shown.end(), [](char c) { return c < ' ' || c > '~'; }))
+                std::abort();
     }
-    void remark(const CaptureRemark& /*remark*/) override {}
+    void remark(const CaptureRemark& remark) override { book.note(remark); }
+
+    MessageDetails details;
+    CallBook book{8};
 };
 
 }  // namespace

@@ -7,20 +7,16 @@
 namespace {
 
 constexpr const char* kFooter =
-    R"(Captures are pcap or pcapng, perhaps compressed by gzip or zstd; - is standard input. Found are
-  RAS              UDP ports 1718 and 1719, and addresses that messages announce; elsewhere what
-                   decodes exactly, and names its protocol or is answered
-  call signalling  TCP port 1720, announced addresses, and streams that begin with TPKTs of Q.931
-  H.245            announced addresses, streams between hosts of a call that begin with H.245, and
-                   what call signalling tunnels or proposes in fastStart
-Messages are read as ALIGNED, which is what H.323 sends. What does not decode is shown with its
-name, the reason and its octets. Times are UTC.
-Exit status: 0, 1 if a message did not decode or a call was not found, 2 for wrong use or a capture
-that cannot be read to its end.
+    R"(Without options, the calls are listed, and why they ended. With CALL, its number
+in the list or the first digits of its identifier, its ladder diagram is shown.
+Captures are pcap or pcapng, perhaps compressed by gzip or zstd; - is standard
+input. Times are UTC.
+Exit status: 0, 1 if a message did not decode or a call was not found, 2 for
+wrong use or a capture that cannot be read to its end.
 
 Examples:
-  tamsel-capture call.pcap      the calls, and why they ended
-  tamsel-capture call.pcap 2    the ladder diagram of the second)";
+  tamsel-capture call.pcap
+  tamsel-capture call.pcap 2)";
 
 /// A call's number in the list has at most so many digits; longer ones begin an identifier.
 constexpr size_t kMaxNumberDigits = 7;
@@ -51,53 +47,50 @@ bool isCallNumber(const std::string& text) {
 }  // namespace
 
 void addCaptureOptions(CLI::App& app, CaptureOptions& options) {
-    app.add_flag("--list", options.list, "Show all messages as a ladder diagram");
-    app.add_flag("--dump", options.dump, "Dump the messages, those of the call if one is given");
-    app.add_flag("--stats", options.stats,
-                 "Show totals: messages, refusals, response times, calls");
-    app.add_flag("--calls", options.calls, "Show the calls: what is shown without options");
-    auto* const json = app.add_flag("--json", options.json,
-                                    "Show the messages, or with --calls the calls, as JSON lines");
-    app.add_flag("--full", options.full, "With --json: the dumps as well, as paths and values")
-        ->needs(json);
+    app.get_formatter()->column_width(22);
+    app.add_flag("--list", options.list, "Show all messages, a line each");
+    app.add_flag("--dump", options.dump, "Show the dumps of messages");
+    app.add_flag("--calls", options.calls, "Show the calls, as without options");
+    app.add_flag("--stats", options.stats, "Show totals: messages, response times, calls");
+    auto* const json =
+        app.add_flag("--json", options.json, "Show the messages, or the --calls, as JSON lines");
+    app.add_flag("--full", options.full, "With --json: the dumps as paths and values")->needs(json);
     app.add_option("-o", options.folder, "Write a file a message, and index.tsv, into DIR")
         ->type_name("DIR");
-    app.add_option("-w", options.frames, "Write the frames of the messages into a capture FILE")
+    app.add_option("-w", options.frames, "Write the frames of the messages to a capture")
         ->type_name("FILE");
     app.add_option("-i", options.input.interface, "Read an interface instead of files")
-        ->type_name("INTERFACE");
-    app.add_option("--filter", options.input.filter, "Read only frames that a pcap-filter takes")
-        ->type_name("EXPRESSION");
-    app.add_option("--host", options.hosts, "Show messages from or to these addresses only")
+        ->type_name("IFACE");
+    app.add_option("--filter", options.input.filter, "Read only frames that this pcap-filter takes")
+        ->type_name("BPF");
+    app.add_option("--host", options.hosts, "Show these addresses only")
         ->delimiter(',')
         ->allow_extra_args(false)
         ->type_name("LIST");
-    app.add_option("--message", options.names, "Show these messages only: setup,releaseComplete")
+    app.add_option("--message", options.names, "Show these only, as in setup,releaseComplete")
         ->delimiter(',')
         ->allow_extra_args(false)
         ->type_name("LIST");
-    app.add_option("--from", options.from, "Show nothing before TIME: [2026-11-22T]05:11[:39.5]")
+    app.add_option("--from", options.from, "Show nothing before, as in [2026-11-22T]05:11:39")
         ->type_name("TIME");
-    app.add_option("--to", options.to, "Show nothing after TIME")->type_name("TIME");
+    app.add_option("--to", options.to, "Show nothing after")->type_name("TIME");
     app.add_option("--family", options.families, "Show these families only: ras,ui,h245")
         ->delimiter(',')
-        ->check(CLI::IsMember({"ras", "ui", "h245"}))
+        ->allow_extra_args(false)
+        ->check(CLI::IsMember({"ras", "ui", "h245"}).description(""))
         ->type_name("LIST");
-    app.add_option("--call", options.call,
-                   "Show one call only, by the first digits of its callIdentifier or conferenceID")
+    app.add_option("--call", options.call, "The same as CALL, for an identifier")
         ->transform(CLI::Validator(asCallIdentifier, ""))
         ->type_name("ID");
-    app.add_option("--port", options.ports,
-                   "Tell what a port is for, as in 1730=ui: ras, ui, h245 or none")
+    app.add_option("--port", options.ports, "Tell what ports are for, as in 1730=ui,1731=none")
         ->delimiter(',')
+        ->allow_extra_args(false)
         ->type_name("LIST");
     app.add_option("--modules", options.modules,
-                   "Decode with the modules of 2009 (default), or as Tamsel.dll does: 1998")
-        ->check(CLI::IsMember({kTamsel2009.name, kTamsel1998.name}))
+                   "Decode with the modules of 2009 (default), or of 1998")
+        ->check(CLI::IsMember({kTamsel2009.name, kTamsel1998.name}).description(""))
         ->type_name("SET");
-    app.add_option("FILE", options.input.files,
-                   "The captures, in order of time, and perhaps a call: its number in the list, or "
-                   "the first digits of its identifier")
+    app.add_option("FILE", options.input.files, "The captures, in order of time")
         ->type_name("[CALL]");
     app.set_version_flag("--version", "tamsel-capture " TAMSEL_VERSION);
     app.footer(kFooter);

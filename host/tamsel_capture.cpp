@@ -1,5 +1,5 @@
-// tamsel-capture: every H.323 message of a capture, as dumps, as files or as the ladder of the
-// call.
+// tamsel-capture: the H.323 calls of a capture, and every message: as a diagram, as lines, as dumps
+// or as files.
 
 #include <unistd.h>
 
@@ -119,7 +119,7 @@ int run(const CaptureOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app("Finds the H.323 messages in captures and dumps them as text.", "tamsel-capture");
+    CLI::App app("Finds the H.323 calls and messages in captures.", "tamsel-capture");
     CaptureOptions options;
     addCaptureOptions(app, options);
     try {

@@ -181,6 +181,9 @@ foreach(golden calls=calls.pcap calls-1=calls.pcap,1 calls-5=calls.pcap,0505 ten
     file(READ ${CAPTURES}/views/${name}.txt view)
     expect("${name}" "${stdout}${stderr}" "${view}")
 endforeach()
+run(0 --modules 1998 calls.pcap)
+file(READ ${CAPTURES}/views/calls.txt view)
+expect("both sets tell the same of calls" "${stdout}${stderr}" "${view}")
 find_program(PYTHON python3)
 foreach(width 80 200)
     execute_process(COMMAND ${PYTHON} terminal.py ${width} ${CAPTURE} WORKING_DIRECTORY ${CAPTURES}

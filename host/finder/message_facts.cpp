@@ -4,6 +4,7 @@
 #include "2009/H323Names.h"
 #include "H245Names.h"
 #include "H323Names.h"
+#include "message_body.h"
 
 namespace {
 
@@ -105,88 +106,18 @@ void readBody(const Body& body, MessageFacts& facts) {
                                          body.fastStart.elem[i].numocts);
 }
 
-#define TAMSEL_BODY(Choice, alternative) \
-    case Choice::alternative:            \
-        readBody(*u.alternative, facts); \
-        break;
-
-/// Reads the body of the alternative chosen.
 template <class Ras>
 void readRas(const Ras& message, MessageFacts& facts) {
-    const auto& u = message.u;
-    switch (message.t) {
-        TAMSEL_BODY(Ras, gatekeeperRequest)
-        TAMSEL_BODY(Ras, gatekeeperConfirm)
-        TAMSEL_BODY(Ras, gatekeeperReject)
-        TAMSEL_BODY(Ras, registrationRequest)
-        TAMSEL_BODY(Ras, registrationConfirm)
-        TAMSEL_BODY(Ras, registrationReject)
-        TAMSEL_BODY(Ras, unregistrationRequest)
-        TAMSEL_BODY(Ras, unregistrationConfirm)
-        TAMSEL_BODY(Ras, unregistrationReject)
-        TAMSEL_BODY(Ras, admissionRequest)
-        TAMSEL_BODY(Ras, admissionConfirm)
-        TAMSEL_BODY(Ras, admissionReject)
-        TAMSEL_BODY(Ras, bandwidthRequest)
-        TAMSEL_BODY(Ras, bandwidthConfirm)
-        TAMSEL_BODY(Ras, bandwidthReject)
-        TAMSEL_BODY(Ras, disengageRequest)
-        TAMSEL_BODY(Ras, disengageConfirm)
-        TAMSEL_BODY(Ras, disengageReject)
-        TAMSEL_BODY(Ras, locationRequest)
-        TAMSEL_BODY(Ras, locationConfirm)
-        TAMSEL_BODY(Ras, locationReject)
-        TAMSEL_BODY(Ras, infoRequest)
-        TAMSEL_BODY(Ras, infoRequestResponse)
-        TAMSEL_BODY(Ras, nonStandardMessage)
-        TAMSEL_BODY(Ras, unknownMessageResponse)
-        TAMSEL_BODY(Ras, requestInProgress)
-        TAMSEL_BODY(Ras, resourcesAvailableIndicate)
-        TAMSEL_BODY(Ras, resourcesAvailableConfirm)
-        TAMSEL_BODY(Ras, infoRequestAck)
-        TAMSEL_BODY(Ras, infoRequestNak)
-        default:
-            break;
-    }
-    if constexpr (requires { Ras::serviceControlIndication; }) switch (message.t) {
-            TAMSEL_BODY(Ras, serviceControlIndication)
-            TAMSEL_BODY(Ras, serviceControlResponse)
-            default:
-                break;
-        }
+    visitRas(message, [&](const auto& body) { readBody(body, facts); });
     facts.isRequest = facts.name.ends_with("Request") || facts.name.ends_with("Indicate") ||
                       facts.name.ends_with("Indication");
 }
 
 template <class Ui>
 void readUi(const Ui& message, MessageFacts& facts) {
-    using Chosen = std::remove_cvref_t<decltype(message.h323_uu_pdu.h323_message_body)>;
-    const auto& u = message.h323_uu_pdu.h323_message_body.u;
-    switch (message.h323_uu_pdu.h323_message_body.t) {
-        TAMSEL_BODY(Chosen, setup)
-        TAMSEL_BODY(Chosen, callProceeding)
-        TAMSEL_BODY(Chosen, connect)
-        TAMSEL_BODY(Chosen, alerting)
-        TAMSEL_BODY(Chosen, information)
-        TAMSEL_BODY(Chosen, releaseComplete)
-        TAMSEL_BODY(Chosen, facility)
-        TAMSEL_BODY(Chosen, progress)
-        default:
-            break;
-    }
-    if constexpr (requires { Chosen::statusInquiry; })
-        switch (message.h323_uu_pdu.h323_message_body.t) {
-            TAMSEL_BODY(Chosen, status)
-            TAMSEL_BODY(Chosen, statusInquiry)
-            TAMSEL_BODY(Chosen, setupAcknowledge)
-            TAMSEL_BODY(Chosen, notify)
-            default:
-                break;
-        }
+    visitUi(message, [&](const auto& body) { readBody(body, facts); });
     keepH245(message.h323_uu_pdu.h245Control, facts);
 }
-
-#undef TAMSEL_BODY
 
 /// The names are in two CHOICEs. A message that did not decode may lack the inner one.
 template <class H245>

@@ -39,11 +39,11 @@ void MessageLines::begin(Time time, uint32_t frame, const Flow& flow) {
     appendTimeOfDay(line_, time);
     line_ += isNarrow_ ? " " : "  ";
     const auto endpoint = [&](const Endpoint& end, bool right) {
-        const std::string text = toString(end);
-        if (right)
-            appendRight(line_, text, isNarrow_ ? 0 : kEndpointWidth);
-        else
-            appendPadded(line_, text, isNarrow_ ? 0 : kEndpointWidth);
+        const size_t at = line_.size();
+        appendText(line_, end);
+        const size_t size = line_.size() - at;
+        if (!isNarrow_ && size < kEndpointWidth)
+            line_.insert(right ? at : line_.size(), kEndpointWidth - size, ' ');
     };
     endpoint(fromLeft ? flow.source : flow.destination, true);
     line_ += fromLeft ? " ---> " : " <--- ";
