@@ -78,7 +78,7 @@ CaptureInput::CaptureInput(const InputOptions& options, Unread& unread, CaptureW
       unread_(unread),
       writer_(writer),
       hasProgress_(hasProgress && isatty(STDERR_FILENO) != 0),
-      filter_(options.interface.empty() ? options.filter : "") {
+      filter_(options.interface.empty() ? options.filter : "", unread) {
     if (isLive(options)) catchInterrupt();
 }
 

@@ -43,7 +43,7 @@ foreach(row
     string(REPLACE " --" ";--" options "${CMAKE_MATCH_1}")
     execute_process(COMMAND ${CAPTURE} --list ${options} call.pcap WORKING_DIRECTORY ${CAPTURES}
         OUTPUT_QUIET ERROR_VARIABLE stderr)
-    expect_match("${options}" "${stderr}" " messages?: ${counts};")
+    expect_match("${options}" "${stderr}" " messages?: ${counts}[; ]")
 endforeach()
 run(2 --host 17.2.0.300 call.pcap)
 expect_match("--host" "${stderr}" "--host 17.2.0.300: not an address")
@@ -53,7 +53,7 @@ run(2 --filter "udp prt 1" call.pcap)
 expect_match("--filter" "${stderr}" "--filter udp prt 1: ")
 # An expression for frames of several link types.
 run(0 --list --filter "udp port 1719" interfaces.pcapng)
-expect_match("--filter" "${stderr}" "7 messages: 7 ras")
+expect_match("--filter" "${stderr}" "7 messages: 7 ras.*not read: frames of link type DLT 147, which --filter cannot judge: 1\n")
 
 # The frames of messages, from a file and from a pipe, which cannot be read twice.
 run(0 -w ${OUT}/all.pcap call.pcap)
@@ -72,7 +72,9 @@ foreach(file all=call.pcap odd=odd.pcap tunnels=tunnels.pcapng)
     file(SHA1 ${OUT}/${name}.pcapng read_twice)
     file(SHA1 ${OUT}/${name}-piped.pcapng kept)
     expect("-w ${name}: kept, or read again" ${kept} ${read_twice})
-    # All messages are there again.
+    if(name STREQUAL "odd")
+        continue()  # some of its streams cannot be read without their SYN
+    endif()
     execute_process(COMMAND ${CAPTURE} --list ${CAPTURES}/${file} OUTPUT_QUIET ERROR_VARIABLE before)
     execute_process(COMMAND ${CAPTURE} --list ${OUT}/${name}.pcapng OUTPUT_QUIET ERROR_VARIABLE after)
     string(REGEX MATCH "[0-9]+ messages: [^\n]*" before "${before}")
@@ -80,7 +82,7 @@ foreach(file all=call.pcap odd=odd.pcap tunnels=tunnels.pcapng)
     expect("-w ${name}" "${after}" "${before}")
 endforeach()
 run(2 -w ${OUT}/interfaces.pcap interfaces.pcapng)
-expect_match("-w" "${stderr}" "interfaces.pcap: a pcap file cannot hold frames of Raw IP and of Ethernet; a FILE.pcapng can")
+expect_match("-w" "${stderr}" "interfaces.pcap: a pcap file cannot hold frames of Ethernet and of Raw IP; a FILE.pcapng can")
 file(COPY ${CAPTURES}/call.pcap DESTINATION ${OUT})
 run(2 -w ${OUT}/call.pcap ${OUT}/call.pcap)
 expect_match("-w over its input" "${stderr}" "is read")
@@ -94,7 +96,7 @@ expect_match("-w" "${stderr}" "/dev/full: writing failed")
 file(WRITE ${OUT}/live.sh [=[
 capture=$1 file=$2 out=$3
 mkfifo $out/pipe
-$capture --list - <$out/pipe >$out/live.txt 2>$out/live.err &
+timeout 60 $capture --list - <$out/pipe >$out/live.txt 2>$out/live.err &
 exec 9>$out/pipe
 cat $file >&9
 for ((i = 0; i < 100; ++i)); do
@@ -117,7 +119,7 @@ expect("its summary" "${err}" "${stderr}")
 # An interface, if this user may read one.
 file(WRITE ${OUT}/interface.sh [=[
 capture=$1 out=$2
-$capture --list -i lo --filter 'udp port 1719' >$out/lo.txt 2>$out/lo.err &
+timeout 60 $capture --list -i lo --filter 'udp port 1719' >$out/lo.txt 2>$out/lo.err &
 for ((i = 0; i < 50; ++i)); do
     printf '\x40\x00\x00' >/dev/udp/127.0.0.1/1719
     sleep 0.1

@@ -6,22 +6,21 @@
 #include <string>
 
 #include "frame.h"
+#include "unread.h"
 
 struct bpf_program;
 
 class FrameFilter {
   public:
     /// expression: empty for all frames.
-    explicit FrameFilter(std::string expression);
+    FrameFilter(std::string expression, Unread& unread);
     ~FrameFilter();
     FrameFilter(const FrameFilter&) = delete;
     FrameFilter& operator=(const FrameFilter&) = delete;
 
-    /// Whether a frame is passed on. Throws std::runtime_error if the expression is wrong, or
-    /// cannot be used for frames of this link type.
+    /// Whether a frame is passed on. Throws std::runtime_error if the expression is wrong. If it
+    /// only cannot be used for frames of this link type, they are counted as not read.
     bool has(const Frame& frame);
-
-    const std::string& expression() const { return expression_; }
 
   private:
     struct Free {
@@ -29,8 +28,9 @@ class FrameFilter {
     };
     using Program = std::unique_ptr<bpf_program, Free>;
 
-    Program compile(unsigned linkType) const;
+    Program compile(unsigned linkType);
 
     std::string expression_;
-    std::map<unsigned, Program> programs_;  // by link type
+    Unread& unread_;
+    std::map<unsigned, Program> programs_;  // by link type; null: of no use
 };

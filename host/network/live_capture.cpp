@@ -1,6 +1,7 @@
 #include "live_capture.h"
 
 #include <pcap/pcap.h>
+#include <poll.h>
 
 #include <array>
 
@@ -31,6 +32,8 @@ LiveCapture::LiveCapture(const std::string& interface, const std::string& filter
         const std::string what = pcap_geterr(pcap_.get());
         throw BadCapture(what.empty() ? pcap_statustostr(status) : what);
     }
+    // In libpcap a read goes on after a signal. So the wait is here.
+    if (pcap_setnonblock(pcap_.get(), 1, error.data()) != 0) throw BadCapture(error.data());
     if (filter.empty()) return;
     bpf_program program{};
     const bool isSet =
@@ -51,7 +54,12 @@ bool LiveCapture::next(Frame& frame) {
         pcap_pkthdr* header = nullptr;
         const u_char* octets = nullptr;
         const int result = pcap_next_ex(pcap_.get(), &header, &octets);
-        if (result == 0) continue;  // nothing came in time
+        if (result == 0) {
+            pollfd waiting{
+                .fd = pcap_get_selectable_fd(pcap_.get()), .events = POLLIN, .revents = 0};
+            (void)poll(&waiting, 1, kTimeout);
+            continue;
+        }
         if (result != 1) throw BadCapture(pcap_geterr(pcap_.get()));
         ++id_.number;
         frame = {.id = id_,
