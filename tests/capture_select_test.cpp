@@ -10,6 +10,7 @@
 #include "capture_writer.h"
 #include "histogram.h"
 #include "selection.h"
+#include "stats.h"
 #include "support.h"
 
 namespace {
@@ -84,6 +85,46 @@ TEST(Histogram, PercentilesWithin3Percent) {
     EXPECT_EQ(histogram.percentile(0), 1U);
     histogram.add(~uint64_t{0});
     EXPECT_EQ(histogram.max(), ~uint64_t{0});
+}
+
+TEST(Stats, ResponseTimesOfRas) {
+    const Endpoint asking = makeEndpoint(hex("0a000001"), 5000);
+    const Endpoint gatekeeper = makeEndpoint(hex("0a000002"), 1719);
+    testing::internal::CaptureStdout();
+    {
+        Writer writer({}, 1 << 16);
+        Stats stats(writer);
+        const auto say = [&](Time milliseconds, const char* name, int64_t number, bool isAnswer) {
+            CapturedMessage message{};
+            message.time = milliseconds * 1000;
+            message.flow = isAnswer ? Flow{gatekeeper, asking} : Flow{asking, gatekeeper};
+            message.name = name;
+            MessageDetails details;
+            details.facts.push_back({"sequenceNumber", number});
+            stats.message(message, details, nullptr);
+        };
+        say(0, "admissionRequest", 1, false);
+        say(5, "admissionConfirm", 2, true);  // of another request
+        say(7, "requestInProgress", 1, true);
+        say(10, "admissionRequest", 1, false);  // again
+        say(40, "admissionReject", 1, true);
+        say(50, "admissionReject", 1, true);     // again: no second answer
+        say(100, "admissionRequest", 1, false);  // the number is used again
+        say(101, "admissionConfirm", 1, true);
+        say(200, "admissionRequest", 3, false);
+        say(300, "disengageRequest", 3, false);  // in its place
+        say(302, "disengageConfirm", 3, true);
+        stats.end(CallBook());
+        writer.finish();
+    }
+    const std::string text = testing::internal::GetCapturedStdout();
+    EXPECT_NE(text.find("admissionRequest                     2         1         1"
+                        "       1.0       1.0      40.0      40.0\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("disengageRequest                     1         0         0       2.0"),
+              std::string::npos)
+        << text;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-# Completion for tamsel-dump and tamsel-capture: options as --help lists them, families, files.
+# Completion for tamsel-dump and tamsel-capture: options as --help lists them, their values, files.
 _tamsel() {
     local current=$2 previous=$3 word i families=0
     COMPREPLY=()
@@ -13,6 +13,15 @@ _tamsel() {
     done
     if [[ $previous == --modules ]]; then
         mapfile -t COMPREPLY < <(compgen -W '2009 1998' -- "$current")
+    elif [[ $previous == --message ]]; then
+        mapfile -t COMPREPLY < <(compgen -W 'setup callProceeding alerting connect releaseComplete
+            facility registrationRequest registrationReject admissionRequest admissionConfirm
+            admissionReject disengageRequest terminalCapabilitySet openLogicalChannel
+            openLogicalChannelReject' -- "$current")
+    elif [[ $previous == -i && $1 == *tamsel-capture ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "any $(ls /sys/class/net 2>/dev/null)" -- "$current")
+    elif [[ $previous == --@(host|from|to|filter|call|port) ]]; then
+        return
     elif [[ $previous == --family || ($1 == *tamsel-dump && $families == 0 && $previous != -o) ]]; then
         mapfile -t COMPREPLY < <(compgen -W 'ras ui h245' -- "$current")
     else
