@@ -59,6 +59,8 @@ void addCaptureOptions(CLI::App& app, CaptureOptions& options) {
         ->type_name("DIR");
     app.add_option("-w", options.frames, "Write the frames of the messages to a capture")
         ->type_name("FILE");
+    app.add_option("--html", options.page, "Write a page that shows the calls in a browser")
+        ->type_name("FILE");
     app.add_option("-i", options.input.interface, "Read an interface instead of files")
         ->type_name("IFACE");
     app.add_option("--filter", options.input.filter, "Read only frames that this pcap-filter takes")

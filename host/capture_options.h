@@ -34,6 +34,7 @@ struct CaptureOptions {
     bool full = false;   // their dumps as well
     std::string folder;
     std::string frames;  // the capture file that is written
+    std::string page;    // the page that is written
 };
 
 /// Adds the options and the help to a program.

@@ -10,6 +10,7 @@
 #include "capture_options.h"
 #include "capture_output.h"
 #include "capture_writer.h"
+#include "html_report.h"
 #include "json_lines.h"
 #include "ladder.h"
 #include "message_finder.h"
@@ -48,13 +49,20 @@ void makeFolder(const std::filesystem::path& folder) {
 }
 
 /// The views that were asked for: files; and dumps, lines, a diagram or the list of calls.
-std::vector<std::unique_ptr<View>> viewsOf(const CaptureOptions& options, Writer& writer,
+std::vector<std::unique_ptr<View>> viewsOf(const CaptureOptions& options,
+                                           const TamselModules& modules, Writer& writer,
                                            const Screen& screen) {
     std::vector<std::unique_ptr<View>> views;
     const bool hasCall = options.callNumber > 0 || !options.call.empty();
     if (!options.folder.empty()) views.push_back(std::make_unique<FileView>(writer));
     if (options.stats) views.push_back(std::make_unique<Stats>(writer));
-    const bool isQuiet = options.stats || !options.folder.empty() || !options.frames.empty();
+    if (!options.page.empty()) {
+        std::vector<std::string> captures = options.input.files;
+        if (captures.empty()) captures.push_back(options.input.interface);
+        views.push_back(std::make_unique<HtmlReport>(options.page, captures, modules));
+    }
+    const bool isQuiet = options.stats || !options.folder.empty() || !options.frames.empty() ||
+                         !options.page.empty();
     if (options.json && options.calls)
         views.push_back(std::make_unique<JsonCalls>(writer));
     else if (options.json)
@@ -86,7 +94,7 @@ int run(const CaptureOptions& options) {
     Writer writer(options.folder, isWatched || isAtOnce ? 0 : kBatchOctets);
     const Screen screen = Screen::ofOutput();
     Tally tally;
-    const auto owned = viewsOf(options, writer, screen);
+    const auto owned = viewsOf(options, *modules, writer, screen);
     std::vector<View*> views = {&tally};
     for (const auto& view : owned) views.push_back(view.get());
     std::optional<CaptureWriter> frames;
