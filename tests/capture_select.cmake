@@ -119,7 +119,7 @@ expect("its summary" "${err}" "${stderr}")
 # An interface, if this user may read one.
 file(WRITE ${OUT}/interface.sh [=[
 capture=$1 out=$2
-timeout 60 $capture --list -i lo --filter 'udp port 1719' >$out/lo.txt 2>$out/lo.err &
+timeout --foreground 60 $capture --list -i lo --filter 'udp port 1719' >$out/lo.txt 2>$out/lo.err &
 for ((i = 0; i < 50; ++i)); do
     printf '\x40\x00\x00' >/dev/udp/127.0.0.1/1719
     sleep 0.1

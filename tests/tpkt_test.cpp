@@ -8,6 +8,7 @@
 
 #include "hex_text.h"
 #include "q931.h"
+#include "support.h"
 
 namespace {
 
