@@ -192,6 +192,24 @@ foreach(width 80 200)
     expect("terminal of ${width} columns" "${stdout}" "${view}")
 endforeach()
 
+# Hostile text of the wire never gets to a terminal as it is, nor into a pipe.
+foreach(arguments hostile.pcap hostile.pcap,1 --list,hostile.pcap)
+    string(REPLACE "," ";" arguments ${arguments})
+    run(0 ${arguments})
+    string(REGEX MATCH "[^ -~\n]" raw "${stdout}")
+    expect("escaped: ${arguments}" "${raw}" "")
+    expect_part("escaped: ${arguments}" "${stdout}" "\\x1b[31m")
+endforeach()
+
+# Help is one screen.
+run(0 --help)
+string(REPEAT "[^\n]" 81 wide)
+string(REGEX MATCHALL "\n" lines "${stdout}")
+list(LENGTH lines count)
+if(count GREATER 42 OR stdout MATCHES "${wide}")
+    message(SEND_ERROR "--help: ${count} lines\n${stdout}")
+endif()
+
 # One call of several, in each form.
 run(0 --dump calls.pcap 4)
 string(REGEX MATCHALL "==> [^\n]*" headings "${stdout}")
