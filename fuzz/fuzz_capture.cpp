@@ -34,6 +34,7 @@ struct Sink : MessageSink {
         if (isDecoded &&
             !std::equal(sent.begin(), sent.end(), message.octets.begin(), message.octets.end()))
             std::abort();
+        if (message.frames.empty() || !std::ranges::is_sorted(message.frames)) std::abort();
         std::string text;
         if (message.q931 != nullptr) message.q931->describe(text);
         if (std::any_of(text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }))

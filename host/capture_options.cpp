@@ -112,6 +112,10 @@ void finishCaptureOptions(CaptureOptions& options) {
             options.call = name;
         return true;
     });
+    const bool isShown =
+        options.list || options.dump || options.stats || options.calls || options.json;
+    if (options.frames == "-" && isShown)
+        throw std::runtime_error("-w -: nothing else can be written to standard output");
     const bool isLive = !options.input.interface.empty();
     if (options.input.files.empty() != isLive)
         throw std::runtime_error(isLive ? "-i: either an interface or files" : "FILE is required");
