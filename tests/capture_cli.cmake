@@ -30,8 +30,8 @@ endfunction()
 
 # All messages, with the summary: of the sample, and of each condition in wire.md.
 foreach(golden call.pcap=0 resync.pcap=0 several.pcap=0 ports.pcap=0 foreign.pcap=0
-        early.pcap=0 shared.pcap=0 reused.pcap=0 refused.pcap=1 around.pcap=0 tunnels.pcapng=1
-        interfaces.pcapng=0)
+        early.pcap=0 shared.pcap=0 reused.pcap=0 refused.pcap=1 around.pcap=0 hostile.pcap=0
+        tunnels.pcapng=1 interfaces.pcapng=0)
     string(REGEX MATCH "^((.*)[.].*)=(.)$" golden ${golden})
     set(name ${CMAKE_MATCH_2})
     run(${CMAKE_MATCH_3} --list ${CMAKE_MATCH_1})

@@ -262,14 +262,15 @@ def hostile():
     broken = b"\xc3\x28 \xff\xfe \xe2\x82 \xed\xa0\x80 \xf0\x9f\x98\x80 \xf8 \xc0\x80 end\xe2"
     surrogates = b"\0a\xd8\x3d\xde\x00\xd8\x3d\0b\xde\x00"  # a pair, and two halves
     c = Capture()
-    for number, source in enumerate((controls + page, quotes + lines, surrogates, "\0" * 3)):
+    element = lambda kind, octets: bytes([kind, len(octets)]) + octets
+    calling = element(0x6C, b"\x81" + page[:40].encode())
+    for number, source in enumerate((quotes, controls + page, quotes + lines, surrogates, "\0" * 3)):
         alias = source if isinstance(source, bytes) else source.encode("utf-16-be")
         setup = SETUP.replace(b"\x02\0A\0n\0n", bytes([len(alias) // 2 - 1]) + alias, 1)
         s = Stream(c, A, 3001 + number, B, 1720)
-        element = lambda kind, octets: bytes([kind, len(octets)]) + octets
         s.say(0, tpkt(q931(5, setup.replace(CALL, bytes([number + 1]) * 16),
-                           element(0x28, broken) + element(0x6C, b"\x81" + page[:40].encode()) +
-                           element(0x70, b"\x81\0\x1b[31m\xff"))))
+                           element(0x28, broken) + calling + element(0x70, b"\x81\0\x1b[31m\xff"))))
+        calling = b""  # then the alias tells who calls
         s.close()
     h = Stream(c, A, 3009, B, 1720)
     h.say(0, tpkt(q931(7, connect(3010, B))))
