@@ -23,7 +23,8 @@ TEST(CallBook, TheOldestCallIsForgottenFirst) {
     std::vector<size_t> forgotten;
     book.onForgotten([&](const CallRecord& call) { forgotten.push_back(call.number); });
     const MessageDetails details;
-    for (const uint8_t call : {1, 2, 1, 3, 4}) book.note(messageOf(call, "setup"), details);
+    for (const uint8_t call : std::to_array<uint8_t>({1, 2, 1, 3, 4}))
+        book.note(messageOf(call, "setup"), details);
     EXPECT_EQ(forgotten, (std::vector<size_t>{1, 2}));
     EXPECT_EQ(book.find(2), nullptr);
     ASSERT_NE(book.find(3), nullptr);
