@@ -1,6 +1,6 @@
-# cmake -DPAGE=folder -DSCRIPTS=a.js;b.js -DSTYLES=a.css;b.css -DOUT=page.cpp -P embed_page.cmake: makes
-# one HTML page of page.html, the styles and the scripts, and the C++ file that holds it. The page's policy allows
-# these scripts and this style only, by their hashes.
+# cmake -DPAGE=folder -DSCRIPTS=a.js;b.js -DSTYLES=a.css;b.css -DOUT=page.cpp -P embed_page.cmake:
+# makes one HTML page of page.html, the styles and the scripts, and the C++ file that holds it. The
+# policy of the page allows these scripts and these styles only, by their hashes.
 
 # The base64 of a string of hex digits, whose number of octets leaves 2 when divided by 3.
 function(base64_of_hex hex result)
