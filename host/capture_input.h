@@ -23,7 +23,7 @@ void complain(const std::string& text);
 
 class CaptureInput {
   public:
-    /// writer: who takes each frame; null for nobody.
+    /// writer: takes each frame; may be null.
     /// hasProgress: shows a bar on the terminal once reading has taken a second.
     CaptureInput(const InputOptions& options, Unread& unread, CaptureWriter* writer,
                  bool hasProgress);

@@ -25,7 +25,7 @@ namespace {
 
 enum ExitCode { kDone = 0, kNotDecoded = 1, kWrongUse = 2 };
 
-/// Passed to the writing thread at a time, if nobody watches.
+/// Passed to the writing thread at a time, unless the output goes to a terminal or is live.
 constexpr size_t kBatchOctets = 1 << 18;
 
 /// What streams and fragments may hold together.

@@ -33,7 +33,7 @@ struct CallRecord {
     Time start = 0;
     Time end = 0;  // of the last message
     std::optional<Time> connected;
-    std::string from;  // number or alias, as on the wire; empty if nobody told
+    std::string from;  // number or alias, as on the wire; empty if no message has told it
     std::string to;
     Address fromHost{};  // all zero if no host is known
     Address toHost{};
@@ -79,7 +79,7 @@ struct EndpointRecord {
     Address host{};
     std::string alias;       // of a registration, as on the wire
     std::string identifier;  // endpointIdentifier
-    Address gatekeeper{};    // who answers it; all zero if nobody did
+    Address gatekeeper{};    // the one that answers it; all zero if none did
     Time start = 0;
     Time end = 0;
     std::string state;  // "registered", "rejected", "discovering"...

@@ -53,7 +53,7 @@ bool Conversation::octets(Time time, Side side, const StreamPart& part) {
         const bool isTooMuch =
             heldOctets_ > kMaxHeld || held_.size() > kMaxHeldSegments || finder_.budget().isSpent();
         if (!known && isTooMuch) {
-            if (hasTpkts_) finder_.unread().count("TCP streams of TPKTs that nobody announced");
+            if (hasTpkts_) finder_.unread().count("TCP streams of TPKTs that no message announced");
             return false;
         }
         return true;
@@ -144,7 +144,8 @@ void Conversation::late(Time time, Side side, const StreamPart& part) {
 void Conversation::end(Time time) {
     if (!known_)
         if (const auto known = finder_.directory().find(Protocol::kTcp, flow_)) start(*known);
-    if (!known_ && hasTpkts_) finder_.unread().count("TCP streams of TPKTs that nobody announced");
+    if (!known_ && hasTpkts_)
+        finder_.unread().count("TCP streams of TPKTs that no message announced");
     if (!known_) return;
     for (const Side side : {Side::kClient, Side::kServer}) {
         now_ = time;

@@ -1,5 +1,5 @@
-// One TCP conversation: what it is, and the messages of its two sides. What nobody has announced is
-// held until its first octets tell, or an announcement comes late.
+// One TCP conversation: what it is, and the messages of its two sides. If no message has announced
+// it, it is held until its first octets tell, or an announcement comes late.
 #pragma once
 
 #include <array>

@@ -12,7 +12,7 @@ constexpr size_t kMaxDialogues = 65536;
 /// Tells a call reference from a RAS sequence number.
 constexpr uint32_t kCallReference = 1U << 16;
 
-constexpr std::string_view kMaybeRas = "UDP datagrams that may be RAS, which nobody answered";
+constexpr std::string_view kMaybeRas = "UDP datagrams that may be RAS, without an answer";
 constexpr size_t kMaxGuesses = 4096;
 constexpr size_t kMaxGuessed = 2048;  // octets of one
 

@@ -61,7 +61,7 @@ class MessageFinder : public NetworkListener {
         auto operator<=>(const Dialogue&) const = default;
     };
 
-    /// A datagram that decoded as RAS where nobody speaks it, as far as is known.
+    /// A datagram that decoded as RAS at an address that is not known for it.
     struct Guess {
         Time time = 0;
         Flow flow;

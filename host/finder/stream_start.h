@@ -1,4 +1,4 @@
-// What a TCP stream is, by its first octets: for streams that nobody has announced.
+// What a TCP stream is, by its first octets: for streams that no message has announced.
 #pragma once
 
 #include <cstdint>

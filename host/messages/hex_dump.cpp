@@ -18,8 +18,8 @@ bool HexDumpReader::isDump(std::string_view text) {
     while (reader.at_ < text.size() && isBlank(text[reader.at_])) ++reader.at_;
     const Offset offset = reader.offsetAt(reader.at_);
     if (offset.kind == Offset::kBeforePairs && offset.value != 0) {
-        const std::string_view behind = text.substr(offset.end);
-        if (behind.starts_with("  ") || behind.starts_with("\t"))
+        const std::string_view rest = text.substr(offset.end);
+        if (rest.starts_with("  ") || rest.starts_with("\t"))
             reader.fail(reader.at_, "an offset needs a colon, unless the first one is 0");
         return false;
     }

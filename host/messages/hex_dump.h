@@ -16,7 +16,7 @@ class HexDumpReader : HexReader {
   private:
     struct Offset {
         size_t value = 0;
-        size_t end = 0;  // behind it, its colon included
+        size_t end = 0;  // after it, its colon included
         enum { kNone, kBeforePairs, kWithColon } kind = kNone;
     };
 

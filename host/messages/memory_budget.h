@@ -11,7 +11,7 @@ class MemoryBudget {
     void take(size_t octets) { used_ += octets; }
     void giveBack(size_t octets) { used_ -= octets; }
 
-    /// Whether too much is held: whoever is about to hold more gives up what it holds.
+    /// Whether too much is held. If so, no more may be held, and what is held is given up.
     bool isSpent() const { return used_ > limit_; }
     size_t used() const { return used_; }
 

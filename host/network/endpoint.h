@@ -28,7 +28,7 @@ struct Flow {
     Flow reversed() const { return {destination, source}; }
 };
 
-/// An address of 4 octets or 16; other sizes give one that nobody has.
+/// An address of 4 octets or 16; other sizes give an address that is not in use.
 Address makeAddress(std::span<const uint8_t> octets);
 Endpoint makeEndpoint(std::span<const uint8_t> address, unsigned port);
 

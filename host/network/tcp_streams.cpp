@@ -17,7 +17,7 @@ constexpr Time kLife = Time{24} * 3600 * 1'000'000;
 /// A segment that is further away belongs to another conversation between the same ports.
 constexpr int32_t kMaxDistance = 1 << 24;
 
-/// Octets of one side that wait behind a gap.
+/// Octets of one side that wait after a gap.
 constexpr size_t kMaxWaiting = 1 << 20;
 constexpr size_t kMaxSegmentsWaiting = 512;
 
@@ -32,8 +32,8 @@ int32_t ahead(uint32_t sequence, uint32_t of) {
     return static_cast<int32_t>(sequence - of);
 }
 
-/// The segment that comes first behind the gap that a side waits at.
-auto behindGap(Tins::TCPIP::DataTracker& order) {
+/// The segment that comes first after the gap that a side waits at.
+auto afterGap(Tins::TCPIP::DataTracker& order) {
     auto& waiting = order.buffered_payload();
     return std::min_element(waiting.begin(), waiting.end(), [&](const auto& a, const auto& b) {
         return ahead(a.first, order.sequence_number()) < ahead(b.first, order.sequence_number());
@@ -192,7 +192,7 @@ TcpStreams::Conversations::iterator TcpStreams::payload(const Arrival& arrival,
     return at;
 }
 
-/// Octets that come after what is behind them: again, or those of a gap.
+/// Octets whose successors have been passed on: repeated ones, or those of a gap.
 void TcpStreams::takeLate(Time time, Conversation& conversation, Side side, uint32_t sequence,
                           const StreamPart& part) {
     auto& gaps = conversation.half(side).gaps;
@@ -269,7 +269,7 @@ void TcpStreams::deliver(Time time, Conversation& conversation, Side side, const
 void TcpStreams::acknowledged(Time time, Conversation& conversation, Side side, uint32_t next) {
     Half& half = conversation.half(side);
     if (!half.hasBegun || ahead(next, half.order.sequence_number()) > kMaxDistance) return;
-    while (conversation.reader && half.waiting > 0 && ahead(next, behindGap(half.order)->first) > 0)
+    while (conversation.reader && half.waiting > 0 && ahead(next, afterGap(half.order)->first) > 0)
         skipGap(time, conversation, side);
     const int32_t missing = ahead(half.last, half.order.sequence_number());
     if (conversation.reader && half.isFinished && missing > 0 && ahead(next, half.last) > 0) {
@@ -278,13 +278,13 @@ void TcpStreams::acknowledged(Time time, Conversation& conversation, Side side, 
     }
 }
 
-/// Gives up what a side waits for, and passes on the segment behind.
+/// Gives up what a side waits for, and passes on the next segment.
 void TcpStreams::skipGap(Time time, Conversation& conversation, Side side) {
     Half& half = conversation.half(side);
-    const auto behind = behindGap(half.order);
-    const uint32_t sequence = behind->first;
-    auto octets = std::move(behind->second);
-    half.order.buffered_payload().erase(behind);
+    const auto next = afterGap(half.order);
+    const uint32_t sequence = next->first;
+    auto octets = std::move(next->second);
+    half.order.buffered_payload().erase(next);
     const int32_t missing = ahead(sequence, half.order.sequence_number());
     if (missing > 0) {
         if (half.gaps.size() >= kMaxGaps) half.gaps.erase(half.gaps.begin());

@@ -1,6 +1,6 @@
 // TCP conversations: which segment belongs to which, where they begin and end, what order their
 // octets have. libtins puts segments in order. Its follower of whole streams is not used: it keeps
-// each SYN for ever and joins two conversations that have the same ports.
+// each SYN and joins two conversations that have the same ports.
 #pragma once
 
 #include <tins/tcp_ip/data_tracker.h>
@@ -35,7 +35,7 @@ class StreamReader {
     /// conversation is wanted; the reader is destroyed then.
     virtual bool octets(Time time, Side side, const StreamPart& part) = 0;
     /// So many octets come next that the capture does not have; 0 if the side began before the
-    /// capture, and nobody can tell.
+    /// capture, and this cannot be told.
     virtual void gap(Time time, Side side, size_t octets) = 0;
     /// Octets of a gap that has been told, which come after all: frames of a capture may be in
     /// another order than on the network.
@@ -83,10 +83,11 @@ class TcpStreams {
         bool isFinished = false;  // and its FIN
         uint32_t first = 0;       // sequence number of the first octet
         uint32_t last = 0;        // and of the FIN
-        size_t waiting = 0;       // octets behind a gap, and what their runs cost
+        size_t waiting = 0;       // octets after a gap, and what their runs cost
         /// The frames of what waits, by sequence number.
         std::vector<FrameRun> frames{};
-        /// The gaps that were told last: the numbers of their first octet, and behind their last.
+        /// The gaps that were told last: the numbers of their first octet, and the one after their
+        /// last.
         std::vector<std::pair<uint32_t, uint32_t>> gaps{};
 
         bool isComplete() const;
@@ -132,6 +133,6 @@ class TcpStreams {
     Recent<Key, Opening> openings_;
     std::vector<FrameRun> runs_;  // of the segment at hand, or of what is delivered
     Conversations read_;          // with a reader, the one heard last at the end
-    Conversations unwanted_;      // without: those nobody reads, and those that have ended
+    Conversations unwanted_;      // without: those that are not read, and those that have ended
     std::unordered_map<Key, Conversations::iterator, Hash> conversations_;
 };

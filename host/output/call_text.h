@@ -10,7 +10,7 @@
 /// escaped.
 std::string partyText(const std::string& name, const Address& host);
 
-/// The same of a call's two ends. If nobody told who calls whom, they are the first two hosts.
+/// The same of a call's two ends. If no message told who calls whom, they are the first two hosts.
 std::string fromText(const CallRecord& call);
 std::string toText(const CallRecord& call);
 

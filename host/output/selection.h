@@ -16,7 +16,7 @@ struct Moment {
 };
 
 /// Reads "2026-11-22", "2026-11-22T05:11", "2026-11-22 05:11:39.5", "05:11:39"; UTC, perhaps with a
-/// Z behind it. Returns nothing if a text is none of these.
+/// Z after it. Returns nothing if a text is none of these.
 std::optional<Moment> readMoment(std::string_view text);
 
 std::string lowerCase(std::string_view text);

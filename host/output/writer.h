@@ -11,8 +11,8 @@
 #include <thread>
 #include <vector>
 
-/// Takes text in pieces and passes them on in batches. Holds at most two batches: whoever makes
-/// text faster than it can be written has to wait.
+/// Takes text in pieces and passes them on in batches. Holds at most two batches: a caller that
+/// makes text faster than it can be written has to wait.
 class Writer {
   public:
     /// folder: where files and index.tsv are written, which are not there yet; empty for none.

@@ -254,7 +254,7 @@ def around():
 
 
 def hostile():
-    """Text that attacks whoever shows it: a terminal, a line reader, JSON, a page. Some is no text."""
+    """Text that attacks the program that shows it: terminal, line reader, JSON, page. Some is no text."""
     controls = "\x1b]0;title\x07\x1b[2J\r\n\t\x7f\u009b31m"
     page = "</script><script>alert(1)</script><img src=x onerror=alert(2)>"
     quotes = "'; DROP TABLE calls; -- \\\"\\u0041 ${x} `id`"
