@@ -24,6 +24,8 @@ struct FrameOctets {
 
 /// Prints each message, and checks what the output relies on.
 struct Sink : MessageSink {
+    explicit Sink(const TamselModules& set) : modules(set) {}
+
     void message(const CapturedMessage& message) override {
         const bool isDecoded = message.outcome == Outcome::kDecoded;
         if (message.name.empty() || isDecoded != (message.decoder != nullptr)) std::abort();
@@ -41,7 +43,7 @@ struct Sink : MessageSink {
             std::abort();
         const auto ignore = [](void*, const char*, size_t) {};
         if (isDecoded) message.decoder->print({ignore, nullptr});
-        readDetails(kTamsel2009, message, details);
+        readDetails(modules, message, details);
         const CallRecord* const call = book.note(message, details);
         for (const std::string& shown : {details.summary, call != nullptr ? call->why : ""})
             if (std::any_of(shown.begin(), shown.end(), [](char c) { return c < ' ' || c > '~'; }))
@@ -49,6 +51,7 @@ struct Sink : MessageSink {
     }
     void remark(const CaptureRemark& remark) override { book.note(remark); }
 
+    const TamselModules& modules;
     MessageDetails details;
     CallBook book{8};
 };
@@ -60,12 +63,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const std::string name = "/proc/self/fd/" + std::to_string(file);
     if (ftruncate(file, 0) != 0 || pwrite(file, data, size, 0) != static_cast<ssize_t>(size))
         std::abort();
-    Sink sink;
+    const TamselModules& modules = size % 8 < 6 ? kTamsel2009 : kTamsel1998;
+    Sink sink(modules);
     MemoryBudget budget(kMaxHeld);
     Unread unread;
     {
-        const TamselModules* const modules = size % 8 < 6 ? &kTamsel2009 : &kTamsel1998;
-        MessageFinder finder(sink, budget, unread, {size % 4 == 0 ? "c0fe" : "", {}, modules});
+        MessageFinder finder(sink, budget, unread, {size % 4 == 0 ? "c0fe" : "", {}, &modules});
         Network network(finder, budget, unread);
         try {
             CaptureFile capture(name);

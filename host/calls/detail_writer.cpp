@@ -39,19 +39,19 @@ bool isLowSurrogate(uint32_t code) {
 }  // namespace
 
 void DetailWriter::fact(std::string_view name, std::string value) {
-    if (!value.empty()) details_.facts.emplace_back(name, std::move(value));
+    if (!value.empty()) details_.facts.push_back({name, std::move(value)});
 }
 
 void DetailWriter::fact(std::string_view name, std::vector<std::string> value) {
-    if (!value.empty()) details_.facts.emplace_back(name, std::move(value));
+    if (!value.empty()) details_.facts.push_back({name, std::move(value)});
 }
 
 void DetailWriter::fact(std::string_view name, int64_t value) {
-    details_.facts.emplace_back(name, value);
+    details_.facts.push_back({name, value});
 }
 
 void DetailWriter::fact(std::string_view name, bool value) {
-    details_.facts.emplace_back(name, value);
+    details_.facts.push_back({name, value});
 }
 
 void DetailWriter::separate() {
