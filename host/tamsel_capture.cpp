@@ -63,20 +63,20 @@ std::vector<std::unique_ptr<View>> viewsOf(const CaptureOptions& options,
     }
     const bool isQuiet = options.stats || !options.folder.empty() || !options.frames.empty() ||
                          !options.page.empty();
+    const bool isDefault = !isQuiet && !options.list && !options.dump;
+    const bool isInterface = !options.input.interface.empty();
     if (options.json && options.calls)
         views.push_back(std::make_unique<JsonCalls>(writer));
     else if (options.json)
         views.push_back(std::make_unique<JsonMessages>(writer, options.full));
-    else if (options.calls)
+    else if (options.calls || (isDefault && !hasCall && !isInterface))
         views.push_back(std::make_unique<CallList>(writer, screen));
     else if (options.dump)
         views.push_back(std::make_unique<DumpView>(writer));
-    else if (options.list || (!isQuiet && !options.input.interface.empty()))
+    else if (options.list || (isDefault && isInterface))
         views.push_back(std::make_unique<MessageLines>(writer, screen));
-    else if (!isQuiet && hasCall)
+    else if (isDefault)
         views.push_back(std::make_unique<Ladder>(writer, screen));
-    else if (!isQuiet)
-        views.push_back(std::make_unique<CallList>(writer, screen));
     return views;
 }
 

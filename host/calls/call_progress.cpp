@@ -54,12 +54,12 @@ std::string whyNoMedia(const CallRecord& call) {
 void release(CallRecord& call, const MessageDetails& details) {
     if (call.isReleased) return;
     call.isReleased = true;
-    if (const int64_t* const cause = details.number("cause"))
-        call.cause = static_cast<unsigned>(*cause);
+    if (const int64_t* const told = details.number("cause"))
+        call.cause = static_cast<unsigned>(*told);
     call.reason = details.text("reason").substr(0, kMaxNameOctets);
-    const bool isNormal =
-        !call.cause || *call.cause == kNormalClearing || *call.cause == kNormalUnspecified;
-    const bool isNoAnswer = call.cause == kNoUserResponding || call.cause == kNoAnswer;
+    const unsigned cause = call.cause.value_or(kNormalClearing);
+    const bool isNormal = cause == kNormalClearing || cause == kNormalUnspecified;
+    const bool isNoAnswer = cause == kNoUserResponding || cause == kNoAnswer;
     call.why = whyNoMedia(call);
     if (call.why.empty() && !call.connected && call.hasAlerted && !isNoAnswer)
         call.why = isNormal ? "not answered" : "";

@@ -36,22 +36,29 @@ bool isLowSurrogate(uint32_t code) {
     return (code & 0xFC00) == 0xDC00;
 }
 
+template <class Value>
+void add(std::vector<Fact>& facts, std::string_view name, Value value) {
+    Fact& fact = facts.emplace_back();
+    fact.name = name;
+    fact.value = std::move(value);
+}
+
 }  // namespace
 
 void DetailWriter::fact(std::string_view name, std::string value) {
-    if (!value.empty()) details_.facts.push_back({name, std::move(value)});
+    if (!value.empty()) add(details_.facts, name, std::move(value));
 }
 
 void DetailWriter::fact(std::string_view name, std::vector<std::string> value) {
-    if (!value.empty()) details_.facts.push_back({name, std::move(value)});
+    if (!value.empty()) add(details_.facts, name, std::move(value));
 }
 
 void DetailWriter::fact(std::string_view name, int64_t value) {
-    details_.facts.push_back({name, value});
+    add(details_.facts, name, value);
 }
 
 void DetailWriter::fact(std::string_view name, bool value) {
-    details_.facts.push_back({name, value});
+    add(details_.facts, name, value);
 }
 
 void DetailWriter::separate() {

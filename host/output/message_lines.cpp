@@ -74,7 +74,7 @@ void MessageLines::add(Style style, std::string_view words) {
     column_ += words.size();
 }
 
-void MessageLines::end() {
+void MessageLines::finish() {
     writer_.text() += line_;
     writer_.text() += '\n';
     writer_.toOutput();
@@ -108,11 +108,11 @@ void MessageLines::message(const CapturedMessage& message, const MessageDetails&
         appendHexLines(line_, message.octets, "    ", kHexLines);
         line_.pop_back();
     }
-    end();
+    finish();
 }
 
 void MessageLines::remark(const CaptureRemark& remark, const CallRecord* /*call*/) {
     begin(remark.time, 0, remark.flow);
     add(Style::kBad, "(" + describe(remark) + ")");
-    end();
+    finish();
 }

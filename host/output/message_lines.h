@@ -17,7 +17,7 @@ class MessageLines : public View {
   private:
     void begin(Time time, uint32_t frame, const Flow& flow);
     void add(Style style, std::string_view words);
-    void end();
+    void finish();
 
     Writer& writer_;
     const Screen& screen_;
