@@ -1,32 +1,6 @@
 # cmake -DCAPTURE=program -DDATA=... -DCAPTURES=... -DOUT=... -P capture_cli.cmake: tamsel-capture as a
 # user meets it.
-cmake_minimum_required(VERSION 3.25)
-file(REMOVE_RECURSE ${OUT})
-file(MAKE_DIRECTORY ${OUT})
-
-# run(STATUS ARGS...): sets stdout and stderr.
-function(run status)
-    execute_process(COMMAND ${CAPTURE} ${ARGN} WORKING_DIRECTORY ${CAPTURES}
-        RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
-    if(NOT result EQUAL status)
-        message(SEND_ERROR "tamsel-capture ${ARGN}: exit ${result}\n${out}\n--\n${err}")
-    endif()
-    set(stdout "${out}" PARENT_SCOPE)
-    set(stderr "${err}" PARENT_SCOPE)
-endfunction()
-
-function(expect what got wanted)
-    if(NOT got STREQUAL wanted)
-        message(SEND_ERROR "${what}:\n${got}\n-- wanted\n${wanted}")
-    endif()
-endfunction()
-
-function(expect_part what got wanted)
-    string(FIND "${got}" "${wanted}" found)
-    if(found LESS 0)
-        message(SEND_ERROR "${what}:\n${got}\n-- wanted in it\n${wanted}")
-    endif()
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/capture_run.cmake)
 
 # All messages, with the summary: of the sample, and of each condition in wire.md.
 foreach(golden call.pcap=0 resync.pcap=0 several.pcap=0 ports.pcap=0 foreign.pcap=0

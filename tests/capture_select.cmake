@@ -1,30 +1,6 @@
 # cmake -DCAPTURE=program -DCAPTURES=... -DOUT=... -P capture_select.cmake: which messages tamsel-capture
 # shows, the frames that it writes, and input that does not end.
-file(REMOVE_RECURSE ${OUT})
-file(MAKE_DIRECTORY ${OUT})
-
-# run(STATUS ARGS...): sets stdout and stderr.
-function(run status)
-    execute_process(COMMAND ${CAPTURE} ${ARGN} WORKING_DIRECTORY ${CAPTURES}
-        RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
-    if(NOT result EQUAL status)
-        message(SEND_ERROR "tamsel-capture ${ARGN}: exit ${result}\n${out}\n--\n${err}")
-    endif()
-    set(stdout "${out}" PARENT_SCOPE)
-    set(stderr "${err}" PARENT_SCOPE)
-endfunction()
-
-function(expect what got wanted)
-    if(NOT got STREQUAL wanted)
-        message(SEND_ERROR "${what}:\n${got}\n-- wanted\n${wanted}")
-    endif()
-endfunction()
-
-function(expect_match what got wanted)
-    if(NOT got MATCHES "${wanted}")
-        message(SEND_ERROR "${what}:\n${got}\n-- wanted\n${wanted}")
-    endif()
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/capture_run.cmake)
 
 # Of the sample's messages, how many each selection has: RAS, call signalling and H.245.
 foreach(row

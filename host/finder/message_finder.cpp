@@ -111,13 +111,7 @@ void MessageFinder::guess(const Arrival& arrival, const Flow& flow,
 bool MessageFinder::exported(const Arrival& arrival, const Flow& flow, std::string_view protocol,
                              std::span<const uint8_t> octets) {
     if (protocol == "h225.ras") {
-        messages({.time = arrival.time,
-                  .frames = arrival.frames,
-                  .flow = flow,
-                  .octets = octets,
-                  .name = {},
-                  .call = {},
-                  .reason = {}});
+        ras(arrival, flow, octets);
     } else if (protocol == "h245") {
         h245(arrival, flow, octets, {}, nullptr);
     } else if (protocol == "q931") {
