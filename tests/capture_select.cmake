@@ -72,7 +72,7 @@ expect_match("-w" "${stderr}" "/dev/full: writing failed")
 file(WRITE ${OUT}/live.sh [=[
 capture=$1 file=$2 out=$3
 mkfifo $out/pipe
-timeout 60 $capture --list - <$out/pipe >$out/live.txt 2>$out/live.err &
+timeout --foreground 60 $capture --list - <$out/pipe >$out/live.txt 2>$out/live.err &
 exec 9>$out/pipe
 cat $file >&9
 for ((i = 0; i < 100; ++i)); do
