@@ -33,6 +33,22 @@ TEST(CallBook, TheOldestCallIsForgottenFirst) {
     EXPECT_EQ(book.note(messageOf(1, "alerting"), details)->number, 5U);
 }
 
+TEST(CallBook, NoConferenceOfAForgottenCallIsFound) {
+    CallBook book(1);
+    const MessageDetails details;
+    for (const uint8_t conference : std::to_array<uint8_t>({7, 8})) {
+        CapturedMessage message = messageOf(1, "setup");
+        message.call.conferenceID.fill(conference);
+        EXPECT_EQ(book.note(message, details)->number, 1U);
+    }
+    book.note(messageOf(2, "setup"), details);  // the first call is forgotten
+    for (const uint8_t conference : std::to_array<uint8_t>({7, 8})) {
+        CapturedMessage message = messageOf(0, "alerting");
+        message.call.conferenceID.fill(conference);
+        EXPECT_EQ(book.note(message, details)->number, conference - 4U);
+    }
+}
+
 TEST(CallBook, LossesBelongToTheCallOfTheStream) {
     CallBook book;
     const MessageDetails details;

@@ -52,10 +52,10 @@ void CallBook::name(CallRecord& call, const CallNames& names) {
         call.names.callIdentifier = names.callIdentifier;
         byIdentifier_[names.callIdentifier] = call.number;
     }
-    if (names.conferenceID != Guid{}) {
-        if (call.names.conferenceID == Guid{}) call.names.conferenceID = names.conferenceID;
+    if (call.names.conferenceID == Guid{}) call.names.conferenceID = names.conferenceID;
+    // Only the conference that a call keeps is listed, as it is taken out with the call.
+    if (names.conferenceID != Guid{} && names.conferenceID == call.names.conferenceID)
         byConference_[names.conferenceID] = call.number;
-    }
 }
 
 CallRecord& CallBook::callOf(const CapturedMessage& message) {
