@@ -61,6 +61,17 @@ TEST(CallBook, LossesBelongToTheCallOfTheStream) {
     EXPECT_EQ(book.calls()[0].losses, 2U);
 }
 
+TEST(CallBook, LossesOfAForgottenCallAreOfNoCall) {
+    CallBook book(1);
+    const MessageDetails details;
+    book.note(messageOf(1, "setup"), details);
+    CapturedMessage other = messageOf(2, "setup");
+    other.flow.source.port = 2000;
+    book.note(other, details);
+    EXPECT_EQ(book.note({0, messageOf(1, "").flow, Remark::kOctetsMissing, 9}), nullptr);
+    EXPECT_EQ(book.calls()[0].losses, 0U);
+}
+
 TEST(CallBook, AnotherSetupTriesACallAgain) {
     CallBook book;
     MessageDetails details;

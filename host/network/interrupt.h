@@ -1,4 +1,4 @@
-// Ctrl-C while frames come that never end: it ends them, and the program goes on to its summary.
+// Ctrl-C during live input ends the input, and the program continues with its summary.
 #pragma once
 
 /// From now on the first SIGINT or SIGTERM is remembered; a second one ends the program.

@@ -216,7 +216,7 @@ PacketReader::Layer PacketReader::ofPpp(const Layer& layer) {
     }
 }
 
-/// A message that another program cut out, with tags that tell what it is and where it was sent.
+/// A message that another program exported, with tags for its protocol and its addresses.
 PacketReader::Layer PacketReader::exportedPdu(std::span<const uint8_t> octets) {
     std::string_view protocol;
     while (octets.size() >= 4) {

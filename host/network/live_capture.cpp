@@ -32,7 +32,7 @@ LiveCapture::LiveCapture(const std::string& interface, const std::string& filter
         const std::string what = pcap_geterr(pcap_.get());
         throw BadCapture(what.empty() ? pcap_statustostr(status) : what);
     }
-    // In libpcap a read goes on after a signal. So the wait is here.
+    // libpcap continues a read after a signal, therefore `next` waits itself.
     if (pcap_setnonblock(pcap_.get(), 1, error.data()) != 0) throw BadCapture(error.data());
     if (filter.empty()) return;
     bpf_program program{};

@@ -12,5 +12,5 @@
 void appendMessageText(std::string& text, const CapturedMessage& message,
                        const MessageDetails& details);
 
-/// Cuts a text into lines of at most `width` characters, at blanks where there are any.
+/// Cuts a text into lines of at most `width` characters, at blanks if there are any.
 std::vector<std::string_view> wrapped(std::string_view text, size_t width);
