@@ -19,7 +19,7 @@ std::string component(const Member& member) {
     const std::string present = "if (value.m." + member.flag + " != 0) {";
     return fill(R"(
 $begin
-    const AsnComponentStep step(dump, "$dumpName");
+    const AsnDumpStep step(dump, ".$dumpName");
     $print;
 }
 )",
@@ -32,7 +32,7 @@ std::string alternative(const Type& type, const Member& member) {
     if (!hasValue(*member.type)) return "";
     return fill(R"(
 case $Type::$name: {
-    const AsnAlternativeStep step(dump, "$dumpName");
+    const AsnDumpStep step(dump, ".u@$dumpName");
     $print;
     break;
 }
@@ -47,7 +47,7 @@ std::string unknownAlternative(const Type& type) {
     if (!type.keepsUnknown) return "";
     return fill(R"(
 case $Type::extElem1: {
-    const AsnAlternativeStep step(dump, "extElem1");
+    const AsnDumpStep step(dump, ".u@extElem1");
     asnPrintOpenType(dump, value.u.extElem1->numocts, value.u.extElem1->data, ".");
     break;
 }
@@ -81,7 +81,7 @@ std::string dumpSequence(const Type& type) {
     for (const Member* member : allMembers(type)) text += component(*member);
     if (!type.keepsUnknown) return text;
     if (type.published) return text + "asnPrintUnknownAdditions(dump, value.extElem1);\n";
-    return text + R"(const AsnComponentStep step(dump, "extElem1");
+    return text + R"(const AsnDumpStep step(dump, ".extElem1");
 asnPrintOpenType(dump, value.extElem1.numocts, value.extElem1.data, ".");
 )";
 }
@@ -90,7 +90,7 @@ asnPrintOpenType(dump, value.extElem1.numocts, value.extElem1.data, ".");
 std::string dumpAnyAlternative(const Type& type) {
     return fill(R"(
 if (value.t >= $Type::extElem1) {
-    const AsnAlternativeStep step(dump, "extElem1");
+    const AsnDumpStep step(dump, ".u@extElem1");
     asnPrintOpenType(dump, value.u.extElem1->numocts, value.u.extElem1->data, ".");
 }
 )",

@@ -74,18 +74,18 @@ TEST(Print, FormsWithAPathGiveTheSame) {
 TEST(Print, PathsHaveNoLimit) {
     // Longer than the path buffer, both by its root and by its steps.
     const std::string root(5000, 'r');
-    const std::string name(300, 'n');
+    const std::string name = "." + std::string(300, 'n');
     std::string expected = root;
     const std::function<void(AsnDump&, int)> nest = [&](AsnDump& dump, int depth) {
         if (depth == 0) return asnPrintInteger(dump, 1);
-        const AsnComponentStep component(dump, name);
+        const AsnDumpStep component(dump, name);
         const AsnElementStep element(dump, 7);
         nest(dump, depth - 1);
         asnPrintTag(dump, 3);
     };
-    for (int i = 0; i < 40; ++i) expected += "." + name + ".elem[7]";
+    for (int i = 0; i < 40; ++i) expected += name + ".elem[7]";
     std::string tags;
-    for (std::string path = expected; path != root; path.resize(path.size() - name.size() - 9))
+    for (std::string path = expected; path != root; path.resize(path.size() - name.size() - 8))
         tags += path + ".t = 3\n";
     const std::string text = dumped([&](AsnDump& d) { nest(d, 40); }, root.c_str());
     EXPECT_EQ(text, expected + " = 1\n" + tags);

@@ -1,27 +1,19 @@
 #include "print.h"
 
-#include <charconv>
 #include <cstring>
 
 namespace {
-
-char* append(char* at, std::string_view text) {
-    std::memcpy(at, text.data(), text.size());
-    return at + text.size();
-}
 
 /// Completes the text that asnDumpRoom or asnDumpLine began; it ends at `end`.
 void commit(AsnDump& dump, const char* end) {
     dump.textLength = static_cast<size_t>(end - dump.text);
 }
 
-constexpr size_t kNumberSize = 20;  // "-9223372036854775808"
-
 /// path, middle, number.
-template <class Format, class Number>
-void numberLine(AsnDump& dump, std::string_view middle, Format format, Number value) {
-    char* at = append(asnDumpLine(dump, middle.size() + kNumberSize + 1), middle);
-    at = format(at, value);
+template <class Number>
+void numberLine(AsnDump& dump, std::string_view middle, Number value) {
+    char* at = asnAppend(asnDumpLine(dump, middle.size() + kAsnNumberSize + 1), middle);
+    at = asnFormatNumber(at, value);
     *at++ = '\n';
     commit(dump, at);
 }
@@ -31,8 +23,8 @@ void printOctets(AsnDump& dump, std::string_view separator, std::string_view cou
                  uint32_t count, const uint8_t* data, uint32_t octets) {
     (void)asnDumpLine(dump, 0);
     asnDumpText(dump, separator);
-    char* at = append(asnDumpRoom(dump, countName.size() + kNumberSize + 1), countName);
-    at = asnFormatUnsigned(at, count);
+    char* at = asnAppend(asnDumpRoom(dump, countName.size() + kAsnNumberSize + 1), countName);
+    at = asnFormatNumber(at, count);
     *at++ = '\n';
     commit(dump, at);
     (void)asnDumpLine(dump, 0);
@@ -72,11 +64,11 @@ void escapedText(AsnDump& dump, std::string_view text) {
         char* const at = asnDumpRoom(dump, 4);
         const auto octet = static_cast<uint8_t>(c);
         if (c == '\\')
-            commit(dump, append(at, "\\\\"));
+            commit(dump, asnAppend(at, "\\\\"));
         else if (octet >= 0x20 && octet <= 0x7E)
-            commit(dump, append(at, {&c, 1}));
+            commit(dump, asnAppend(at, {&c, 1}));
         else
-            commit(dump, append(append(at, "\\x"), {kOctetTexts.hex[octet], 2}));
+            commit(dump, asnAppend(asnAppend(at, "\\x"), {kOctetTexts.hex[octet], 2}));
     }
 }
 
@@ -84,36 +76,33 @@ void escapedText(AsnDump& dump, std::string_view text) {
 
 void asnPrintBoolean(AsnDump& dump, uint8_t value) {
     const std::string_view text = value != 0 ? " = TRUE\n" : " = FALSE\n";
-    commit(dump, append(asnDumpLine(dump, text.size()), text));
+    commit(dump, asnAppend(asnDumpLine(dump, text.size()), text));
 }
 
 void asnPrintInteger(AsnDump& dump, int32_t value) {
-    numberLine(dump, " = ", asnFormatInteger, value);
+    numberLine(dump, " = ", value);
 }
 
 void asnPrintLongInteger(AsnDump& dump, int64_t value) {
-    const auto format = [](char* at, int64_t number) {
-        return std::to_chars(at, at + kNumberSize, number).ptr;
-    };
-    numberLine(dump, " = ", format, value);
+    numberLine(dump, " = ", value);
 }
 
 void asnPrintUnknownAdditions(AsnDump& dump, const AsnUnknownAdditions& additions) {
     for (uint32_t i = 0; i < additions.n; ++i) {
         const AsnUnknownAddition& addition = additions.elem[i];
-        char number[12];
-        const char* const end = asnFormatUnsigned(number, addition.number);
-        const AsnDumpStep step(dump, kAsnUnknown, {number, static_cast<size_t>(end - number)});
+        char text[8 + kAsnNumberSize];
+        const char* const end = asnFormatNumber(asnAppend(text, ".extElem"), addition.number);
+        const AsnDumpStep step(dump, {text, static_cast<size_t>(end - text)});
         asnPrintOpenType(dump, addition.contents.numocts, addition.contents.data, ".");
     }
 }
 
 void asnPrintUnsigned(AsnDump& dump, uint32_t value) {
-    numberLine(dump, " = ", asnFormatUnsigned, value);
+    numberLine(dump, " = ", value);
 }
 
 void asnPrintCharStr(AsnDump& dump, const char* text) {
-    commit(dump, append(asnDumpLine(dump, 4), " = '"));
+    commit(dump, asnAppend(asnDumpLine(dump, 4), " = '"));
     if (text != nullptr) dump.escaped ? escapedText(dump, text) : asnDumpText(dump, text);
     asnDumpText(dump, "'\n");
 }
@@ -126,19 +115,19 @@ void asnPrintReal(AsnDump& dump, double value) {
 }
 
 void asnPrintOID(AsnDump& dump, const AsnObjId& value) {
-    commit(dump, append(asnDumpLine(dump, 3), " = "));
+    commit(dump, asnAppend(asnDumpLine(dump, 3), " = "));
     asnPrintOIDValue(dump, value);
 }
 
 void asnPrintOIDValue(AsnDump& dump, const AsnObjId& value) {
-    char* at = append(asnDumpRoom(dump, 3), "{ \n");
+    char* at = asnAppend(asnDumpRoom(dump, 3), "{ \n");
     commit(dump, at);
-    at = asnDumpRoom(dump, sizeof value.subid / sizeof *value.subid * (kNumberSize + 1) + 2);
+    at = asnDumpRoom(dump, sizeof value.subid / sizeof *value.subid * (kAsnNumberSize + 1) + 2);
     for (int32_t i = 0; i < value.numids; ++i) {
-        at = asnFormatInteger(at, static_cast<int32_t>(value.subid[i]));
+        at = asnFormatNumber(at, static_cast<int32_t>(value.subid[i]));
         *at++ = ' ';
     }
-    commit(dump, append(at, "}\n"));
+    commit(dump, asnAppend(at, "}\n"));
 }
 
 void asnPrintBitStr(AsnDump& dump, uint32_t numbits, const uint8_t* data, const char* separator) {
@@ -187,17 +176,17 @@ void asnPrintPresence(AsnDump& dump, std::string_view name, uint32_t present) {
     constexpr std::string_view kBefore = ".m@";
     constexpr std::string_view kAfter = "Present = 0\n";
     char* at = asnDumpLine(dump, kBefore.size() + name.size() + kAfter.size());
-    at = append(append(append(at, kBefore), name), kAfter);
+    at = asnAppend(asnAppend(asnAppend(at, kBefore), name), kAfter);
     at[-2] = static_cast<char>('0' + present);
     commit(dump, at);
 }
 
 void asnPrintTag(AsnDump& dump, uint32_t t) {
-    numberLine(dump, ".t = ", asnFormatInteger, static_cast<int32_t>(t));
+    numberLine(dump, ".t = ", static_cast<int32_t>(t));
 }
 
 void asnPrintCount(AsnDump& dump, uint32_t n) {
-    numberLine(dump, ".n = ", asnFormatInteger, static_cast<int32_t>(n));
+    numberLine(dump, ".n = ", static_cast<int32_t>(n));
 }
 
 void asnPrintBoolean(const char* path, uint8_t value) {

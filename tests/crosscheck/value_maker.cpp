@@ -90,7 +90,8 @@ std::string ValueMaker::makeSequence(const Type& type, AsnDump& dump) {
     for (const Member* member : present) {
         term += (term.empty() ? "" : ",") + quoted(member->dumpName) + "=>";
         if (!isLater(member->dumpName)) {
-            const AsnComponentStep step(dump, member->dumpName);
+            const std::string component = "." + member->dumpName;
+            const AsnDumpStep step(dump, component);
             term += make(*member->type, dump);
             continue;
         }
@@ -98,8 +99,8 @@ std::string ValueMaker::makeSequence(const Type& type, AsnDump& dump) {
         for (uint8_t& octet : octets) octet = static_cast<uint8_t>(below(256));
         term += octetsTerm(octets);
         const std::vector<uint8_t> open = openTypeOf(octets);
-        const std::string number = member->dumpName.substr(5);
-        const AsnDumpStep step(dump, kAsnUnknown, number);
+        const std::string addition = ".extElem" + member->dumpName.substr(5);
+        const AsnDumpStep step(dump, addition);
         asnPrintOpenType(dump, static_cast<uint32_t>(open.size()), open.data(), ".");
     }
     return "#{" + term + "}";
@@ -116,11 +117,12 @@ std::string ValueMaker::makeChoice(const Type& type, AsnDump& dump) {
     if (isLater(member->dumpName)) {
         const std::vector<uint8_t> octets(below(20), 0xA5);
         const std::vector<uint8_t> open = openTypeOf(octets);
-        const AsnAlternativeStep step(dump, "extElem1");
+        const AsnDumpStep step(dump, ".u@extElem1");
         asnPrintOpenType(dump, static_cast<uint32_t>(open.size()), open.data(), ".");
         return term + octetsTerm(octets) + "}";
     }
-    const AsnAlternativeStep step(dump, member->dumpName);
+    const std::string alternative = ".u@" + member->dumpName;
+    const AsnDumpStep step(dump, alternative);
     return term + make(*member->type, dump) + "}";
 }
 
