@@ -13,7 +13,7 @@ if(CMAKE_CROSSCOMPILING)
     ExternalProject_Add(tamsel_gen_native
         SOURCE_DIR ${CMAKE_CURRENT_SOURCE_DIR}/gen
         BINARY_DIR ${CMAKE_CURRENT_BINARY_DIR}/gen-native
-        CMAKE_ARGS -DCMAKE_BUILD_TYPE=Release
+        CMAKE_ARGS -DCMAKE_BUILD_TYPE=Release -DCMAKE_UNITY_BUILD=${CMAKE_UNITY_BUILD}
         INSTALL_COMMAND ""
         BUILD_ALWAYS ON
         BUILD_BYPRODUCTS ${CMAKE_CURRENT_BINARY_DIR}/gen-native/tamsel-gen)
@@ -63,7 +63,8 @@ function(tamsel_module_set name)
     # Traced decoders do not have to be fast. Those of 1998 have to be small, because the exports
     # contain them; the others are compiled without optimisation, in half the time. In plain decoders
     # the compiler should keep the cursor in registers: if it loads and stores several members at
-    # once, these wait for each other.
+    # once, these wait for each other. Printers call the run-time, which does the work: they are as fast
+    # with less optimisation.
     set(trace_option -Os)
     if(NOT name STREQUAL 1998)
         set(trace_option -O0)
@@ -71,10 +72,13 @@ function(tamsel_module_set name)
     foreach(file IN LISTS set_SOURCES)
         if(file MATCHES "Trace\\.cpp$")
             set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
-                $<IF:$<CONFIG:Debug>,-O0,${trace_option}>) # the sanitizers' presets optimise, too
+                $<$<NOT:$<CONFIG:Debug>>:${trace_option}>)
         elseif(file MATCHES "Decode\\.cpp$")
             set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
                 "$<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize;-ftree-partial-pre>")
+        elseif(file MATCHES "Print\\.cpp$")
+            set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS
+                $<$<CONFIG:Release>:-O1>)
         endif()
     endforeach()
     add_custom_target(tamsel_modules_${name} DEPENDS ${TAMSEL_MODULE_DIR}/${name}.stamp)

@@ -6,7 +6,7 @@
 
 namespace {
 
-std::string presence(const Member& member) {
+std::string dumpPresence(const Member& member) {
     if (member.flag.empty()) return "";
     return fill(R"(
 asnPrintPresence(dump, "$dumpName", value.m.$flag);
@@ -14,7 +14,7 @@ asnPrintPresence(dump, "$dumpName", value.m.$flag);
                 {{"dumpName", member.dumpName}, {"flag", member.flag}});
 }
 
-std::string component(const Member& member) {
+std::string dumpComponent(const Member& member) {
     if (!hasValue(*member.type)) return "";
     const std::string present = "if (value.m." + member.flag + " != 0) {";
     return fill(R"(
@@ -28,7 +28,7 @@ $begin
                  {"print", printCall(*member.type, valueIn("value." + member.cppName))}});
 }
 
-std::string alternative(const Type& type, const Member& member) {
+std::string dumpAlternative(const Type& type, const Member& member) {
     if (!hasValue(*member.type)) return "";
     return fill(R"(
 case $Type::$name: {
@@ -43,7 +43,7 @@ case $Type::$name: {
                  {"print", printCall(*member.type, valueOf(member))}});
 }
 
-std::string unknownAlternative(const Type& type) {
+std::string dumpUnknownAlternative(const Type& type) {
     if (!type.keepsUnknown) return "";
     return fill(R"(
 case $Type::extElem1: {
@@ -77,8 +77,8 @@ void Print$Type($dump, $value) {
 /// Presence lines first, all of them; then the components that are present.
 std::string dumpSequence(const Type& type) {
     std::string text;
-    for (const Member* member : allMembers(type)) text += presence(*member);
-    for (const Member* member : allMembers(type)) text += component(*member);
+    for (const Member* member : allMembers(type)) text += dumpPresence(*member);
+    for (const Member* member : allMembers(type)) text += dumpComponent(*member);
     if (!type.keepsUnknown) return text;
     if (type.published) return text + "asnPrintUnknownAdditions(dump, value.extElem1);\n";
     return text + R"(const AsnDumpStep step(dump, ".extElem1");
@@ -99,9 +99,9 @@ if (value.t >= $Type::extElem1) {
 
 std::string dumpChoice(const Type& type) {
     std::string cases;
-    for (const Member* member : allMembers(type)) cases += alternative(type, *member);
+    for (const Member* member : allMembers(type)) cases += dumpAlternative(type, *member);
     const bool anyAlternative = type.published && type.keepsUnknown;
-    if (!anyAlternative) cases += unknownAlternative(type);
+    if (!anyAlternative) cases += dumpUnknownAlternative(type);
     if (cases.empty() && !anyAlternative) return "asnPrintTag(dump, value.t);\n";
     if (cases.empty()) return "asnPrintTag(dump, value.t);\n" + dumpAnyAlternative(type);
     return fill(

@@ -44,11 +44,11 @@ TEST(Print, Leaves) {
          "P.nchars = 2\nP.data = \n41 00 3a 26 " + std::string(37, ' ') + "A.:&\n"},
     };
     for (const auto& c : cases) EXPECT_EQ(c.text, c.expected);
-    for (const uint32_t length : {0U, 1U, 15U, 16U, 17U, 32U, 33U}) {
-        const std::string text = dumped([&](AsnDump& d) { asnHexDump(d, octets, length); });
+    for (const uint32_t count : {0U, 1U, 15U, 16U, 17U, 32U, 33U}) {
+        const std::string text = dumped([&](AsnDump& d) { asnHexDump(d, octets, count); });
         EXPECT_EQ(std::count(text.begin(), text.end(), '\n'),
-                  length / 16 + (length % 16 != 0 || length == 0));
-        if (length >= 16) EXPECT_EQ(text[48 + 1 + 16], '\n');
+                  count / 16 + (count % 16 != 0 || count == 0));
+        if (count >= 16) EXPECT_EQ(text[48 + 1 + 16], '\n');
     }
 }
 
@@ -78,7 +78,7 @@ TEST(Print, PathsHaveNoLimit) {
     std::string expected = root;
     const std::function<void(AsnDump&, int)> nest = [&](AsnDump& dump, int depth) {
         if (depth == 0) return asnPrintInteger(dump, 1);
-        const AsnDumpStep component(dump, name);
+        const AsnDumpStep step(dump, name);
         const AsnElementStep element(dump, 7);
         nest(dump, depth - 1);
         asnPrintTag(dump, 3);

@@ -10,7 +10,8 @@ extern const size_t kZooTypeCount;
 
 namespace {
 
-const ZooTable kZoo{"published::Zoo", published::kZooTypes, published::kZooTypeCount, false};
+const ZooTable kPublishedZoo{"published::Zoo", published::kZooTypes, published::kZooTypeCount,
+                             false};
 
 const ZooCase kFlags[] = {
     // 18.1, 18.2, 22.5: none is missed at the end of the data
@@ -89,26 +90,26 @@ const ZooCase kNumbers[] = {
     {"All_signed", "[7F FF FF FF]", "11 000000 [7F FF FF FF]", 0, "= -1"},
 };
 
-const ZooCase kLists[] = {
+const ZooCase kPublishedLists[] = {
     {"List", "[02] 10", "=", 0, ".n = 2; .elem[0] = TRUE; .elem[1] = FALSE"},
     {"List", "[C1 FF]", "=", -2, ""},
     {"List_2", "[07 08]", "=", 0, ".n = 2; .elem[0] = 7; .elem[1] = 8"},
 };
 
 TEST(Published, Flags) {
-    checkAll(kZoo, kFlags);
+    checkAll(kPublishedZoo, kFlags);
 }
 TEST(Published, UnknownContentIsKept) {
-    checkAll(kZoo, kUnknown);
+    checkAll(kPublishedZoo, kUnknown);
 }
 TEST(Published, Strings) {
-    checkAll(kZoo, kStrings);
+    checkAll(kPublishedZoo, kStrings);
 }
 TEST(Published, Numbers) {
-    checkAll(kZoo, kNumbers);
+    checkAll(kPublishedZoo, kNumbers);
 }
 TEST(Published, Lists) {
-    checkAll(kZoo, kLists);
+    checkAll(kPublishedZoo, kPublishedLists);
 }
 
 TEST(Published, FragmentsOfListsAndTexts) {
@@ -120,17 +121,18 @@ TEST(Published, FragmentsOfListsAndTexts) {
         list.push_back(0xC1);
         list.insert(list.end(), items.begin(), items.end());
         list.insert(list.end(), {0x01, 0x80});
-        const std::string dump = decoded(kZoo["List"], list, aligned, false).dump;
+        const std::string dump = decoded(kPublishedZoo["List"], list, aligned, false).dump;
         EXPECT_TRUE(matches(dump,
                             ".n = 32769; .elem[0] = TRUE;...; .elem[32767] = FALSE; "
                             ".elem[32768] = TRUE"));
         list.erase(list.end() - 2, list.end());
-        EXPECT_EQ(decoded(kZoo["List"], list, aligned, false).status, kAsnEndOfData);
+        EXPECT_EQ(decoded(kPublishedZoo["List"], list, aligned, false).status, kAsnEndOfData);
         const std::string digits(16384, '1');
         Octets text{0xC1};
         text.insert(text.end(), 8192, 0x22);
         text.insert(text.end(), {0x01, 0x20});
-        EXPECT_EQ(decoded(kZoo["Numeric"], text, aligned, false).dump, "= '" + digits + "1'");
+        EXPECT_EQ(decoded(kPublishedZoo["Numeric"], text, aligned, false).dump,
+                  "= '" + digits + "1'");
     }
 }
 

@@ -71,7 +71,7 @@ void readUserInput(const Input& input, DetailWriter& writer) {
 
 /// Reads what a body has of what is worth a word.
 template <class Body>
-void readBody(const Body& body, DetailWriter& writer) {
+void readH245Body(const Body& body, DetailWriter& writer) {
     if constexpr (requires { body.forwardLogicalChannelNumber; }) {
         writer.sayNumber(body.forwardLogicalChannelNumber);
         writer.fact("channel", static_cast<int64_t>(body.forwardLogicalChannelNumber));
@@ -114,9 +114,9 @@ void readBody(const Body& body, DetailWriter& writer) {
         writer.fact("sequenceNumber", static_cast<int64_t>(body.sequenceNumber));
 }
 
-#define TAMSEL_BODY(Choice, alternative)  \
-    case Choice::alternative:             \
-        readBody(*u.alternative, writer); \
+#define TAMSEL_BODY(Choice, alternative)      \
+    case Choice::alternative:                 \
+        readH245Body(*u.alternative, writer); \
         break;
 
 template <class Request>

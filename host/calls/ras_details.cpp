@@ -54,7 +54,7 @@ void readParties(const Body& body, DetailWriter& writer) {
 
 /// Reads what a body has of what is worth a word.
 template <class Body>
-void readBody(const Body& body, DetailWriter& writer) {
+void readRasBody(const Body& body, DetailWriter& writer) {
     if constexpr (requires { body.rejectReason; })
         writer.both("reason", chosenText(body.rejectReason));
     if constexpr (requires { body.nakReason; }) writer.both("reason", chosenText(body.nakReason));
@@ -117,7 +117,7 @@ void readBody(const Body& body, DetailWriter& writer) {
 
 void readRasDetails(const TamselModules& modules, const TamselDecoder& decoder,
                     DetailWriter& writer) {
-    const auto read = [&](const auto& body) { readBody(body, writer); };
+    const auto read = [&](const auto& body) { readRasBody(body, writer); };
     if (&modules == &kTamsel2009)
         visitRas(decoder.value<asn2009::H225RasMessage>(), read);
     else

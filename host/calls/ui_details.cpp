@@ -28,7 +28,7 @@ void readParties(const Body& body, const Q931Message* q931, DetailWriter& writer
 }
 
 template <class Body>
-void readBody(const Body& body, const Q931Message* q931, DetailWriter& writer) {
+void readUiBody(const Body& body, const Q931Message* q931, DetailWriter& writer) {
     readParties(body, q931, writer);
     if (q931 != nullptr) {
         writer.fact("display", textOf(q931->display));
@@ -73,7 +73,7 @@ template <class Ui>
 void readUi(const Ui& message, const Q931Message* q931, DetailWriter& writer) {
     bool isRead = false;
     visitUi(message, [&](const auto& body) {
-        readBody(body, q931, writer);
+        readUiBody(body, q931, writer);
         isRead = true;
     });
     if (!isRead && q931 != nullptr) readQ931Details(*q931, writer);

@@ -5,7 +5,7 @@
 namespace {
 
 /// Packets in parts are given up after this time; the oldest also if there are more of them.
-constexpr Time kLife = 30'000'000;
+constexpr Time kPacketLife = 30'000'000;
 constexpr size_t kMaxPackets = 4096;
 constexpr size_t kMaxOctets = 4 << 20;
 constexpr size_t kMaxPacket = 65535;
@@ -21,7 +21,7 @@ std::span<const uint8_t> Fragments::add(const Key& key, Arrival& arrival, size_t
         return {};
     }
     auto known = byKey_.find(key);
-    if (known != byKey_.end() && known->second->first + kLife < arrival.time) {
+    if (known != byKey_.end() && known->second->first + kPacketLife < arrival.time) {
         giveUp(known->second);
         known = byKey_.end();
     }

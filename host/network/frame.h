@@ -9,6 +9,9 @@
 /// Microseconds since 1970, UTC.
 using Time = int64_t;
 
+/// The octets of a frame that are captured at most: all of any known network.
+constexpr int kLongestFrame = 262144;
+
 /// Valid until the next is read.
 struct Frame {
     FrameId id = {};

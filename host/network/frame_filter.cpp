@@ -4,12 +4,6 @@
 
 #include <stdexcept>
 
-namespace {
-
-constexpr int kSnapLength = 262144;
-
-}  // namespace
-
 void FrameFilter::Free::operator()(bpf_program* program) const {
     pcap_freecode(program);
     delete program;
@@ -23,7 +17,7 @@ FrameFilter::~FrameFilter() = default;
 
 FrameFilter::Program FrameFilter::compile(unsigned linkType) {
     const std::unique_ptr<pcap_t, decltype(&pcap_close)> pcap(
-        pcap_open_dead(static_cast<int>(linkType), kSnapLength), pcap_close);
+        pcap_open_dead(static_cast<int>(linkType), kLongestFrame), pcap_close);
     Program program(new bpf_program{});
     if (pcap_compile(pcap.get(), program.get(), expression_.c_str(), 1, PCAP_NETMASK_UNKNOWN) == 0)
         return program;

@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int kSnapLength = 262144;
 constexpr int kTimeout = 100;  // milliseconds; so long after an interrupt it may take to end
 
 }  // namespace
@@ -24,7 +23,7 @@ LiveCapture::LiveCapture(const std::string& interface, const std::string& filter
     std::array<char, PCAP_ERRBUF_SIZE> error{};
     pcap_.reset(pcap_create(interface.c_str(), error.data()));
     if (!pcap_) throw BadCapture(error.data());
-    pcap_set_snaplen(pcap_.get(), kSnapLength);
+    pcap_set_snaplen(pcap_.get(), kLongestFrame);
     pcap_set_promisc(pcap_.get(), 1);
     pcap_set_timeout(pcap_.get(), kTimeout);
     pcap_set_immediate_mode(pcap_.get(), 1);

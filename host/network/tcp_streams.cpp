@@ -12,7 +12,7 @@ constexpr size_t kMaxUnwanted = 16384;
 
 /// A conversation without a segment for so long is given up. Signalling is silent while people
 /// talk.
-constexpr Time kLife = Time{24} * 3600 * 1'000'000;
+constexpr Time kConversationLife = Time{24} * 3600 * 1'000'000;
 
 /// A segment that is further away belongs to another conversation between the same ports.
 constexpr int32_t kMaxDistance = 1 << 24;
@@ -331,7 +331,8 @@ void TcpStreams::remove(Time time, Conversations::iterator at) {
 }
 
 void TcpStreams::limit(Time time) {
-    while (!read_.empty() && (read_.size() > kMaxRead || read_.front().last + kLife < time))
+    while (!read_.empty() &&
+           (read_.size() > kMaxRead || read_.front().last + kConversationLife < time))
         remove(time, read_.begin());
     while (unwanted_.size() > kMaxUnwanted) remove(time, unwanted_.begin());
 }

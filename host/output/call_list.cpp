@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t kLeastWide = 160;
+constexpr size_t kWideList = 160;
 constexpr size_t kGap = 2;
 constexpr size_t kNarrowIndent = 7;  // of the second line of a call
 
@@ -27,7 +27,7 @@ std::string dateText(Time time) {
 }  // namespace
 
 CallList::CallList(Writer& writer, const Screen& screen)
-    : writer_(writer), screen_(screen), isWide_(screen.width == 0 || screen.width >= kLeastWide) {
+    : writer_(writer), screen_(screen), isWide_(screen.width == 0 || screen.width >= kWideList) {
 }
 
 void CallList::message(const CapturedMessage& /*message*/, const MessageDetails& /*details*/,

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t kGap = 2;  // columns between things
+constexpr size_t kLadderGap = 2;  // columns between things
 
 constexpr size_t kGoodText = 40;   // columns for text before hosts lose their addresses
 constexpr size_t kLeastText = 24;  // and before there are no lanes
@@ -111,18 +111,18 @@ Ladder::Layout Ladder::layOut() const {
             layout.frameWidth = std::max(layout.frameWidth, std::to_string(step.frame).size());
         layout.timeWidth = std::max(layout.timeWidth, timeText(step.time).size());
     }
-    const size_t frames = layout.frameWidth > 0 ? layout.frameWidth + kGap : 0;
-    const size_t prefix = frames + layout.timeWidth + kGap;
+    const size_t frames = layout.frameWidth > 0 ? layout.frameWidth + kLadderGap : 0;
+    const size_t prefix = frames + layout.timeWidth + kLadderGap;
     size_t longest = 0;
     for (const Address& host : hosts_) longest = std::max(longest, toString(host).size());
     const size_t count = hosts_.size();
-    const size_t lanes = count * (longest + kGap);
+    const size_t lanes = count * (longest + kLadderGap);
     layout.hasAddresses =
         screen_.width > 0 ? prefix + lanes + kGoodText <= screen_.width : lanes <= kMostLanes;
     if (layout.hasAddresses) {
         layout.lane = prefix + longest / 2;
-        layout.pitch = longest + kGap;
-        layout.text = layout.lane + layout.pitch * (count - 1) + longest / 2 + kGap;
+        layout.pitch = longest + kLadderGap;
+        layout.text = layout.lane + layout.pitch * (count - 1) + longest / 2 + kLadderGap;
         return layout;
     }
     layout.lane = prefix;
@@ -133,7 +133,7 @@ Ladder::Layout Ladder::layOut() const {
         if (prefix + layout.pitch * count + kLeastText > screen_.width)
             layout.pitch = 0;  // "A -> B" instead
     }
-    layout.text = prefix + (layout.pitch > 0 ? layout.pitch * (count - 1) + 1 + kGap : 0);
+    layout.text = prefix + (layout.pitch > 0 ? layout.pitch * (count - 1) + 1 + kLadderGap : 0);
     return layout;
 }
 
@@ -179,7 +179,7 @@ void Ladder::drawHosts(const Layout& layout) {
 void Ladder::appendLanes(std::string& line, const Layout& layout, const Step* step) const {
     const size_t begin = layout.lane;
     if (layout.pitch == 0) return;
-    std::string lanes(layout.pitch * (hosts_.size() - 1) + 1 + kGap, ' ');
+    std::string lanes(layout.pitch * (hosts_.size() - 1) + 1 + kLadderGap, ' ');
     for (size_t i = 0; i < hosts_.size(); ++i) lanes[layout.pitch * i] = '|';
     line.append(begin - std::min(begin, line.size()), ' ');
     if (step == nullptr) {
@@ -210,10 +210,10 @@ void Ladder::drawStep(const Layout& layout, const Step& step) {
     std::string line;
     if (layout.frameWidth > 0) {
         appendRight(line, step.frame > 0 ? std::to_string(step.frame) : "", layout.frameWidth);
-        line.append(kGap, ' ');
+        line.append(kLadderGap, ' ');
     }
     appendRight(line, timeText(step.time), layout.timeWidth);
-    line.append(kGap, ' ');
+    line.append(kLadderGap, ' ');
     appendLanes(line, layout, &step);
 
     std::string words = step.text;
@@ -221,14 +221,15 @@ void Ladder::drawStep(const Layout& layout, const Step& step) {
     if (calls_.size() > 1 && step.call > 0) words += "  (call " + std::to_string(step.call) + ")";
     const Style style = step.isLoss || step.isRefused ? Style::kBad : styleOf(step.family);
     const bool hasRoom = screen_.width > layout.text;
-    const auto lines = wrapped(words, hasRoom ? screen_.width - layout.text - kGap : words.size());
+    const auto lines =
+        wrapped(words, hasRoom ? screen_.width - layout.text - kLadderGap : words.size());
     for (const std::string_view part : lines) {
         if (part.data() != lines.front().data()) {
             line += '\n';
             std::string lanes;
             appendLanes(lanes, layout, nullptr);
             line += lanes;
-            line.append(layout.pitch == 0 ? layout.text + kGap : kGap, ' ');
+            line.append(layout.pitch == 0 ? layout.text + kLadderGap : kLadderGap, ' ');
         }
         screen_.append(line, style, part);
     }

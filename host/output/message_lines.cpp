@@ -13,7 +13,7 @@ constexpr size_t kHexLines = 4;
 constexpr size_t kEndpointWidth = 21;
 constexpr size_t kFrameWidth = 6;
 constexpr size_t kFamilyWidth = 6;
-constexpr size_t kLeastWide = 120;  // columns of a terminal that has room for two endpoints
+constexpr size_t kWideLines = 120;  // columns of a terminal that has room for two endpoints
 constexpr size_t kIndent = 4;
 
 }  // namespace
@@ -21,7 +21,7 @@ constexpr size_t kIndent = 4;
 MessageLines::MessageLines(Writer& writer, const Screen& screen)
     : writer_(writer),
       screen_(screen),
-      isNarrow_(screen.width > 0 && screen.width < kLeastWide),
+      isNarrow_(screen.width > 0 && screen.width < kWideLines),
       left_(kMaxPairs) {
 }
 
