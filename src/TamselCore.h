@@ -77,7 +77,8 @@ class TamselDecoder {
     /// The status with its trail, for asnErrorText and asnLogErrorCb.
     const AsnErrorInfo& errors() const { return ctx_.errInfo; }
 
-    /// How many octets the message took, the last one included if only some of its bits were read.
+    /// How many octets the message took. The last one counts even if only some of its bits were
+    /// read.
     uint32_t octets() const { return static_cast<uint32_t>((bitPosition() + 7) / 8); }
 
     /// The bit of the message that would be read next; after a failure, the bit that the failing
@@ -100,7 +101,7 @@ class TamselDecoder {
     }
 
     /// Prints the message, if it decoded. The sink must not throw. With `escaped`, for a terminal,
-    /// the control characters of character strings are escaped (print.h).
+    /// everything in character strings that is not printable ASCII is escaped (print.h).
     void print(AsnDumpSink sink, bool escaped = false) const;
 
     /// The dump as text in memory of the decoder; empty if the message did not decode.

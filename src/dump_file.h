@@ -12,7 +12,8 @@ class DumpFile {
     /// Writes to the file. Text that a full disk cannot hold is lost.
     AsnDumpSink sink();
 
-    /// Completes and closes it. On Windows standard output is then reopened on the console.
+    /// Completes and closes it. On Windows standard output is then reopened on the console, or on
+    /// the null device if there is no console.
     void close();
 
   private:

@@ -18,9 +18,9 @@
 //                              components; `extElem1`, the additions as octets, if the type is
 //                              extensible and knows none
 //   CHOICE                     struct: the tag `t`, 1 for the first alternative; the union `u`, if
-//                              any alternative has a value: integers and text inline, all else by
-//                              pointer; `extElem1`, an unknown alternative as octets, if the type
-//                              is extensible and knows none
+//                              any alternative has a value: INTEGER, ENUMERATED and 8-bit strings
+//                              as above, all others by pointer; `extElem1`, an unknown alternative
+//                              as octets, if the type is extensible and knows none
 //   SEQUENCE OF                struct { uint32_t n; element* elem; }
 //
 // In a set that is decoded as published, these differ:

@@ -14,7 +14,7 @@ struct AsnAlphabet {
     uint32_t size;
     uint32_t unalignedBits;  // bits per character without a permitted alphabet
     uint32_t alignedBits;
-    bool indexed;  // without a permitted alphabet, all of it is permitted
+    bool indexed;  // without a permitted alphabet, characters are sent as indexes
 };
 
 /// A character set as one string uses it.
@@ -49,7 +49,7 @@ inline constexpr AsnAlphabet kAsnPrintableString = asnAlphabet(
 inline constexpr AsnAlphabet kAsnVisibleString = asnCodeAlphabet(0x7E, 0, 0x1F);
 /// Ends at 0x5F. Without a permitted alphabet codes up to 0x7F are accepted all the same.
 inline constexpr AsnAlphabet kAsnIA5String = asnCodeAlphabet(0x5F, 0x100, 0x100);
-/// The whole of it (T.50): for sets that are decoded as published.
+/// All 128 characters (T.50): for sets that are decoded as published.
 inline constexpr AsnAlphabet kAsnIA5StringOf128 = asnCodeAlphabet(0x7F, 0x100, 0x100);
 inline constexpr AsnAlphabet kAsnGeneralString = asnCodeAlphabet(0xFF, 0x88, 0x8F);
 inline constexpr AsnAlphabet kAsn86CharString = asnAlphabet(
@@ -59,8 +59,8 @@ static_assert(kAsnPrintableString.size == 74 && kAsnVisibleString.size == 95 &&
               kAsnIA5String.size == 96 && kAsnGeneralString.size == 248 &&
               kAsn86CharString.size == 86);
 
-/// Bits per character of a permitted alphabet in the UNALIGNED variant: those of the number of
-/// characters itself, not of the largest index, so 16 characters take 5. None take 8.
+/// Bits per character of a permitted alphabet in the UNALIGNED variant: as many as the number of
+/// characters itself takes, not the largest index, so 16 characters take 5. An empty one takes 8.
 constexpr uint32_t asnCharacterBits(uint32_t count) {
     return count != 0 ? asnBitCount(count) : 8;
 }

@@ -245,7 +245,7 @@ void* asnAllocCleared(AsnContext& ctx, size_t count, size_t size);
 void* asnAllocRecords(AsnContext& ctx, size_t count, size_t size, const AsnSpan* uncleared,
                       size_t spans);
 
-/// The elements of a list; also a count of 0 gives an address. Null if memory is exhausted, which
+/// The elements of a list; a count of 0 gives an address, too. Null if memory is exhausted, which
 /// the caller logs.
 template <class T, bool Tracing, AsnRules rules>
 T* asnNewElements(AsnReader<Tracing, rules> in, uint32_t count) {

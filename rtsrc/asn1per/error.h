@@ -12,14 +12,14 @@ constexpr AsnStatus kAsnOk = 0;
 constexpr AsnStatus kAsnFragment = 2;          // a length of a multiple of 16384, more follows
 constexpr AsnStatus kAsnEndOfData = -2;        // fewer bits left than wanted
 constexpr AsnStatus kAsnInvalidObjectId = -4;  // more than 128 arcs
-constexpr AsnStatus kAsnInvalidLength = -5;    // contents cut within a value, or a fragmented count
+constexpr AsnStatus kAsnInvalidLength = -5;    // contents that end within a value; a wrong length
 constexpr AsnStatus kAsnInvalidChoice = -11;   // index that names no known alternative
 constexpr AsnStatus kAsnNoMemory = -12;        // memory could not be allocated
 constexpr AsnStatus kAsnInvalidReal = -16;     // contents that X.690 8.5 does not allow
 constexpr AsnStatus kAsnTooLong = -17;         // string longer than its fixed buffer
 constexpr AsnStatus kAsnTooDeep = -22;         // nesting beyond the limit
-constexpr AsnStatus kAsnConstraint = -23;      // size, alphabet or item not allowed
-constexpr AsnStatus kAsnRange = -24;           // lower bound above upper, or above 64 bits
+constexpr AsnStatus kAsnConstraint = -23;      // a size, character or item that is not allowed
+constexpr AsnStatus kAsnRange = -24;           // lower bound above upper; more than 64 bits
 
 struct AsnTrailEntry {
     const char* module;  // constant text: "rtsrc/asn1per", or the generated module

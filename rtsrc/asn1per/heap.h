@@ -26,14 +26,14 @@ struct AsnMemHeap {
     AsnMemBlock* newest;
     AsnMemBlock* filled;     // the newest standard block; oversized blocks are always full
     uint32_t filledPayload;  // payload octets of that block
-    /// No older block has more room than this. Without the bound, each new block of a large message
-    /// would search the whole chain without success, and decoding would be quadratic.
+    /// No older block has more room than this. Without the bound, the whole chain would be searched
+    /// without success for each new block of a large message, and decoding would be quadratic.
     uint32_t olderRoom;
     const AsnMemBlock* lent;  // an AsnMemFirstBlock, which the heap does not free, or null
 };
 
-/// Puts the caller's block into an empty heap, whose first it then is: most messages need no other.
-/// It must outlive the heap, and is not freed with it.
+/// Makes the caller's block the first one of an empty heap. Most messages need no other block. It
+/// must outlive the heap, and is not freed with it.
 inline void asnMemLend(AsnMemHeap& heap, AsnMemFirstBlock& first) {
     first.block = {nullptr, 0};
     heap.newest = &first.block;

@@ -36,8 +36,8 @@ template <bool Tracing, AsnRules rules>
     return asnNumberOctets<true>(in, value);
 }
 
-/// INTEGER (lower..MAX): the distance from the lower bound, a 32-bit number, in octets without a
-/// sign. Returns 0, -2, -5 or -24.
+/// INTEGER (lower..MAX): the distance from the lower bound, in octets without a sign. The bound has
+/// 32 bits. Returns 0, -2, -5 or -24.
 template <bool Tracing, AsnRules rules>
 [[nodiscard]] AsnStatus asnSemiConsInteger(AsnReader<Tracing, rules> in, int64_t* value,
                                            int64_t lower) {

@@ -1,9 +1,9 @@
 // The primitive value printers.
 //
-// Each comes in two forms: with the path as text it prints to standard output, as a host calls it;
-// with a dump it adds to that dump under its current path, as generated printers do. Both give the
-// same octets. None of them checks its input or reports anything. `separator` is between path
-// and member name; every caller passes ".".
+// Each has two forms: with the path as text, for hosts, it prints to standard output; with a dump,
+// for generated printers, it adds to that dump under its current path. Both give the same octets.
+// None of them checks its input or reports anything. `separator` is between path and member name;
+// every caller passes ".".
 #pragma once
 
 #include "dump.h"
@@ -12,14 +12,14 @@
 #include "published.h"
 #include "strings.h"
 
-// Character strings come out octet for octet, unless the dump is `escaped`, for a terminal: then
+// Character strings are printed octet for octet, unless the dump is `escaped`, for a terminal: then
 // what is not printable ASCII becomes \xNN, and a backslash becomes two.
 void asnPrintBoolean(AsnDump& dump, uint8_t value);      // path = TRUE
 void asnPrintInteger(AsnDump& dump, int32_t value);      // path = -1
 void asnPrintUnsigned(AsnDump& dump, uint32_t value);    // path = 4294967295
 void asnPrintCharStr(AsnDump& dump, const char* text);   // path = 'text'
 void asnPrintReal(AsnDump& dump, double value);          // path = 0.500000
-void asnPrintOID(AsnDump& dump, const AsnObjId& value);  // path = { / 0 0 8 }
+void asnPrintOID(AsnDump& dump, const AsnObjId& value);  // two lines: path = {, and 0 0 8 }
 void asnPrintOIDValue(AsnDump& dump, const AsnObjId& value);
 
 void asnPrintLongInteger(AsnDump& dump, int64_t value);  // path = -1

@@ -58,8 +58,8 @@ template <class Flags, bool Tracing>
     return status == kAsnOk ? asnReadPresenceBits(in, m, count) : status;
 }
 
-/// Memory for an addition that is entered, and for all that may follow it. Null if it is exhausted,
-/// or, with another status, if the data that the bitmap announces is not there.
+/// Memory for an addition that is entered, and for all that may follow it. Null if memory is
+/// exhausted, or, with status -2, if the data that the bitmap announces is not there.
 template <bool Tracing>
 [[nodiscard, gnu::noinline]] AsnUnknownAddition* asnNewAdditions(AsnPublishedReader<Tracing> in,
                                                                  const AsnAdditions& additions,

@@ -3,9 +3,9 @@
 // failures; the tracing one also writes diagnostics and the bit-field trace. Which of them runs is
 // decided once, when a function that takes a context is called.
 //
-// Both exist for two sets of rules. Which rules hold is a property of a set of modules, and known
-// when its decoders are compiled: a rule that is the same in both costs nothing, and one that
-// differs asks the reader.
+// Both exist for two sets of rules. The rules are a property of a set of modules, and known when
+// its decoders are compiled: a rule that is the same in both costs nothing, and a rule that differs
+// asks the reader.
 #pragma once
 
 #include "context.h"
