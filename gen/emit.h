@@ -1,5 +1,5 @@
-// Writes one resolved module as C++. Each function fills templates; what it fills in is decided by
-// the model and the table of kinds.
+// Writes one resolved module as C++. Each function fills templates; the model and the table of
+// kinds decide what is filled in.
 #pragma once
 
 #include <string>
@@ -53,7 +53,7 @@ std::string readCall(const Type& type, const Where& where);
 std::string printCall(const Type& type, const Where& where);
 /// The size constraint to register before a read call, or nothing.
 std::string sizeToSet(const Type& type);
-/// The same for the call of the kind, also if the type has a decoder: that makes it.
+/// The same, but always the call of the kind, even if the type has a decoder: for that decoder.
 std::string kindReadCall(const Type& type, const Where& where);
 std::string kindSizeToSet(const Type& type);
 /// "{8, 7}": an AsnElementBits.

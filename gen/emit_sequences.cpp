@@ -13,8 +13,8 @@ Where component(const Member& member) {
     return where;
 }
 
-/// The extension bit and the presence bits. As designed, none of them is missed at the end of the
-/// data; otherwise their status is checked.
+/// The extension bit and the presence bits as published, with a status that is checked. (As
+/// designed, bits that are missing at the end of the data count as 0.)
 std::string checkedPreamble(const Type& type, const std::string& flags) {
     const bool hasFlags = flags != "0" || !type.additions.empty();
     if (!hasFlags && !type.extensible) return "";

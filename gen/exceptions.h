@@ -1,5 +1,5 @@
-// Everything that deviates from the notation, in one place. If the module of
-// a row is read, the row must match something in it; otherwise it is refused.
+// All deviations from the notation. If the module of a row is read, the row must match something in
+// it; otherwise that is reported as a mistake.
 #pragma once
 
 #include <string_view>

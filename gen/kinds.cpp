@@ -282,7 +282,7 @@ constexpr std::array<KindRow, kKindCount> kKinds = {{
      .text = kOtherName},
 }};
 
-/// A kind that is forgotten does not compile; nor does one out of order, or without its calls.
+/// If a kind has no row, is out of order, or lacks its calls, the table does not compile.
 constexpr bool areComplete() {
     for (size_t i = 0; i < kKinds.size(); ++i) {
         const KindRow& row = kKinds[i];

@@ -14,7 +14,7 @@ enum class Kind : uint8_t {
     null,
     boolean,
     integer,
-    unsignedInteger,    // a range above 2147483647
+    unsignedInteger,    // an upper bound above 2147483647
     extensibleInteger,  // a range with an extension marker
     extensibleLongInteger,
     lowerBoundedInteger,  // up to MAX
@@ -32,7 +32,7 @@ enum class Kind : uint8_t {
     printableString,
     visibleString,
     ia5String,
-    ia5StringOf128,  // its alphabet is the whole of it
+    ia5StringOf128,  // its alphabet has all 128 characters
     generalString,
     octetText,  // a GeneralString carried as octets
     bmpString,
@@ -55,7 +55,7 @@ constexpr uint64_t kEndless = UINT64_MAX;
 struct KindText {
     std::string (*structure)(const Type&);
     std::string (*decode)(const Type&);  // its decoder, and functions that it calls
-    std::string (*dump)(const Type&);    // what its printer does
+    std::string (*dump)(const Type&);    // the body of its printer
 };
 
 /// What the generator knows of one kind. Calls are templates (template.h); they may use
@@ -66,9 +66,9 @@ struct KindText {
 ///   $size            its size constraint: a constant; a call without it finds it registered
 struct KindRow {
     Kind kind{};
-    std::string_view notation{};  // as it begins: "OCTET STRING"
-    /// Which of the kinds with the same notation a type is: the first that fits, or else the one
-    /// with null here.
+    std::string_view notation{};  // what a type begins with: "OCTET STRING"
+    /// Several kinds may have the same notation: a type is of the first kind that fits, or else of
+    /// the kind with null here.
     bool (*fits)(const TypeNotation&) = nullptr;
     bool asPublished = false;  // only in sets that are decoded as published; preferred there
 
@@ -77,12 +77,12 @@ struct KindRow {
     bool inUnion = false;        // held in the union of a CHOICE; other values are pointed to
     bool takesSize = false;
     bool takesMembers = false;
-    bool keepsUnknown = false;     // after a marker without additions, in extElem1
+    bool keepsUnknown = false;     // has extElem1 if no addition follows its marker
     bool pointsToMembers = false;  // a pointer leads to its members
-    int64_t (*octetsInline)(int64_t size) = nullptr;  // that its structure holds, by the upper SIZE
+    int64_t (*octetsInline)(int64_t size) = nullptr;  // in its structure, by the upper SIZE
     int64_t lowest = 0, highest = -1;                 // values of an INTEGER
     const AsnAlphabet* alphabet = nullptr;            // that FROM selects from
-    std::string_view alphabetName{};                  // with "Set" appended, the set of all of it
+    std::string_view alphabetName{};  // of a constant; that of its set ends in "Set"
 
     std::string_view read{};   // a call that returns a status
     std::string_view print{};  // a call

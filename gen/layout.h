@@ -4,6 +4,6 @@
 #include <string>
 #include <string_view>
 
-/// Source as clang-format would leave it, if its lines have their margins: lines of more than 100
-/// columns are wrapped, comments after consecutive lines are aligned.
+/// Formats source whose lines are indented already, as clang-format would: wraps lines of more than
+/// 100 columns, and aligns the comments after consecutive lines.
 std::string layOut(std::string_view source);

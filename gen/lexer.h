@@ -10,6 +10,6 @@ struct Token {
     int line = 0;
 };
 
-/// Splits a module into tokens, comments left out. The last one is `Token::end`. A character that
-/// begins no token becomes a sign, which the parser refuses.
+/// Splits a module into tokens, without the comments. The last one is `Token::end`. A character
+/// that begins no token becomes a sign, which the parser refuses.
 std::vector<Token> tokenize(const std::string& text);

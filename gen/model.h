@@ -31,7 +31,7 @@ struct Type {
     bool hasFunctions = false;  // Decode and Print of its own
     bool extensible = false;
     bool keepsUnknown = false;  // has extElem1
-    bool published = false;     // decoded as X.691 has it
+    bool published = false;     // decoded by X.691
     bool recursive = false;     // nests in itself: its decoder counts the levels
     int line = 0;
     /// The structure, or for a type without functions of its own the C++ type that holds a value.
@@ -43,14 +43,14 @@ struct Type {
     std::vector<Member> root;
     std::vector<Member> additions;
     Type* element = nullptr;  // of a list
-    Type* target = nullptr;   // of another name
+    Type* target = nullptr;   // what another name refers to
 
     std::optional<Bounds> range;
     std::optional<Bounds> size;
     std::string sizeName;      // the constant "kH245Size1To4", or empty
     std::string alphabetName;  // the constant "kH245Alphabet1", or empty
     uint32_t capacity = 0;     // octets held in its structure
-    int trailLine = 0;         // of its one logging site; 0 if it has none
+    int trailLine = 0;         // of the one place where its decoder logs; 0 if there is none
     LeastBits characterBits;   // of one character of a string
     LeastBits least;
     std::vector<InlineOctets> uncleared;
@@ -83,7 +83,7 @@ struct AlphabetConstant {
 /// Modules that are read together, and what holds for all of them.
 struct ModuleSet {
     std::string space;       // the namespace of all that is written; empty: none
-    bool published = false;  // decoded as X.691 has it, without any deviation
+    bool published = false;  // decoded by X.691, without any deviation
 };
 
 struct Module {
@@ -101,7 +101,7 @@ struct Module {
 };
 
 struct Model {
-    std::deque<Type> types;  // addresses stay
+    std::deque<Type> types;  // their addresses must not change
     std::deque<Module> modules;
 };
 

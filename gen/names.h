@@ -9,10 +9,10 @@ std::string fileStem(const std::string& file);
 std::string modulePrefix(const std::string& stem);
 /// "H225" and "RAS-Message" as H225RAS_Message.
 std::string typeName(const std::string& prefix, const std::string& name);
-/// The name of a type inside another one, after its place.
+/// The name of a type inside another one, made from its place.
 std::string innerTypeName(const std::string& outer, const std::string& name);
 std::string memberName(const std::string& name);
-/// Whether all records share the member name for something else.
+/// Whether records have a member of this name that is no component, such as "m".
 bool isSharedMember(const std::string& cppName);
 
 /// Refuses files and modules whose generated names would collide.

@@ -118,7 +118,7 @@ void checkOtherNames(Model& model, Errors& errors) {
                 other = other->target;
             if (other == nullptr || other != type) continue;
             errors.add(module.source, other->line, other->path, "the type contains itself");
-            type->target = nullptr;  // the others are found as if it were one of its own
+            type->target = nullptr;  // so that a circle of names is reported once
         }
 }
 

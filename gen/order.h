@@ -9,9 +9,9 @@ void checkOtherNames(Model& model, Errors& errors);
 /// Refuses modules that import from each other.
 void checkImportOrder(const Model& model, Errors& errors);
 
-/// Puts each type after those that it uses, as C++ requires, and finds recursion: it is fine
-/// through a pointer, otherwise the type would hold itself.
+/// Puts each type after those that it uses, as C++ requires, and finds recursion. A type may
+/// contain itself through a pointer; any other recursion is refused.
 void orderTypes(Module& module, Errors& errors);
 
-/// Gives each type whose decoder logs a line of its own, growing with the order of the types.
+/// Gives each type whose decoder logs a trail line of its own, in the order of the types.
 void numberTrailLines(Module& module, Errors& errors);

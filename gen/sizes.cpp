@@ -10,13 +10,13 @@ namespace {
 /// record that may hold one would be larger than any message.
 constexpr int64_t kMostInlineOctets = 65535;
 
-/// Inline octets from this size on are worth a span of their own in the clearing of a record.
+/// A string with room for so many inline octets, or more, is not cleared with its record.
 constexpr uint64_t kWorthSkipping = 1024;
 
 /// From here on a number of bits does not grow: no message has as many.
 constexpr uint64_t kManyBits = uint64_t{1} << 40;
 
-/// A normally small number that is small.
+/// The short form of a normally small number (X.691 10.6).
 constexpr uint64_t kSmallNumberBits = 7;
 
 /// An open type of no octets, after the index of an extension alternative.
@@ -143,7 +143,7 @@ LeastBits exactly(uint64_t bits) {
 
 LeastBits rangeBits(const Type& type) {
     const auto last = static_cast<uint64_t>(type.range->upper - type.range->lower);
-    // As designed, the number of all signed values does not fit 32 bits: they are read as they are.
+    // As designed, the range of all signed values takes 32 bits: its size does not fit a number.
     if (last == UINT32_MAX && type.range->lower < 0 && !type.published) return exactly(32);
     return wholeNumberBits(last);
 }

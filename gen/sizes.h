@@ -13,11 +13,11 @@ void checkConstraints(Kind kind, const TypeNotation& notation,
 /// The spans of a record that need no clearing, those of inline records included.
 std::vector<InlineOctets> unclearedSpans(const Type& type);
 
-/// Fills in `least` of all types. Refuses lists whose elements take no bits: the data would not
-/// bound their counts; and types each of whose values would hold another one.
+/// Fills in `least` of all types. Refuses lists whose elements take no bits, because the data would
+/// not bound their counts; and types that have no finite value.
 void measure(Model& model, Errors& errors);
 
-// The bits of each kind, as X.691 (07/2002) and the readers of the run-time have them.
+// The fewest bits of each kind, by X.691 (07/2002) and the readers of the run-time.
 LeastBits exactly(uint64_t bits);
 LeastBits rangeBits(const Type& type);            // INTEGER with bounds
 LeastBits extensibleRangeBits(const Type& type);  // with a marker after them

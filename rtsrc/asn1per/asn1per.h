@@ -42,9 +42,9 @@
 // was copied, the element heap. The tree must not outlive the context or the caller's input.
 //
 // Values: records in the element heap start zeroed, so an absent component is zero, and so is the
-// tag of a choice with an unknown alternative. Inline octets of 1024 or more are not cleared beyond
-// their count. A tree is complete only if its decoder returned 0; discard it after any other
-// status.
+// tag of a choice with an unknown alternative, except in a set that is decoded as published. Inline
+// octets of 1024 or more are not cleared beyond their count. A tree is complete only if its decoder
+// returned 0; discard it after any other status.
 #pragma once
 
 #include "constructs.h"
