@@ -1,4 +1,4 @@
-// The calls of a capture: memory that is bounded, and what cannot be seen in a list.
+// The calls of a capture: bounded memory, and cases that no capture of the suite has.
 #include <gtest/gtest.h>
 
 #include "call_book.h"
@@ -61,7 +61,7 @@ TEST(CallBook, LossesBelongToTheCallOfTheStream) {
     EXPECT_EQ(book.calls()[0].losses, 2U);
 }
 
-TEST(CallBook, LossesOfAForgottenCallAreOfNoCall) {
+TEST(CallBook, LossesOfAForgottenCallBelongToNoCall) {
     CallBook book(1);
     const MessageDetails details;
     book.note(messageOf(1, "setup"), details);

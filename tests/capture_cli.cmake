@@ -1,8 +1,9 @@
-# cmake -DCAPTURE=program -DDATA=... -DCAPTURES=... -DOUT=... -P capture_cli.cmake: tamsel-capture as a
-# user meets it.
+# cmake -DCAPTURE=program -DDATA=... -DCAPTURES=... -DOUT=... -P capture_cli.cmake: runs tamsel-capture as
+# a user does.
 include(${CMAKE_CURRENT_LIST_DIR}/capture_run.cmake)
 
-# All messages, with the summary: of the sample, and of each condition in wire.md.
+# All messages and the summary, of the sample and of the captures in wire.md: NAME.pcap=STATUS, compared
+# with NAME.txt.
 foreach(golden call.pcap=0 resync.pcap=0 several.pcap=0 ports.pcap=0 foreign.pcap=0
         early.pcap=0 shared.pcap=0 reused.pcap=0 refused.pcap=1 around.pcap=0 hostile.pcap=0
         tunnels.pcapng=1 interfaces.pcapng=0)
@@ -13,7 +14,7 @@ foreach(golden call.pcap=0 resync.pcap=0 several.pcap=0 ports.pcap=0 foreign.pca
     expect("${name}" "${stdout}${stderr}" "${ladder}")
 endforeach()
 
-# The alerting of odd.pcap is one of the set of 1998, and tunnels what is no H.245.
+# The alerting in odd.pcap is encoded with the set of 1998, and tunnels octets that are not H.245.
 run(1 --modules 1998 --list odd.pcap)
 file(READ ${CAPTURES}/odd.txt ladder)
 expect("odd" "${stdout}${stderr}" "${ladder}")
@@ -31,7 +32,7 @@ if(NOT stderr MATCHES "which this build does not read")
     expect("zstd" "${stdout}${stderr}" "${ladder}")
 endif()
 
-# A call among others: its messages, and the remarks about its streams.
+# One call of several: its messages, and the remarks about its streams.
 run(0 --list --call 02020202 shared.pcap)
 string(REGEX MATCHALL "call [0-9a-f]+" calls "${stdout}")
 expect("--call" "${calls}" "call 02020202;call 02020202")
@@ -48,8 +49,8 @@ expect_part("--port" "${stdout}" "10.0.0.1:3004 ---> 10.0.0.3:3005          h245
 run(2 --port 1730 call.pcap)
 expect_part("--port" "${stderr}" "--port 1730: not as in 1730=ui")
 
-# One call, in two captures cut within a TPKT, is one ladder.
-# Frames count in each.
+# A call in two captures, which are cut within a TPKT, gives the same list. Frames are counted in each
+# capture.
 file(READ ${CAPTURES}/call.txt ladder)
 run(0 --list first.pcap second.pcap)
 string(REGEX REPLACE "(^|\n) *[0-9]+  12:" "\\112:" numberless "${ladder}")
@@ -67,7 +68,8 @@ run(0 --list six.pcapng)
 expect_part("IPv6" "${stdout}" "[2001:db8::1]:3010 ---> [2001:db8::2]:1720     ui    callProceeding")
 expect_part("IPv6" "${stdout}" "[2001:db8::1]:3011 ---> [2001:db8::2]:1719     ras   infoRequest")
 
-# Frames as Wireshark counts them: of the messages in fragments, and after a block that is an event.
+# Frames are counted as Wireshark counts them: those of messages in fragments, and those after a block
+# that is an event.
 foreach(file interfaces.pcapng=2,4,5,6,7,8,9 odd.pcap=6,8,10,12,12,12,14,21,19,24,26,30,37,42,44)
     string(REGEX MATCH "^(.*)=(.*)$" file ${file})
     set(wanted "${CMAKE_MATCH_2}")
@@ -78,8 +80,8 @@ foreach(file interfaces.pcapng=2,4,5,6,7,8,9 odd.pcap=6,8,10,12,12,12,14,21,19,2
     expect("frames of ${name}" "${frames}" "${wanted},")
 endforeach()
 
-# One file for each message. As the exports decode them, those of the sample that are test data as they are have
-# their dumps.
+# One file for each message. With the modules of 1998, messages of the sample that are also in tests/data have
+# the dumps that are there.
 run(0 --modules 1998 -o ${OUT}/files call.pcap)
 expect("-o" "${stdout}" "")
 file(READ ${CAPTURES}/call.tsv index)
@@ -145,7 +147,7 @@ expect("--call of another: no messages and no remarks" "${stdout}" "")
 expect_part("--call of another" "${stderr}" "no message of call c1")
 run(0 --list --call c0fe call.pcap)
 
-# Which call failed, and why; the diagrams of some calls; what terminals show.
+# The list of calls; the diagrams of some calls; the output on terminals.
 foreach(golden calls=calls.pcap calls-1=calls.pcap,1 calls-5=calls.pcap,0505 ten=ten.pcap,1
         resync-call=resync.pcap,1)
     string(REGEX MATCH "^(.*)=(.*)$" golden ${golden})
@@ -166,7 +168,7 @@ foreach(width 80 200)
     expect("terminal of ${width} columns" "${stdout}" "${view}")
 endforeach()
 
-# Hostile text of the wire never gets to a terminal as it is, nor into a pipe.
+# Hostile text is never written unescaped, neither to a terminal nor into a pipe.
 foreach(arguments hostile.pcap hostile.pcap,1 --list,hostile.pcap)
     string(REPLACE "," ";" arguments ${arguments})
     run(0 ${arguments})
@@ -175,7 +177,7 @@ foreach(arguments hostile.pcap hostile.pcap,1 --list,hostile.pcap)
     expect_part("escaped: ${arguments}" "${stdout}" "\\x1b[31m")
 endforeach()
 
-# Help is one screen.
+# The help fits on one screen.
 run(0 --help)
 string(REPEAT "[^\n]" 81 wide)
 string(REGEX MATCHALL "\n" lines "${stdout}")
@@ -184,7 +186,7 @@ if(count GREATER 42 OR stdout MATCHES "${wide}")
     message(SEND_ERROR "--help: ${count} lines\n${stdout}")
 endif()
 
-# One call of several, in each form.
+# One call of several, in each view.
 run(0 --dump calls.pcap 4)
 string(REGEX MATCHALL "==> [^\n]*" headings "${stdout}")
 string(REGEX REPLACE "==> [^;]* ras ([a-zA-Z]*)[^;]*" "\\1" headings "${headings}")
@@ -202,7 +204,7 @@ expect_part("two calls" "${stderr}" "2: another call, or no such file")
 run(2 1)
 expect_part("no file" "${stderr}" "FILE is required")
 
-# What cannot be read is reported; what was read before is kept.
+# Files that cannot be read are reported; what was read before is written.
 run(2 --list cut.pcap)
 expect_part("cut" "${stderr}" "tamsel-capture: cut.pcap: truncated dump file")
 expect_part("cut" "${stdout}" "ras   admissionConfirm at 17.2.0.122:1720 256 kbit/s  (call c0fef93e)\n")
@@ -227,7 +229,7 @@ file(GLOB found RELATIVE ${OUT}/files ${OUT}/files/*)
 list(SORT found)
 expect("a full folder" "${found}" "${names}")
 
-# A writer that fails: of a file, of the index, of standard output.
+# Failures of writing: a file, the index, standard output.
 foreach(limit 0 1)
     execute_process(COMMAND bash -c
         "trap '' XFSZ && ulimit -f ${limit} && exec ${CAPTURE} -o ${OUT}/full-${limit} call.pcap"

@@ -1,8 +1,8 @@
-# cmake -DCAPTURE=program -DCAPTURES=... -DOUT=... -P capture_select.cmake: which messages tamsel-capture
-# shows, the frames that it writes, and input that does not end.
+# cmake -DCAPTURE=program -DCAPTURES=... -DOUT=... -P capture_select.cmake: the messages that
+# tamsel-capture shows, the frames that it writes, and input that does not end.
 include(${CMAKE_CURRENT_LIST_DIR}/capture_run.cmake)
 
-# Of the sample's messages, how many each selection has: RAS, call signalling and H.245.
+# How many messages of the sample each selection has: RAS, call signalling and H.245.
 foreach(row
         "--host=17.2.0.1=4,0,0"
         "--host=17.2.0.1,::1=4,0,0"
@@ -68,7 +68,8 @@ expect("-w over its input" ${after} ${before})
 run(2 -w /dev/full call.pcap)
 expect_match("-w" "${stderr}" "/dev/full: writing failed")
 
-# A pipe that stays open: its lines are there before it is closed, and a signal ends it with the summary.
+# A pipe that stays open: lines are written before it is closed, and a signal ends the program with the
+# summary.
 file(WRITE ${OUT}/live.sh [=[
 capture=$1 file=$2 out=$3
 mkfifo $out/pipe

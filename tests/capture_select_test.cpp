@@ -15,7 +15,7 @@
 
 namespace {
 
-TEST(Selection, Moments) {
+TEST(Selection, FormsOfTimes) {
     constexpr Time kSecond = 1000000;
     const struct {
         const char* text;
@@ -106,13 +106,13 @@ TEST(Stats, ResponseTimesOfRas) {
         say(0, "admissionRequest", 1, false);
         say(5, "admissionConfirm", 2, true);  // of another request
         say(7, "requestInProgress", 1, true);
-        say(10, "admissionRequest", 1, false);  // again
+        say(10, "admissionRequest", 1, false);  // repeated
         say(40, "admissionReject", 1, true);
-        say(50, "admissionReject", 1, true);     // again: no second answer
+        say(50, "admissionReject", 1, true);     // repeated: not a second answer
         say(100, "admissionRequest", 1, false);  // the number is used again
         say(101, "admissionConfirm", 1, true);
         say(200, "admissionRequest", 3, false);
-        say(300, "disengageRequest", 3, false);  // in its place
+        say(300, "disengageRequest", 3, false);  // another request with the same number
         say(302, "disengageConfirm", 3, true);
         stats.end(CallBook());
         writer.finish();

@@ -1,5 +1,5 @@
-# A host with a console: its text comes out before and after a call. The console writes escape
-# sequences, and moves the cursor instead of writing blanks.
+# A host with a console: the text that it prints before and after a call appears. The console writes
+# escape sequences, and moves the cursor instead of writing blanks.
 execute_process(COMMAND ${CONSOLE} ${HOST} ${DATA} --console h245-terminalCapabilitySet
     RESULT_VARIABLE result OUTPUT_VARIABLE drawn ERROR_VARIABLE ignored)
 string(ASCII 27 escape)

@@ -102,7 +102,7 @@ TEST(Context, ForkIsASecondCursor) {
     asnFreeContext(fork);
 }
 
-TEST(Errors, FirstStatusAndEightSites) {
+TEST(Errors, KeepTheFirstStatusAndEightSites) {
     Decoding decoding({0});
     AsnErrorInfo& info = decoding.ctx.errInfo;
     for (int line = 1; line <= 10; ++line) asnLogError(info, -1 - line, "H245", line);

@@ -179,7 +179,7 @@ TEST(Core, ALongText) {
 }
 
 TEST(Core, AMessageMayBeTooLong) {
-    const uint8_t octet = 0;  // no other is read
+    const uint8_t octet = 0;  // no octet after it is read
     TamselDecoder decoder;
     EXPECT_EQ(decoder.decode(kTamsel1998.ras, {&octet, TamselDecoder::kMaxOctets + 1}, true),
               kAsnTooLong);

@@ -1,5 +1,5 @@
-# cmake -DDUMP=program;with;launcher -DDATA=... -DGOLDEN=... -DOUT=... -P dump_cli.cmake: tamsel-dump
-# as a user meets it.
+# cmake -DDUMP=program;with;launcher -DDATA=... -DGOLDEN=... -DOUT=... -P dump_cli.cmake: runs
+# tamsel-dump as a user does.
 cmake_minimum_required(VERSION 3.25)
 file(REMOVE_RECURSE ${OUT})
 file(MAKE_DIRECTORY ${OUT})
@@ -31,7 +31,7 @@ function(run input arguments)
     return(PROPAGATE result stdout stderr)
 endfunction()
 
-# check(ARGS status stdout [LINE...]): the lines, each "tamsel-dump: " and LINE, are all of stderr.
+# check(ARGS status stdout [LINE...]): standard error has these lines only, each after "tamsel-dump: ".
 function(check arguments status output)
     run(${DATA}/${name}.hex "${arguments}")
     set(errors "")
@@ -102,7 +102,7 @@ if(NOT result EQUAL 2 OR NOT stderr MATCHES "x245")
     message(SEND_ERROR "unknown family: exit ${result}\n${stderr}")
 endif()
 
-# -o: replaced by a dump, left unchanged without one. Lines end as on the system.
+# -o: a dump replaces the file; without a dump it is left unchanged. Lines end as on the system.
 set(textFile "${dump}")
 if("${DUMP}" MATCHES "\\.exe$")
     string(REPLACE "\n" "\r\n" textFile "${dump}")

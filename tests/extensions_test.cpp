@@ -2,7 +2,7 @@
 
 #include "H235.h"
 #include "H245.h"
-#include "H245Decode.h"  // beside ZooDecode.h: the constants of two modules do not meet
+#include "H245Decode.h"  // with ZooDecode.h: the names of two modules' constants do not collide
 #include "H323.h"
 #include "ZooDecode.h"
 #include "messages.h"
@@ -11,7 +11,7 @@
 namespace {
 
 TEST(Trail, OfEachConstruct) {
-    // None of a decoder's own steps is logged; what a primitive logs is.
+    // The steps of a decoder are not logged; those of a primitive are.
     const char* const message = "H245MultimediaSystemControlMessage";
     const char* const unregistration = "H225UnregistrationConfirm";
     const struct {

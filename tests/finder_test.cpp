@@ -69,7 +69,8 @@ Endpoint host(uint32_t number, unsigned port) {
     return makeEndpoint(address, port);
 }
 
-/// What a call-signalling message carries: how, its name, its octets, and what was added to them.
+/// The messages that a call-signalling message carries: each with its transport, name and octets,
+/// and what was added to these.
 struct Carried : MessageSink {
     void message(const CapturedMessage& message) override {
         if (message.family != FamilyId::kH245) return;
@@ -126,10 +127,10 @@ TEST(MessageFinder, DecodesWhatSignallingCarries) {
     }
 }
 
-TEST(MessageFinder, KnowsTheAddressesAnnouncedLast) {
+TEST(MessageFinder, TheOldestAddressIsForgottenFirst) {
     Finder finder("");
     uint32_t announced = 0;
-    // A registrationConfirm with so many call signalling addresses, each with another host number.
+    // A registrationConfirm with so many call signalling addresses, each of another host.
     const auto announce = [&](uint32_t count) {
         Octets octets = hex("1000 0000 0600 0891 4a00 02");
         octets.insert(octets.end(),
@@ -156,9 +157,10 @@ TEST(MessageFinder, KnowsTheAddressesAnnouncedLast) {
     EXPECT_TRUE(isKnown(32768));
 }
 
-TEST(MessageFinder, KnowsTheDialoguesThatCameLast) {
+TEST(MessageFinder, TheOldestDialogueIsForgottenFirst) {
     Finder finder("004091fb");
-    // An infoRequest that names its call, or a disengageConfirm that the dialogue alone tells of.
+    // An infoRequest that names its call, or a disengageConfirm, whose call only the dialogue
+    // tells.
     const auto request = [&](uint32_t number, bool named) {
         Octets octets =
             hex(named ? "56001053000101110000 4091fb7289f911802a050403020100" : "400000");
@@ -178,7 +180,7 @@ TEST(MessageFinder, KnowsTheDialoguesThatCameLast) {
 }
 
 TEST(MessageFinder, TheFramesOfEachMessage) {
-    // Q.931 in a TPKT of 9 octets, which is a message by itself, in a stream that has to be judged.
+    // A TPKT of 9 octets with a whole Q.931 message, in a stream that is recognised by its content.
     const std::string setup = "030000090802000105";
     const std::string two = setup + setup;
     const struct {

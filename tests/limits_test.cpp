@@ -8,10 +8,11 @@
 
 namespace {
 
-constexpr int64_t kBase = 2 << 20;      // what the memory of one call stays below:
-constexpr int64_t kPerOctet = 4 << 10;  // this plus that for each octet of the message
+// The memory of one call stays below kBase, plus kPerOctet for each octet of the message.
+constexpr int64_t kBase = 2 << 20;
+constexpr int64_t kPerOctet = 4 << 10;
 
-/// Decodes the octets as the type; checks the bounds of memory, and that nothing stays behind.
+/// Decodes the octets as the type; checks the bounds of memory, and that all of it is freed.
 AsnStatus decodeWithin(const AsnTypeInfo& type, const Octets& octets, bool aligned) {
     const auto value = newValue(type);
     allocation = {};
@@ -27,7 +28,7 @@ AsnStatus decodeWithin(const AsnTypeInfo& type, const Octets& octets, bool align
 }
 
 TEST(Limits, LongCountsOfEveryList) {
-    // Counts that fit and counts that do not, and content that gives every flag and length a turn.
+    // Counts that fit and counts that do not, with contents in which flags and lengths differ.
     for (const int fill : {0x00, 0xFF, 0x55, 0x80})
         for (const AsnTypeInfo* type : allTypes())
             for (const int count : {60, 1000, 16383}) {

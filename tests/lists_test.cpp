@@ -1,5 +1,5 @@
-// The shortest list of every type: what an element takes at least is found by search, from what the
-// decoder reads, and not taken from the generator.
+// The shortest list of every type. A search finds how many bits an element takes at least, from
+// what the decoder reads: the generator's own figure is not used.
 
 #include <algorithm>
 #include <cstring>
@@ -36,7 +36,7 @@ void set(Octets& octets, uint32_t bit, uint32_t count, uint32_t value) {
     }
 }
 
-/// Where the elements start: without memory for them, nothing else is read.
+/// Where the elements start: if there is no memory for them, reading ends there.
 uint32_t elementsOf(const AsnTypeInfo& type, const Octets& octets, bool aligned, uint32_t at) {
     const auto value = newValue(type);
     Decoding decoding(octets, aligned);
@@ -65,7 +65,7 @@ Reading readList(const AsnTypeInfo& type, const Octets& octets, bool aligned, ui
     return reading;
 }
 
-/// Goes through the alternatives of every CHOICE, because zeroes give the fewest bits of all else.
+/// Tries all alternatives of every CHOICE. Everything else takes the fewest bits if it is zero.
 class Search {
   public:
     Search(const AsnTypeInfo& type, bool aligned, Octets octets)
@@ -115,8 +115,8 @@ class Search {
         octets_ = undecided;
     }
 
-    /// Counts the bits that matter: no other value of padding changes what is decoded. The index of
-    /// an alternative that is not known does not show.
+    /// Counts the bits that are not padding: if one is changed, another value is decoded. Only the
+    /// index of an unknown alternative does not change the value.
     void measure(uint32_t end) {
         const Reading reading = readList(type_, octets_, aligned_, 0, true);
         uint32_t bits = 0;

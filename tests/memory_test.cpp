@@ -75,7 +75,7 @@ Decode decoderOf(const AsnTypeInfo& type) {
 void failEach(const Decode& decode, const Octets& octets, bool aligned) {
     Attempt whole{0, 0, 0};
     attempt(whole, decode, octets, aligned, false);
-    for (int64_t failAt = 1;; ++failAt)  // first without values of more than one block
+    for (int64_t failAt = 1;; ++failAt)  // values larger than a block need further allocations
         for (uint32_t room = 0; room <= (failAt < 3 ? kAsnBlockPayload : 0); room += 8) {
             Attempt a{room, failAt, 0};
             attempt(a, decode, octets, aligned, false);
@@ -135,7 +135,7 @@ TEST(Memory, EveryAllocationOfEveryMessageMayFail) {
 }
 
 TEST(Memory, EveryAllocationOfLongStringsMayFail) {
-    Octets fragments(16384 + 6, 3);  // the alphabets have a 3; so do those that take an index
+    Octets fragments(16384 + 6, 3);  // 3 is a character, and an index, of each alphabet
     for (const char* name : {"ZooIa5", "ZooBmp", "ZooBits", "ZooOctets", "ZooOpen", "ZooKnown"}) {
         SCOPED_TRACE(name);
         const bool isOpenType = std::string(name) == "ZooKnown";

@@ -1,4 +1,4 @@
-// From IP packets to datagrams and TCP streams, and what may be held.
+// From IP packets to datagrams and TCP streams, and the limits of what is held.
 
 #include <gtest/gtest.h>
 
@@ -98,7 +98,7 @@ TEST(Network, ImpossibleFragments) {
     EXPECT_EQ(wire.counted("malformed IP fragments"), 2U);
 }
 
-TEST(TcpStreams, AsManyAsAreKept) {
+TEST(TcpStreams, TheOldestIsForgottenFirst) {
     for (const bool isWanted : {true, false}) {
         Wire wire;
         wire.isWanted = isWanted;
@@ -112,13 +112,13 @@ TEST(TcpStreams, AsManyAsAreKept) {
         };
         for (unsigned number = 0; number <= (isWanted ? 32768U : 16384U); ++number) speak(number);
         speak(1);
-        EXPECT_EQ(wire.heard, isWanted ? "end " : "");  // of the oldest, which is forgotten now
+        EXPECT_EQ(wire.heard, isWanted ? "end " : "");  // the oldest ends, because it is forgotten
         speak(0);
         EXPECT_EQ(wire.heard, "(0) aa ");
     }
 }
 
-TEST(TcpStreams, SilentForADay) {
+TEST(TcpStreams, EndAfterADayWithoutSegments) {
     constexpr Time kDay = Time{24} * 3600 * 1000000;
     Wire wire;
     wire.packets.segment(1, "00000001", "00000000", "02", "");
@@ -129,10 +129,10 @@ TEST(TcpStreams, SilentForADay) {
     EXPECT_EQ(wire.heard, "aabb end ");
 }
 
-TEST(TcpStreams, HowOneEnds) {
+TEST(TcpStreams, SequencesOfSegments) {
     const struct {
         const char* why;
-        const char* segments;  // "sequence acknowledged flags payload", from the server after "<"
+        const char* segments;  // "sequence acknowledged flags payload"; "<": from the server
         const char* heard;
     } rows[] = {
         {"the same SYN again", "1 0 02,2 0 10 aa,1 0 02,3 0 10 bb", "aa bb "},
@@ -144,13 +144,13 @@ TEST(TcpStreams, HowOneEnds) {
         {"reset", "1 0 02,2 0 10 aa,<0 3 14,2 0 10 aa", "aa end "},
         {"octets after the FIN in the capture", "1 0 02,<8 2 12,2 9 10 aa,4 9 11,<9 5 11,3 9 10 bb",
          "aa (1) end "},
-        {"and not acknowledged yet", "1 0 02,<8 2 12,2 9 10 aa,4 9 11,<9 3 11,3 9 10 bb",
+        {"the same, not acknowledged yet", "1 0 02,<8 2 12,2 9 10 aa,4 9 11,<9 3 11,3 9 10 bb",
          "aa bb end "},
         {"never captured, and acknowledged", "1 0 02,2 0 10 aa,5 0 10 bb,<8 6 10", "aa (2) bb "},
         {"acknowledged before it is captured, in two parts, and again",
          "1 0 02,2 0 10 aa,5 0 10 dd,<0 6 10,3 0 10 bb,3 0 10 bb,4 0 10 cc,2 0 10 aa",
          "aa (2) dd late bb late cc "},
-        {"round the clock", "fffffffe 0 02,1 0 10 cc,ffffffff 0 10 aabb", "aabbcc "},
+        {"the sequence number wraps", "fffffffe 0 02,1 0 10 cc,ffffffff 0 10 aabb", "aabbcc "},
         {"only the answer to the SYN", "<8 2 12,3 9 10 bb,2 9 10 aa", "aabb "},
     };
     for (const auto& row : rows) {
@@ -173,7 +173,7 @@ TEST(TcpStreams, HowOneEnds) {
     }
 }
 
-TEST(TcpStreams, HoldWhatWaitsWithinLimits) {
+TEST(TcpStreams, OctetsThatWaitAreBounded) {
     const struct {
         size_t budget;
         size_t size;  // of each segment; it leaves a gap of one octet

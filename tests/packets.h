@@ -14,8 +14,8 @@ struct Packets {
     Packets(NetworkListener& listener, MemoryBudget& budget, Unread& unread)
         : network(listener, budget, unread) {}
 
-    /// Between two ports of one host. Each is a frame.
-    /// flags: 2000 for more fragments, and where the payload belongs, in units of 8 octets.
+    /// A packet from a host to itself, in a frame of its own.
+    ///   flags  0x2000 if more fragments follow, plus the fragment offset, in units of 8 octets
     void packet(Time time, unsigned id, unsigned flags, uint8_t protocol, const char* payload) {
         Octets octets = hex("4500 0000 0000 0000 4000 0000 0a000001 0a000001");
         const Octets rest = hex(payload);

@@ -14,7 +14,7 @@ const ZooTable kPublishedZoo{"published::Zoo", published::kZooTypes, published::
                              false};
 
 const ZooCase kFlags[] = {
-    // 18.1, 18.2, 22.5: none is missed at the end of the data
+    // 18.1, 18.2, 22.5: no bit may be missing at the end of the data
     {"Null_flag", "", "=", -2, ""},
     {"Only_marked", "", "=", -2, ""},
     {"Last_optional", "1", "=", 0, ".m@bPresent = 1; .m@cPresent = 0; .a = 0; .b = 0"},
@@ -43,7 +43,7 @@ const ZooCase kUnknown[] = {
      "1 1 1 00000 [41] [00 00 00 00 00 00 00 00] 1 0000000 [01 AA]", 0,
      ".a = 1; .extElem65.numocts = 1; .extElem65.data =; aa ."},
     {"Marked", "1 1 1 [00]", "1 1 1 00000 [00]", -5, ""},
-    // 22.8: so are alternatives, whose index continues the tags
+    // 22.8: alternatives are kept, too; their index continues the tags
     {"Marked_choice", "1 0000101 [02 AA BB]", "=", 0,
      ".t = 8; .u@extElem1.numocts = 2; .u@extElem1.data =; aa bb .."},
     {"Marked_nulls", "1 0000000 [01 FF]", "=", 0,

@@ -13,7 +13,7 @@ uint64_t Choices::word() {
 }
 namespace {
 
-/// Octets that mean something from a bit on: numbers, bitmaps, lengths and contents.
+/// Makes octets with plausible encodings from a bit on: numbers, bitmaps, lengths and contents.
 class Encoding {
   public:
     Encoding(Choices& choices, bool aligned) : c_(choices), aligned_(aligned) {}

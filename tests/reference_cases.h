@@ -49,7 +49,7 @@ struct Arguments {
     size_t textSize = 0;  // of the text that the reference reader read
 };
 
-/// Octets that mean something from bit `start` on: numbers, bitmaps, lengths and contents.
+/// Octets with plausible encodings from bit `start` on: numbers, bitmaps, lengths and contents.
 reference::Octets makeOctets(Choices& choices, bool aligned, uint32_t start);
 
 /// Fills arguments for any primitive.

@@ -1,5 +1,4 @@
-// The lower half of the reference reader: the cursor, what is reported, bits, whole numbers,
-// lengths.
+// The basis of the reference reader: the cursor, reports of failures, bits, whole numbers, lengths.
 #pragma once
 
 #include <algorithm>
@@ -64,7 +63,7 @@ struct NumberReader {
     std::vector<std::string> trail = {};  // the functions that logged a failure, at most 8
     std::vector<Field> fields = {};
     std::vector<std::string> nameStack = {};
-    bool unsettled = false;  // the step led to a value that the reference reader does not know
+    bool unsettled = false;  // the reference reader does not know the value of this step
 
     // --- failures, diagnostics, traced fields ---
 
@@ -336,7 +335,7 @@ struct NumberReader {
                 if (length.form == kFragment)
                     fork.pd_moveBitCursor(int64_t{length.count} * itemBits);
             }
-            // A total that the result cannot hold is one that the data cannot hold.
+            // If the result cannot hold the total, the data cannot hold it either.
             if (total > INT32_MAX) throw kEndOfData;
             return static_cast<int32_t>(total);
         });

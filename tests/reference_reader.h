@@ -1,7 +1,7 @@
-// The reference reader: every reading primitive a second time, for comparison with the run-time. It
-// is written to be checked by eye, not to be fast: it reads one bit at a time and shares nothing
-// with the run-time. The members have the names of the primitives that they repeat. They return
-// what is read and throw what fails, so a failed read stores nothing.
+// The reference reader: a second implementation of every reading primitive, for comparison with the
+// run-time. It is written to be checked by eye, not to be fast: it reads one bit at a time and
+// shares no code with the run-time. The members have the names of the primitives that they repeat.
+// They return what is read and throw what fails, so a failed read stores nothing.
 #pragma once
 
 #include <cmath>

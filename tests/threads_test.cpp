@@ -1,5 +1,5 @@
-// Decoders and, on Linux, exports in many threads at once: every dump is correct. The thread
-// sanitizer runs this for a minute: TAMSEL_THREADS_SECONDS=60.
+// Decoders and, on Linux, exports in many threads at once: every dump is correct. The environment
+// variable TAMSEL_THREADS_SECONDS says how long each test runs.
 
 #include <atomic>
 #include <chrono>

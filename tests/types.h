@@ -52,7 +52,7 @@ inline std::unique_ptr<uint64_t[]> newValue(const AsnTypeInfo& type) {
     return std::unique_ptr<uint64_t[]>(new uint64_t[type.size / 8 + 1]());
 }
 
-/// Few bits set reach deep into a type, many set every flag.
+/// Octets with few bits set reach deep into a type; octets with many bits set every flag.
 inline Octets randomOctets(std::mt19937& random, size_t size) {
     Octets octets(size);
     const uint32_t density = random() % 4;

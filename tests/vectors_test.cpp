@@ -1,5 +1,5 @@
-// Whole messages: the dump of each, octet for octet. Those of the set of 1998 through the exports,
-// also with octets appended; those of 2009 through the core, also cut.
+// Whole messages: the dump of each, octet for octet. The exports dump those of the set of 1998,
+// also with octets appended; the core dumps those of 2009, also cut short.
 
 #include "messages.h"
 

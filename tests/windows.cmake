@@ -1,4 +1,5 @@
-# What only Windows has: the shape of the files that are shipped, hosts of every kind, the console.
+# Tests for Windows only: names and versions in the files that are shipped, hosts of every kind, the
+# console.
 
 set(check_pe ${PROJECT_SOURCE_DIR}/cmake/check_pe.cmake)
 add_test(NAME dll.names COMMAND ${CMAKE_COMMAND} -DOBJDUMP=${CMAKE_OBJDUMP}
@@ -14,7 +15,7 @@ add_test(NAME dll.import-library COMMAND ${CMAKE_COMMAND} -DDLLTOOL=${TAMSEL_DLL
     -DOUT=${CMAKE_CURRENT_BINARY_DIR}/import_library
     -P ${CMAKE_CURRENT_SOURCE_DIR}/import_library.cmake)
 
-# Hosts by what standard output is when they call; the second program belongs to the GUI subsystem.
+# Hosts in each state of standard output; the second program belongs to the GUI subsystem.
 foreach(program tamsel-host-process tamsel-host-process-gui)
     add_executable(${program} host_process.c)
     set_target_properties(${program} PROPERTIES

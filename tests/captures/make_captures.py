@@ -37,7 +37,7 @@ class Stream:
 
     def __init__(self, capture, client, cport, server, sport, opened=True):
         self.capture, self.host, self.port = capture, (client, server), (cport, sport)
-        self.next = [1000, 0xFFFFFF00]  # the server's wraps round
+        self.next = [1000, 0xFFFFFF00]  # the server's number wraps
         if opened:
             self.packet(0, "S")
             self.packet(1, "SA")
@@ -121,7 +121,7 @@ def odd():
         h.packet(0, "PA", octets[first:last], at=at + first)
     h.next[0] += len(octets)
     h.packet(1, "A")
-    at = h.next[1]  # round the clock, and overlapping
+    at = h.next[1]  # segments that overlap, and whose number wraps
     h.packet(1, "PA", tcs[:20], at=at)
     h.packet(1, "PA", tcs[12:], at=at + 12)
     h.next[1] = (at + len(tcs)) % 2**32

@@ -24,7 +24,7 @@ def show(columns, program, arguments, **variables):
     try:
         while octets := os.read(terminal, 65536):
             output += octets
-    except OSError:  # how the end of a terminal is told
+    except OSError:  # this is how a terminal reports its end
         pass
     return output.decode().replace("\r\n", "\n"), os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
 

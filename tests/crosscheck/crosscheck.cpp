@@ -1,6 +1,6 @@
-// The modules of 2009 against another codec of X.691, Debian's erlang-asn1: random values of every
-// type, encoded there, decode here to the same dump; messages that are cut fail on both sides
-// alike.
+// Compares the modules of 2009 with another codec of X.691, Debian's erlang-asn1. The other codec
+// encodes random values of every type; here they decode to the expected dump. If messages are cut,
+// both decoders fail on the same ones.
 //
 //   crosscheck modules DIRECTORY FILE...           the modules that the other codec compiles
 //   crosscheck values SEED COUNT FILE...           one Erlang term a line, to standard output
@@ -88,7 +88,7 @@ void report(const Values::Value& value, const std::string& octets, const std::st
     std::cout << value.type->path << ": " << what << "\n" << value.term << "\n" << octets << "\n";
 }
 
-/// Why a result is not what is expected, or nothing.
+/// The difference between a result and what is expected, or nothing.
 ///   cuts  for each number of octets, whether so many of them decode there; empty if not tried
 std::string problemOf(const Values::Value& value, const Octets& octets, const std::string& cuts,
                       bool aligned) {

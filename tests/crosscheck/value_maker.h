@@ -11,8 +11,8 @@ class ValueMaker {
   public:
     explicit ValueMaker(uint32_t seed) : random_(seed) {}
 
-    /// Makes a value and adds its dump. Of the type's later additions the dump shows what a program
-    /// of today makes of them.
+    /// Makes a value and adds its dump. The dump shows later additions as a program shows them that
+    /// does not know them.
     std::string make(const Type& type, AsnDump& dump);
 
   private:

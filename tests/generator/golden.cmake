@@ -1,5 +1,5 @@
-# cmake -DMADE=folder -DGOLDEN=folder -P golden.cmake: what was generated is what is expected, file
-# by file. After an intended change: for f in MADE/*; do cp $f GOLDEN/$(basename $f).txt; done
+# cmake -DMADE=folder -DGOLDEN=folder -P golden.cmake: compares each generated file with the expected
+# one. After an intended change: for f in MADE/*; do cp $f GOLDEN/$(basename $f).txt; done
 file(GLOB made RELATIVE ${MADE} ${MADE}/*)
 file(GLOB golden RELATIVE ${GOLDEN} ${GOLDEN}/*)
 list(TRANSFORM golden REPLACE "\\.txt$" "")

@@ -1,5 +1,5 @@
-# cmake -DGEN=... -DSOURCES=... -DMODULES=folder -DOUT=... -P order.cmake: the files of a build, whatever
-# the order of the modules.
+# cmake -DGEN=... -DSOURCES=... -DMODULES=folder -DOUT=... -P order.cmake: the generated files
+# do not depend on the order of the modules.
 file(REMOVE_RECURSE ${OUT})
 file(MAKE_DIRECTORY ${OUT})
 list(REVERSE SOURCES)
