@@ -1,4 +1,4 @@
-/* The public header alone, as C, through the shared library; the run is a host of its own. */
+/* Includes only the public header, as C, and calls the shared library. */
 #include "Tamsel.h"
 
 int main(void) {

@@ -212,7 +212,7 @@ const Primitive kPrimitives[] = {
          in.pd_ChoiceOpenTypeExt(v.start, v.numocts)),
 };
 
-/// What a step left behind.
+/// The state after a step.
 struct Outcome {
     Value value;
     std::pair<uint32_t, int32_t> cursor;

@@ -132,7 +132,7 @@ TEST(Q931, RemovedFromAMessage) {
         const char* userUser;
     } rows[] = {
         {"elements before it", "0802802a05 04038890a5 a1 7e000405aabbcc", true, 42, "aabbcc"},
-        {"an element behind it", "0802012a05 7e000205aa 7000", true, 298, "aa"},
+        {"an element after it", "0802012a05 7e000205aa 7000", true, 298, "aa"},
         {"call reference of one octet", "08018305 7e000205aa", true, 3, "aa"},
         {"without call reference", "080005", true, 0, ""},
         {"another coding of the element", "08020001 05 7e000204aa", true, 1, ""},
