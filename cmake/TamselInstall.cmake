@@ -41,6 +41,7 @@ if(NOT PROJECT_IS_TOP_LEVEL)
     return()
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-    ${PROJECT_SOURCE_DIR}/SECURITY.md ${PROJECT_SOURCE_DIR}/docs/modules.md
-    ${PROJECT_SOURCE_DIR}/docs/statuses.md
+    ${PROJECT_SOURCE_DIR}/SECURITY.md
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tamsel COMPONENT development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs  # where the links of README.md lead
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tamsel COMPONENT development)
