@@ -31,6 +31,10 @@ bool isLive(const InputOptions& options) {
     return !options.interface.empty() || !std::ranges::all_of(options.files, isRegular);
 }
 
+bool canReadAgain(const InputOptions& options) {
+    return !isLive(options) && std::ranges::find(options.files, "-") == options.files.end();
+}
+
 void complain(const std::string& text) {
     std::cerr << "tamsel-capture: " << text << "\n";
 }

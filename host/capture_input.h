@@ -15,8 +15,11 @@ struct InputOptions {
     std::string filter;              // frames to read, as an expression of libpcap
 };
 
-/// Whether input may come at any time, and its lines are wanted at once: of a pipe or an interface.
+/// Whether a part of the input is a pipe or an interface. Its messages are to be shown at once.
 bool isLive(const InputOptions& options);
+
+/// Whether all frames can be read a second time: those of files, but not of standard input.
+bool canReadAgain(const InputOptions& options);
 
 /// Says something on standard error, after the program's name.
 void complain(const std::string& text);

@@ -44,6 +44,32 @@ bool isCallNumber(const std::string& text) {
            text.find_first_not_of("0123456789") == std::string::npos;
 }
 
+/// Takes a call from the names of files: one that is not a file, but may be a call's.
+void takeCall(CaptureOptions& options) {
+    bool hasCall = !options.call.empty();
+    std::erase_if(options.input.files, [&](const std::string& file) {
+        std::string name = file;
+        if (file == "-" || std::filesystem::exists(file) || !asCallIdentifier(name).empty())
+            return false;
+        if (hasCall) throw std::runtime_error(file + ": another call, or no such file");
+        hasCall = true;
+        if (isCallNumber(file))
+            std::from_chars(file.data(), file.data() + file.size(), options.callNumber);
+        else
+            options.call = name;
+        return true;
+    });
+}
+
+/// An output must not overwrite a capture that is read.
+void checkOutput(const std::string& option, const std::string& output, const InputOptions& input) {
+    for (const std::string& file : input.files) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(file, output, ignored))
+            throw std::runtime_error(option + " " + output + ": this file is an input");
+    }
+}
+
 }  // namespace
 
 void addCaptureOptions(CLI::App& app, CaptureOptions& options) {
@@ -99,19 +125,7 @@ void addCaptureOptions(CLI::App& app, CaptureOptions& options) {
 }
 
 void finishCaptureOptions(CaptureOptions& options) {
-    bool hasCall = !options.call.empty();
-    std::erase_if(options.input.files, [&](const std::string& file) {
-        std::string name = file;
-        if (file == "-" || std::filesystem::exists(file) || !asCallIdentifier(name).empty())
-            return false;
-        if (hasCall) throw std::runtime_error(file + ": another call, or no such file");
-        hasCall = true;
-        if (isCallNumber(file))
-            std::from_chars(file.data(), file.data() + file.size(), options.callNumber);
-        else
-            options.call = name;
-        return true;
-    });
+    takeCall(options);
     const bool isShown =
         options.list || options.dump || options.stats || options.calls || options.json;
     if (options.frames == "-" && isShown)
@@ -119,11 +133,8 @@ void finishCaptureOptions(CaptureOptions& options) {
     const bool isLive = !options.input.interface.empty();
     if (options.input.files.empty() != isLive)
         throw std::runtime_error(isLive ? "-i: either an interface or files" : "FILE is required");
-    for (const std::string& file : options.input.files) {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(file, options.frames, ignored))
-            throw std::runtime_error("-w " + options.frames + ": it is read");
-    }
+    checkOutput("-w", options.frames, options.input);
+    checkOutput("--html", options.page, options.input);
 }
 
 SelectionOptions selectionOf(const CaptureOptions& options) {

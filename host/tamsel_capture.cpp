@@ -99,7 +99,7 @@ int run(const CaptureOptions& options) {
     for (const auto& view : owned) views.push_back(view.get());
     std::optional<CaptureWriter> frames;
     if (!options.frames.empty())
-        views.push_back(&frames.emplace(options.frames, isAtOnce ? kMaxFrames : 0));
+        views.push_back(&frames.emplace(options.frames, canReadAgain(options.input) ? 0 : kMaxFrames));
     Presenter presenter(
         {.modules = modules, .selection = selection, .callNumber = options.callNumber}, views);
     MemoryBudget budget(kMaxHeld);
