@@ -44,7 +44,9 @@ struct Sink : MessageSink {
         const auto ignore = [](void*, const char*, size_t) {};
         if (isDecoded) message.decoder->print({ignore, nullptr});
         readDetails(modules, message, details);
-        const CallRecord* const call = book.note(message, details);
+        const CallRecord* const call =
+            message.call.isEmpty() ? nullptr : book.note(message, details);
+        if (call == nullptr) (void)book.noteOutsideCalls(message, details);
         for (const std::string& shown : {details.summary, call != nullptr ? call->why : ""})
             if (std::any_of(shown.begin(), shown.end(), [](char c) { return c < ' ' || c > '~'; }))
                 std::abort();

@@ -204,6 +204,11 @@ expect_part("two calls" "${stderr}" "2: another call, or no such file")
 run(2 1)
 expect_part("no file" "${stderr}" "FILE is required")
 
+run(0 --calls calls.pcap 2)
+string(REGEX MATCHALL "\n" lines "${stdout}")
+list(LENGTH lines count)
+expect("--calls of a call: no other call, and no endpoint" ${count} 2)
+
 # Files that cannot be read are reported; what was read before is written.
 run(2 --list cut.pcap)
 expect_part("cut" "${stderr}" "tamsel-capture: cut.pcap: truncated dump file")

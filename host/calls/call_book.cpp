@@ -20,6 +20,25 @@ void noteHost(CallRecord& call, const Address& host) {
         call.hosts.push_back(host);
 }
 
+/// Whether a RAS message comes from a gatekeeper: an answer, or infoRequest.
+bool isOfGatekeeper(std::string_view name) {
+    return name.ends_with("Confirm") || name.ends_with("Reject") || name.ends_with("Ack") ||
+           name.ends_with("Nak") || name == "infoRequest" || name == "requestInProgress";
+}
+
+/// The state of an endpoint after a RAS message; empty if the message does not change it.
+std::string_view stateAfter(std::string_view name) {
+    constexpr std::pair<std::string_view, std::string_view> kStates[] = {
+        {"gatekeeperRequest", "discovering"},  {"gatekeeperConfirm", "discovered"},
+        {"gatekeeperReject", "rejected"},      {"registrationRequest", "registering"},
+        {"registrationConfirm", "registered"}, {"registrationReject", "rejected"},
+        {"unregistrationRequest", "leaving"},  {"unregistrationConfirm", "unregistered"},
+    };
+    for (const auto& [message, state] : kStates)
+        if (name == message) return state;
+    return {};
+}
+
 }  // namespace
 
 std::string_view toString(CallState state) {
@@ -80,10 +99,6 @@ CallRecord& CallBook::callOf(const CapturedMessage& message) {
 }
 
 CallRecord* CallBook::note(const CapturedMessage& message, const MessageDetails& details) {
-    if (message.call.isEmpty()) {
-        noteEndpoint(message, details);
-        return nullptr;
-    }
     CallRecord& call = callOf(message);
     call.end = message.time;
     ++call.messages;
@@ -115,42 +130,40 @@ CallRecord* CallBook::note(const CaptureRemark& remark) {
     return &call;
 }
 
-/// A message outside calls is of the endpoint that asked, or that was asked by its gatekeeper.
-void CallBook::noteEndpoint(const CapturedMessage& message, const MessageDetails& details) {
-    const std::string_view name = message.name;
-    const Address& source = message.flow.source.address;
-    const Address& destination = message.flow.destination.address;
-    const bool isAnswer = name.ends_with("Confirm") || name.ends_with("Reject") ||
-                          name.ends_with("Ack") || name.ends_with("Nak") || name == "infoRequest" ||
-                          name == "requestInProgress";
-    const bool isRas = message.family == FamilyId::kRas;
-    const Address& host = isRas && isAnswer ? destination : source;
-    const auto found = byHost_.find(host);
-    if (found == byHost_.end() && endpoints_.size() >= kMaxEndpoints) return;
+/// The endpoint on a host, perhaps a new one; null if there is no room for it.
+EndpointRecord* CallBook::endpointAt(const Address& host, Time time) {
+    auto found = byHost_.find(host);
     if (found == byHost_.end()) {
-        byHost_[host] = endpoints_.size();
-        endpoints_.emplace_back();
-        endpoints_.back().host = host;
-        endpoints_.back().start = message.time;
+        if (endpoints_.size() >= kMaxEndpoints) return nullptr;
+        found = byHost_.emplace(host, endpoints_.size()).first;
+        EndpointRecord& endpoint = endpoints_.emplace_back();
+        endpoint.host = host;
+        endpoint.start = time;
     }
-    EndpointRecord& endpoint =
-        found == byHost_.end() ? endpoints_.back() : endpoints_[found->second];
-    endpoint.end = message.time;
-    ++endpoint.messages;
-    endpoint.refused += message.outcome == Outcome::kRefused;
-    if (!isRas || message.outcome == Outcome::kRefused) return;
-    if (isAnswer) endpoint.gatekeeper = source;
+    return &endpoints_[found->second];
+}
+
+/// The message belongs to the endpoint that asked, or that its gatekeeper asked.
+EndpointRecord* CallBook::noteOutsideCalls(const CapturedMessage& message,
+                                           const MessageDetails& details) {
+    const bool isRas = message.family == FamilyId::kRas;
+    const bool isFromGatekeeper = isRas && isOfGatekeeper(message.name);
+    const Flow& flow = message.flow;
+    EndpointRecord* const endpoint = endpointAt(
+        isFromGatekeeper ? flow.destination.address : flow.source.address, message.time);
+    if (endpoint == nullptr) return nullptr;
+    endpoint->end = message.time;
+    ++endpoint->messages;
+    endpoint->refused += message.outcome == Outcome::kRefused;
+    if (!isRas || message.outcome == Outcome::kRefused) return endpoint;
+    if (isFromGatekeeper) endpoint->gatekeeper = flow.source.address;
     if (const auto* const aliases = details.list("aliases"); aliases != nullptr)
-        takeName(endpoint.alias, aliases->front());
-    takeName(endpoint.identifier, details.text("endpointIdentifier"));
-    constexpr std::pair<std::string_view, std::string_view> kStates[] = {
-        {"gatekeeperRequest", "discovering"},  {"gatekeeperConfirm", "discovered"},
-        {"gatekeeperReject", "rejected"},      {"registrationRequest", "registering"},
-        {"registrationConfirm", "registered"}, {"registrationReject", "rejected"},
-        {"unregistrationRequest", "leaving"},  {"unregistrationConfirm", "unregistered"},
-    };
-    for (const auto& [message_name, state] : kStates)
-        if (name == message_name) endpoint.state = state;
-    if (name.ends_with("Reject")) endpoint.why = std::string(name) + " " + details.summary;
-    if (name.ends_with("Confirm")) endpoint.why.clear();
+        takeName(endpoint->alias, aliases->front());
+    takeName(endpoint->identifier, details.text("endpointIdentifier"));
+    if (const std::string_view state = stateAfter(message.name); !state.empty())
+        endpoint->state = state;
+    if (message.name.ends_with("Reject"))
+        endpoint->why = std::string(message.name) + " " + details.summary;
+    if (message.name.ends_with("Confirm")) endpoint->why.clear();
+    return endpoint;
 }

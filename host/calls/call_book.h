@@ -85,7 +85,8 @@ struct EndpointRecord {
     std::string state;  // "registered", "rejected", "discovering"...
     std::string why;    // reason of the last reject
     size_t messages = 0;
-    size_t refused = 0;
+    size_t refused = 0;    // of them, those that did not decode
+    bool isShown = false;  // one of its messages was selected
 };
 
 /// Gathers calls and endpoints. Memory is bounded: of each call by the limits above, of all by
@@ -100,8 +101,12 @@ class CallBook {
     /// Who takes the calls that there is no more room for, in order of their numbers.
     void onForgotten(std::function<void(const CallRecord&)> take) { take_ = std::move(take); }
 
-    /// Notes a message. Returns its call, valid until the next note; null outside calls.
+    /// Notes a message of a call. Returns the call, valid until the next note.
     CallRecord* note(const CapturedMessage& message, const MessageDetails& details);
+
+    /// Notes a message that belongs to no call. Returns its endpoint, which stays valid; null if
+    /// there are kMaxEndpoints others.
+    EndpointRecord* noteOutsideCalls(const CapturedMessage& message, const MessageDetails& details);
 
     /// Notes what a stream lacks. Returns the call of the stream's messages, or null.
     CallRecord* note(const CaptureRemark& remark);
@@ -125,7 +130,7 @@ class CallBook {
     CallRecord& callOf(const CapturedMessage& message);
     CallRecord* findCall(const CallNames& names);
     void name(CallRecord& call, const CallNames& names);
-    void noteEndpoint(const CapturedMessage& message, const MessageDetails& details);
+    EndpointRecord* endpointAt(const Address& host, Time time);
 
     size_t limit_;
     size_t forgotten_ = 0;

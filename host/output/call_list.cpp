@@ -131,6 +131,12 @@ void CallList::addNarrow(const CallRecord& call) {
     addWrapped(end, kNarrowIndent, kNarrowIndent, styleOf(call.state), toString(call.state).size());
 }
 
+void CallList::addEndpointHeading() {
+    if (hasBegun_) writer_.text() += '\n';
+    screen_.append(writer_.text(), Style::kStrong, "outside calls");
+    writer_.text() += '\n';
+}
+
 void CallList::addEndpoint(const EndpointRecord& endpoint) {
     std::string line = "  " + partyText(endpoint.alias, endpoint.host);
     if (!endpoint.state.empty()) line.append(": ").append(endpoint.state);
@@ -153,11 +159,13 @@ void CallList::end(const CallBook& book) {
         begin(book);
         add(call);
     }
-    if (book.endpoints().empty()) return;
-    if (hasBegun_) writer_.text() += '\n';
-    screen_.append(writer_.text(), Style::kStrong, "outside calls");
-    writer_.text() += '\n';
-    for (const EndpointRecord& endpoint : book.endpoints()) addEndpoint(endpoint);
+    bool isFirst = true;
+    for (const EndpointRecord& endpoint : book.endpoints()) {
+        if (!endpoint.isShown) continue;
+        if (isFirst) addEndpointHeading();
+        isFirst = false;
+        addEndpoint(endpoint);
+    }
 }
 
 std::string CallList::summary() const {

@@ -31,6 +31,7 @@ class CallList : public View {
     void add(const CallRecord& call);
     void addWide(const CallRecord& call);
     void addNarrow(const CallRecord& call);
+    void addEndpointHeading();
     void addEndpoint(const EndpointRecord& endpoint);
     void addWrapped(std::string_view words, size_t from, size_t indent, Style style, size_t styled);
 

@@ -106,17 +106,16 @@ void JsonMessages::message(const CapturedMessage& message, const MessageDetails&
 }
 
 void JsonCalls::message(const CapturedMessage& /*message*/, const MessageDetails& /*details*/,
-                        const CallRecord* call) {
-    if (call != nullptr) shown_.insert(call->number);
+                        const CallRecord* /*call*/) {
 }
 
 void JsonCalls::forgotten(const CallRecord& call, const CallBook& /*book*/) {
-    if (shown_.erase(call.number) == 0) return;
     Json object;
     appendCall(object, call);
     writeLine(writer_, object);
 }
 
 void JsonCalls::end(const CallBook& book) {
-    for (const CallRecord& call : book.calls()) forgotten(call, book);
+    for (const CallRecord& call : book.calls())
+        if (call.isShown) forgotten(call, book);
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
-#include <set>
 
 #include "view.h"
 #include "writer.h"
@@ -42,5 +41,4 @@ class JsonCalls : public View {
 
   private:
     Writer& writer_;
-    std::set<size_t> shown_;  // the numbers of calls to be written
 };

@@ -18,9 +18,15 @@ Presenter::Presenter(PresenterOptions options, std::vector<View*> views)
 
 void Presenter::message(const CapturedMessage& message) {
     if (needsDetails_) readDetails(*options_.modules, message, details_);
-    CallRecord* const call = needsCalls_ ? book_.note(message, details_) : nullptr;
+    CallRecord* call = nullptr;
+    EndpointRecord* endpoint = nullptr;
+    if (needsCalls_ && message.call.isEmpty())
+        endpoint = book_.noteOutsideCalls(message, details_);
+    else if (needsCalls_)
+        call = book_.note(message, details_);
     if (!selection_.has(message) || !isShown(call)) return;
     if (call != nullptr) call->isShown = true;
+    if (endpoint != nullptr) endpoint->isShown = true;
     for (View* const view : views_) view->message(message, details_, call);
 }
 
