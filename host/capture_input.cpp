@@ -1,6 +1,5 @@
 #include "capture_input.h"
 
-#include <pcap/pcap.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,15 +11,8 @@
 
 #include "capture_file.h"
 #include "interrupt.h"
+#include "link_types.h"
 #include "live_capture.h"
-
-namespace {
-
-std::string linkTypeName(unsigned linkType) {
-    return pcap_datalink_val_to_description_or_dlt(static_cast<int>(linkType));
-}
-
-}  // namespace
 
 bool isLive(const InputOptions& options) {
     const auto isRegular = [](const std::string& name) {

@@ -27,16 +27,6 @@ void reach(CallRecord& call, CallState state, std::string_view why) {
     call.why = why;
 }
 
-/// A list of codecs, with what may be text from the wire escaped.
-std::string joined(const std::vector<std::string>& codecs) {
-    std::string text;
-    for (const std::string& codec : codecs) {
-        if (!text.empty()) text += ", ";
-        appendEscaped(text, codec);
-    }
-    return text;
-}
-
 /// Why no media came about: what was refused, or that the hosts have no codec in common. Empty if
 /// nothing tells.
 std::string whyNoMedia(const CallRecord& call) {
@@ -47,7 +37,7 @@ std::string whyNoMedia(const CallRecord& call) {
     const bool isCommon = std::any_of(one.begin(), one.end(), [&](const std::string& codec) {
         return std::find(other.begin(), other.end(), codec) != other.end();
     });
-    return isCommon ? "" : "no common codec: " + joined(one) + " and " + joined(other);
+    return isCommon ? "" : "no common codec: " + joinEscaped(one) + " and " + joinEscaped(other);
 }
 
 /// The first releaseComplete of a call tells why it ended.

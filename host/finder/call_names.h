@@ -4,9 +4,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
+
+#include "hex_digits.h"
 
 /// A globally unique identifier; all zero if there is none.
 using Guid = std::array<uint8_t, 16>;
@@ -29,14 +30,6 @@ struct CallNames {
     /// The identifier that is shown.
     const Guid& shown() const { return callIdentifier == Guid{} ? conferenceID : callIdentifier; }
 };
-
-/// Appends the first octets of an identifier in lower-case hex.
-inline void appendHex(std::string& text, std::span<const uint8_t> octets) {
-    for (const uint8_t octet : octets) {
-        text += "0123456789abcdef"[octet >> 4];
-        text += "0123456789abcdef"[octet & 15];
-    }
-}
 
 /// Whether an identifier of a call starts with these lower-case hex digits.
 inline bool isNamed(const CallNames& call, std::string_view digits) {

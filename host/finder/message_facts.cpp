@@ -109,8 +109,7 @@ void readBody(const Body& body, MessageFacts& facts) {
 template <class Ras>
 void readRas(const Ras& message, MessageFacts& facts) {
     visitRas(message, [&](const auto& body) { readBody(body, facts); });
-    facts.isRequest = facts.name.ends_with("Request") || facts.name.ends_with("Indicate") ||
-                      facts.name.ends_with("Indication");
+    facts.isRequest = isRasRequest(facts.name);
 }
 
 template <class Ui>
@@ -155,6 +154,10 @@ void readFactsOf(FamilyId family, const TamselDecoder& decoder, MessageFacts& fa
 
 std::string_view nameOf(FamilyId family) {
     return familyOf(kTamsel1998, family).name;
+}
+
+bool isRasRequest(std::string_view name) {
+    return name.ends_with("Request") || name.ends_with("Indicate") || name.ends_with("Indication");
 }
 
 const TamselFamily& familyOf(const TamselModules& modules, FamilyId family) {

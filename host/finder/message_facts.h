@@ -19,6 +19,9 @@ std::string_view nameOf(FamilyId family);
 /// What a family is in a set of modules.
 const TamselFamily& familyOf(const TamselModules& modules, FamilyId family);
 
+/// Whether a RAS message asks for an answer, by its name.
+bool isRasRequest(std::string_view name);
+
 /// What an address is for.
 enum class Purpose { kNone, kRas, kSignalling, kH245 };
 

@@ -1,11 +1,14 @@
-// Text from the wire, for terminals and lines.
+// Text from the wire, escaped, so that it can be shown on a terminal and within a line.
 #pragma once
 
 #include <string>
 #include <string_view>
+#include <vector>
 
-/// Appends text as dumps for terminals have it: what is not printable ASCII as \xNN, a backslash as
-/// two.
+#include "hex_digits.h"
+
+/// Appends text as the dumps for terminals show it: an octet that is not printable ASCII becomes
+/// \xNN, and a backslash is doubled.
 inline void appendEscaped(std::string& text, std::string_view wire) {
     for (const char c : wire) {
         const auto octet = static_cast<unsigned char>(c);
@@ -15,7 +18,16 @@ inline void appendEscaped(std::string& text, std::string_view wire) {
             continue;
         }
         text += "\\x";
-        text += "0123456789abcdef"[octet >> 4];
-        text += "0123456789abcdef"[octet & 15];
+        appendHex(text, octet);
     }
+}
+
+/// Several texts, each escaped, with commas and blanks between them.
+inline std::string joinEscaped(const std::vector<std::string>& texts) {
+    std::string joined;
+    for (const std::string& text : texts) {
+        if (!joined.empty()) joined += ", ";
+        appendEscaped(joined, text);
+    }
+    return joined;
 }

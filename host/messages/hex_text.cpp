@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "hex_digits.h"
 #include "hex_dump.h"
 #include "hex_reader.h"
 
@@ -167,12 +168,8 @@ Octets parseHex(std::string_view text) {
 }
 
 std::string formatHex(std::span<const unsigned char> octets) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
     text.reserve(octets.size() * 2);
-    for (const unsigned char octet : octets) {
-        text += kDigits[octet >> 4];
-        text += kDigits[octet & 15];
-    }
+    appendHex(text, octets);
     return text;
 }

@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdio>
 
+#include "hex_digits.h"
+
 namespace {
 
 constexpr uint8_t kUserUser = 0x7E;
@@ -121,7 +123,8 @@ void readElement(uint8_t element, std::span<const uint8_t> octets, Q931Message& 
     }
 }
 
-/// Text from the wire, with all that is not printable ASCII as \xNN.
+/// Text from the wire that is shown between quotation marks: a quotation mark, a backslash and
+/// every octet that is not printable ASCII become \xNN.
 std::string escaped(std::span<const uint8_t> octets) {
     std::string text;
     for (const uint8_t octet : octets) {
@@ -129,9 +132,8 @@ std::string escaped(std::span<const uint8_t> octets) {
             text += static_cast<char>(octet);
             continue;
         }
-        std::array<char, 5> code{};
-        std::snprintf(code.data(), code.size(), "\\x%02x", octet);
-        text += code.data();
+        text += "\\x";
+        appendHex(text, octet);
     }
     return text;
 }

@@ -10,7 +10,7 @@
 using Time = int64_t;
 
 /// The octets of a frame that are captured at most: all of any known network.
-constexpr int kLongestFrame = 262144;
+constexpr uint32_t kLongestFrame = 262144;
 
 /// Valid until the next is read.
 struct Frame {

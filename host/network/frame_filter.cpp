@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 
+#include "link_types.h"
+
 void FrameFilter::Free::operator()(bpf_program* program) const {
     pcap_freecode(program);
     delete program;
@@ -34,9 +36,8 @@ bool FrameFilter::has(const Frame& frame) {
         known = programs_.emplace(frame.linkType, compile(frame.linkType)).first;
     const Program& program = known->second;
     if (!program) {
-        const char* const name =
-            pcap_datalink_val_to_description_or_dlt(static_cast<int>(frame.linkType));
-        unread_.count("frames of link type " + std::string(name) + ", which --filter cannot judge");
+        unread_.count("frames of link type " + linkTypeName(frame.linkType) +
+                      ", which --filter cannot judge");
         return false;
     }
     pcap_pkthdr header{};

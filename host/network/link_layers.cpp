@@ -1,9 +1,8 @@
-#include <pcap/pcap.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
 
+#include "link_types.h"
 #include "octets.h"
 #include "packet_reader.h"
 
@@ -108,9 +107,7 @@ PacketReader::Layer PacketReader::notRead(std::string_view what, unsigned number
 PacketReader::Layer PacketReader::ofLink(const Layer& layer) {
     const LinkHeader* const link = findLinkHeader(layer.number);
     if (link == nullptr) {
-        const char* const name =
-            pcap_datalink_val_to_description_or_dlt(static_cast<int>(layer.number));
-        unread_.count("frames of link type " + std::string(name));
+        unread_.count("frames of link type " + linkTypeName(layer.number));
         return {};
     }
     if (layer.number == kExportedPdu) return exportedPdu(layer.octets);

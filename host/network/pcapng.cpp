@@ -1,17 +1,11 @@
 #include "pcapng.h"
 
-#include <pcap/dlt.h>
-
 #include <algorithm>
 
-namespace {
+#include "link_types.h"
+#include "pcapng_blocks.h"
 
-constexpr uint32_t kSectionHeader = 0x0A0D0D0A;  // the same in either byte order
-constexpr uint32_t kByteOrderMagic = 0x1A2B3C4D;
-constexpr uint32_t kInterfaceDescription = 1;
-constexpr uint32_t kPacket = 2;  // obsolete
-constexpr uint32_t kSimplePacket = 3;
-constexpr uint32_t kEnhancedPacket = 6;
+namespace {
 
 /// Blocks that are numbered as frames are: journal entries, custom blocks, system calls.
 constexpr uint32_t kEvents[] = {9, 0x0BAD, 0x40000BAD, 0x204, 0x216, 0x221};
@@ -40,12 +34,6 @@ Time microseconds(uint64_t ticks, uint8_t resolution) {
     for (; power > 6; --power) ticks /= 10;
     for (; power < 6; ++power) ticks *= 10;
     return static_cast<Time>(ticks);
-}
-
-/// What libpcap calls a link type of a file.
-unsigned dltOf(unsigned linkType) {
-    constexpr unsigned kLinkTypeRaw = 101;
-    return linkType == kLinkTypeRaw ? DLT_RAW : linkType;
 }
 
 }  // namespace
@@ -109,7 +97,7 @@ bool PcapngReader::readBlock() {
 void PcapngReader::readInterface() {
     if (interfaces_.size() == kMaxInterfaces) throw BadCapture("too many interfaces");
     Interface interface {
-        .linkType = dltOf(static_cast<unsigned>(integer(0, 2))),
+        .linkType = linkTypeFromFile(static_cast<unsigned>(integer(0, 2))),
         .snapLength = static_cast<uint32_t>(integer(4, 4))
     };
     for (size_t at = 8; at + 4 <= body_.size();) {

@@ -18,10 +18,8 @@ constexpr std::array<std::string_view, 8> kTitles = {"call", "start",   "duratio
 /// Which columns are numbers, on the right of their column.
 constexpr std::array<bool, 8> kIsNumber = {true, false, true, true, true, true, false, false};
 
-std::string dateText(Time time) {
-    std::string text;
-    appendDate(text, time);
-    return text;
+std::string stateText(const CallRecord& call) {
+    return std::string(toString(call.state)) + outcomeText(call);
 }
 
 }  // namespace
@@ -44,14 +42,6 @@ CallList::Row CallList::rowOf(const CallRecord& call) {
             std::to_string(call.refused),
             fromText(call),
             toText(call)};
-}
-
-/// The state, why, and the codecs.
-std::string CallList::endOf(const CallRecord& call) {
-    std::string text(toString(call.state));
-    if (!call.why.empty()) text += ": " + call.why;
-    if (!call.codecs.empty()) text += "; " + codecsText(call);
-    return text;
 }
 
 /// Finds out how wide columns have to be, from all calls that are known.
@@ -110,7 +100,7 @@ void CallList::addWide(const CallRecord& call) {
         line.append(kGap, ' ');
     }
     text += line;
-    addWrapped(endOf(call), line.size(), line.size(), styleOf(call.state),
+    addWrapped(stateText(call), line.size(), line.size(), styleOf(call.state),
                toString(call.state).size());
 }
 
@@ -124,7 +114,7 @@ void CallList::addNarrow(const CallRecord& call) {
     start[10] = ' ';
     addWrapped(start + "  " + durationText(call) + "  " + fromText(call) + " -> " + toText(call),
                kNarrowIndent, kNarrowIndent, Style::kPlain, 0);
-    std::string end = endOf(call) + "; " + counted(call.messages, "message");
+    std::string end = stateText(call) + "; " + counted(call.messages, "message");
     if (call.refused > 0) end += ", " + std::to_string(call.refused) + " refused";
     if (call.losses > 0) end += ", lost " + counted(call.losses, "time");
     text.append(kNarrowIndent, ' ');

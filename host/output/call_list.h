@@ -26,7 +26,6 @@ class CallList : public View {
     using Row = std::array<std::string, kColumns>;
 
     static Row rowOf(const CallRecord& call);
-    static std::string endOf(const CallRecord& call);
     void begin(const CallBook& book);
     void add(const CallRecord& call);
     void addWide(const CallRecord& call);

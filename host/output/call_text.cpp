@@ -39,12 +39,10 @@ std::string durationText(const CallRecord& call) {
     return text + " s";
 }
 
-std::string codecsText(const CallRecord& call) {
+std::string outcomeText(const CallRecord& call) {
     std::string text;
-    for (const std::string& codec : call.codecs) {
-        if (!text.empty()) text += ", ";
-        appendEscaped(text, codec);
-    }
+    if (!call.why.empty()) text += ": " + call.why;
+    if (!call.codecs.empty()) text += "; " + joinEscaped(call.codecs);
     return text;
 }
 

@@ -17,8 +17,8 @@ std::string toText(const CallRecord& call);
 /// "12.345 s"
 std::string durationText(const CallRecord& call);
 
-/// "g711Alaw64k, h263"; empty if no channel was acknowledged.
-std::string codecsText(const CallRecord& call);
+/// What follows the state of a call: why it ended, and its codecs: ": 17 user busy; g711Alaw64k".
+std::string outcomeText(const CallRecord& call);
 
 /// Good is what is over without a failure; bad what failed, was rejected or lost.
 Style styleOf(CallState state);

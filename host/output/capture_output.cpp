@@ -9,12 +9,22 @@ constexpr std::string_view kIndexHeader =
     "number\ttime\tsource\tdestination\ttransport\tfamily\tmessage\toctets\tdecoded\tfile\tframe\tc"
     "all\n";
 
-/// How a dump gets into a text.
-AsnDumpSink sinkOf(std::string& text) {
-    return {[](void* target, const char* piece, size_t size) {
-                static_cast<std::string*>(target)->append(piece, size);
-            },
-            &text};
+/// Number, time, addresses, transport, family and name: of a heading or of a line of the index.
+void appendColumns(std::string& text, size_t number, const CapturedMessage& message, char separator,
+                   std::string_view arrow) {
+    appendDigits(text, static_cast<int64_t>(number));
+    text += separator;
+    appendDate(text, message.time);
+    text += separator;
+    appendText(text, message.flow.source);
+    text += arrow;
+    appendText(text, message.flow.destination);
+    text += separator;
+    text += toString(message.transport);
+    text += separator;
+    text += nameOf(message.family);
+    text += separator;
+    text += message.name;
 }
 
 /// The dump, or the octets in hex if there is none.
@@ -34,19 +44,7 @@ void DumpView::message(const CapturedMessage& message, const MessageDetails& /*d
     ++number_;
     std::string& text = writer_.text();
     text += "==> ";
-    appendDigits(text, static_cast<int64_t>(number_));
-    text += ' ';
-    appendDate(text, message.time);
-    text += ' ';
-    appendText(text, message.flow.source);
-    text += " > ";
-    appendText(text, message.flow.destination);
-    text += ' ';
-    text += toString(message.transport);
-    text += ' ';
-    text += nameOf(message.family);
-    text += ' ';
-    text += message.name;
+    appendColumns(text, number_, message, ' ', " > ");
     text += ", " + counted(message.octets.size(), "octet");
     if (message.q931 != nullptr) {
         text += ", ";
@@ -67,25 +65,16 @@ void FileView::message(const CapturedMessage& message, const MessageDetails& /*d
                        const CallRecord* /*call*/) {
     ++number_;
     const bool isDecoded = message.outcome == Outcome::kDecoded;
-    const std::string_view family = nameOf(message.family);
     std::string file;
     appendDigits(file, static_cast<int64_t>(number_), kNumberWidth);
     file += '-';
     appendTimeOfDay(file, message.time, "");
-    file.append("-").append(family).append("-").append(message.name);
+    file.append("-").append(nameOf(message.family)).append("-").append(message.name);
     file += isDecoded ? ".txt" : ".hex";
 
     std::string& index = writer_.index();
-    appendDigits(index, static_cast<int64_t>(number_));
+    appendColumns(index, number_, message, '\t', "\t");
     index += '\t';
-    appendDate(index, message.time);
-    index += '\t';
-    appendText(index, message.flow.source);
-    index += '\t';
-    appendText(index, message.flow.destination);
-    index += '\t';
-    index.append(toString(message.transport)).append("\t").append(family).append("\t");
-    index.append(message.name).append("\t");
     appendDigits(index, static_cast<int64_t>(message.octets.size()));
     index.append(isDecoded ? "\tyes\t" : "\tno\t").append(file).append("\t");
     appendDigits(index, message.frame());

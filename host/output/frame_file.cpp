@@ -9,27 +9,16 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "link_types.h"
+#include "pcapng_blocks.h"
+
 namespace {
 
-constexpr uint32_t kSnapLength = 262144;
-
-/// Blocks of pcapng.
-constexpr uint32_t kSectionHeader = 0x0A0D0D0A;
-constexpr uint32_t kInterfaceDescription = 1;
-constexpr uint32_t kEnhancedPacket = 6;
-constexpr uint32_t kByteOrderMagic = 0x1A2B3C4D;
-constexpr uint16_t kVersion[] = {1, 0};
-
-/// IP by itself has another number in a file than in libpcap.
-constexpr uint32_t kLinkTypeRaw = 101;
+constexpr uint16_t kVersion[] = {1, 0};  // of pcapng
 
 /// Two numbers of 16 bits in a block.
 uint32_t pair(uint16_t first, uint16_t second) {
     return std::bit_cast<uint32_t>(std::array{first, second});
-}
-
-std::string describe(unsigned linkType) {
-    return pcap_datalink_val_to_description_or_dlt(static_cast<int>(linkType));
 }
 
 }  // namespace
@@ -63,14 +52,13 @@ void FrameFile::fail(const std::string& why) const {
 /// Begins a file, or in pcapng an interface, with frames of a link type.
 void FrameFile::begin(unsigned linkType) {
     if (isPcapng_) {
-        const unsigned number = linkType == DLT_RAW ? kLinkTypeRaw : linkType;
-        writeBlock(kInterfaceDescription,
-                   std::vector{pair(static_cast<uint16_t>(number), 0), kSnapLength}, {});
+        const auto number = static_cast<uint16_t>(linkTypeInFile(linkType));
+        writeBlock(kInterfaceDescription, std::vector{pair(number, 0), kLongestFrame}, {});
     } else if (!linkTypes_.empty()) {
-        fail("a pcap file cannot hold frames of " + describe(linkTypes_[0]) + " and of " +
-             describe(linkType) + "; a FILE.pcapng can");
+        fail("a pcap file cannot hold frames of " + linkTypeName(linkTypes_[0]) + " and of " +
+             linkTypeName(linkType) + "; a FILE.pcapng can");
     } else {
-        pcap_.reset(pcap_open_dead(static_cast<int>(linkType), kSnapLength));
+        pcap_.reset(pcap_open_dead(static_cast<int>(linkType), kLongestFrame));
         dumper_ = pcap_dump_fopen(pcap_.get(), file_);
         if (dumper_ == nullptr) fail(pcap_geterr(pcap_.get()));
     }
@@ -83,7 +71,7 @@ void FrameFile::write(const Frame& frame) {
         begin(frame.linkType);
         interface = std::prev(linkTypes_.end());
     }
-    const auto octets = frame.octets.first(std::min<size_t>(frame.octets.size(), kSnapLength));
+    const auto octets = frame.octets.first(std::min<size_t>(frame.octets.size(), kLongestFrame));
     const auto size = static_cast<uint32_t>(octets.size());
     const auto length = static_cast<uint32_t>(frame.length);
     if (!isPcapng_) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "detail_writer.h"
+#include "text_format.h"
 
 namespace {
 
@@ -128,11 +129,7 @@ class DumpReader {
 
 void appendDump(Json& values, const TamselDecoder& decoder) {
     std::string text;
-    const AsnDumpSink sink{[](void* target, const char* piece, size_t size) {
-                               static_cast<std::string*>(target)->append(piece, size);
-                           },
-                           &text};
-    decoder.print(sink, true);
+    decoder.print(sinkOf(text), true);
     DumpReader reader(text);
     while (reader.next(values)) continue;
 }

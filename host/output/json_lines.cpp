@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "hex_text.h"
 #include "json_dump.h"
 #include "json_text.h"
 #include "text_format.h"
@@ -9,18 +10,6 @@
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-std::string dateOf(Time time) {
-    std::string text;
-    appendDate(text, time);
-    return text;
-}
-
-std::string hexOf(std::span<const uint8_t> octets) {
-    std::string text;
-    appendHex(text, octets);
-    return text;
-}
 
 /// Text, or null if there is none.
 Json textOrNull(const std::string& text) {
@@ -36,7 +25,7 @@ Json hostOrNull(const Address& host) {
 /// The identifier that a call is shown with, or null.
 Json identifierOf(const CallNames& call) {
     if (call.isEmpty()) return nullptr;
-    return hexOf(call.shown());
+    return formatHex(call.shown());
 }
 
 /// Why there is no dump, or null.
@@ -59,14 +48,14 @@ void appendMessage(Json& object, const CapturedMessage& message, const MessageDe
     for (const Fact& fact : details.facts)
         std::visit([&](const auto& value) { facts.emplace(fact.name, value); }, fact.value);
     object["frame"] = message.frame();
-    object["time"] = dateOf(message.time);
+    object["time"] = dateText(message.time);
     object["from"] = toString(message.flow.source);
     object["to"] = toString(message.flow.destination);
     object["transport"] = toString(message.transport);
     object["family"] = nameOf(message.family);
     object["name"] = message.name;
     object["call"] = identifierOf(message.call);
-    object["octets"] = hexOf(message.octets);
+    object["octets"] = formatHex(message.octets);
     object["decoded"] = message.outcome == Outcome::kDecoded;
     object["reason"] = reasonOf(message);
     object["facts"] = std::move(facts);
@@ -76,8 +65,8 @@ void appendCall(Json& object, const CallRecord& call) {
     constexpr double kMicroseconds = 1e6;
     object["number"] = call.number;
     object["call"] = identifierOf(call.names);
-    object["start"] = dateOf(call.start);
-    object["end"] = dateOf(call.end);
+    object["start"] = dateText(call.start);
+    object["end"] = dateText(call.end);
     object["duration"] = static_cast<double>(call.end - call.start) / kMicroseconds;
     object["from"] = textOrNull(call.from);
     object["to"] = textOrNull(call.to);

@@ -83,8 +83,7 @@ void Ladder::drawHeading(const CallRecord& call) {
     appendHex(text, call.names.shown());
     text += '\n';
     screen_.append(text, styleOf(call.state), toString(call.state));
-    if (!call.why.empty()) text += ": " + call.why;
-    if (!call.codecs.empty()) text += "; " + codecsText(call);
+    text += outcomeText(call);
     text += '\n';
     writer_.toOutput();
 }

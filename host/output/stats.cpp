@@ -12,11 +12,6 @@ constexpr size_t kMaxKinds = 256;
 constexpr size_t kNameWidth = 28;
 constexpr size_t kCountWidth = 10;
 
-/// RAS messages that ask for an answer.
-bool isRequest(std::string_view name) {
-    return name.ends_with("Request") || name.ends_with("Indicate") || name.ends_with("Indication");
-}
-
 void appendMilliseconds(std::string& text, uint64_t microseconds) {
     std::array<char, 32> digits{};
     const int size = std::snprintf(digits.data(), digits.size(), "%10.1f",
@@ -59,7 +54,7 @@ void Stats::message(const CapturedMessage& message, const MessageDetails& detail
 void Stats::ras(const CapturedMessage& message, const MessageDetails& details) {
     const int64_t* const number = details.number("sequenceNumber");
     if (number == nullptr) return;
-    if (isRequest(message.name)) {
+    if (isRasRequest(message.name)) {
         const std::pair key(message.flow.source, *number);
         Answers& answers = answers_[std::string(message.name)];
         ++answers.requests;

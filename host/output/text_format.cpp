@@ -4,6 +4,8 @@
 #include <array>
 #include <chrono>
 
+#include "hex_digits.h"
+
 namespace {
 
 constexpr size_t kOctetsPerLine = 16;
@@ -43,6 +45,19 @@ void appendDate(std::string& text, Time time) {
     text += 'Z';
 }
 
+std::string dateText(Time time) {
+    std::string text;
+    appendDate(text, time);
+    return text;
+}
+
+AsnDumpSink sinkOf(std::string& text) {
+    return {[](void* target, const char* piece, size_t size) {
+                static_cast<std::string*>(target)->append(piece, size);
+            },
+            &text};
+}
+
 std::string counted(size_t count, std::string_view noun) {
     std::string text = std::to_string(count) + " ";
     text += noun;
@@ -56,8 +71,7 @@ void appendHexLines(std::string& text, std::span<const uint8_t> octets, std::str
         const auto line = octets.first(std::min(kOctetsPerLine, octets.size()));
         text += indent;
         for (const uint8_t octet : line) {
-            text += "0123456789abcdef"[octet >> 4];
-            text += "0123456789abcdef"[octet & 15];
+            appendHex(text, octet);
             text += ' ';
         }
         text.back() = '\n';

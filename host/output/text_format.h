@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "asn1per/dump.h"
 #include "frame.h"
 
 /// Decimal digits, with zeros in front up to a width.
@@ -17,6 +18,7 @@ void appendTimeOfDay(std::string& text, Time time, std::string_view mark = ":");
 
 /// "2002-05-31T12:00:00.000000Z"
 void appendDate(std::string& text, Time time);
+std::string dateText(Time time);
 
 /// "1 octet", "2 octets"
 std::string counted(size_t count, std::string_view noun);
@@ -24,3 +26,6 @@ std::string counted(size_t count, std::string_view noun);
 /// Lines of 16 octets in hex, each after an indent; beyond `lines` of them, how many are left out.
 void appendHexLines(std::string& text, std::span<const uint8_t> octets, std::string_view indent,
                     size_t lines);
+
+/// A sink that appends a dump to a text.
+AsnDumpSink sinkOf(std::string& text);

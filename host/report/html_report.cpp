@@ -12,12 +12,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string dateOf(Time time) {
-    std::string text;
-    appendDate(text, time);
-    return text;
-}
-
 std::string_view nameOf(Outcome outcome) {
     switch (outcome) {
         case Outcome::kDecoded:
@@ -37,8 +31,8 @@ Json jsonOf(const EndpointRecord& endpoint) {
             {"gatekeeper", isAnswered ? Json(toString(endpoint.gatekeeper)) : Json()},
             {"state", endpoint.state},
             {"why", endpoint.why},
-            {"start", dateOf(endpoint.start)},
-            {"end", dateOf(endpoint.end)},
+            {"start", dateText(endpoint.start)},
+            {"end", dateText(endpoint.end)},
             {"messages", endpoint.messages},
             {"refused", endpoint.refused}};
 }
@@ -90,7 +84,7 @@ void HtmlReport::message(const CapturedMessage& message, const MessageDetails& d
 void HtmlReport::remark(const CaptureRemark& remark, const CallRecord* call) {
     Json object;
     if (!begin(object, remark.flow, call)) return;
-    object["time"] = dateOf(remark.time);
+    object["time"] = dateText(remark.time);
     object["from"] = toString(remark.flow.source);
     object["to"] = toString(remark.flow.destination);
     object["loss"] = describe(remark);
