@@ -31,7 +31,7 @@ void complain(const std::string& text) {
     std::cerr << "tamsel-capture: " << text << "\n";
 }
 
-/// A bar on the terminal, once reading has taken a second.
+/// A progress bar on standard error, which appears after a second.
 class CaptureInput::Progress {
   public:
     Progress(bool isWanted, const std::function<size_t()>& messages)
@@ -41,7 +41,7 @@ class CaptureInput::Progress {
     Progress& operator=(const Progress&) = delete;
 
     void show(const FrameSource& source) {
-        if (!isWanted_ || ++calls_ % kCallsPerLook != 0) return;
+        if (!isWanted_ || ++frames_ % kFramesPerLook != 0) return;
         const auto now = Clock::now();
         if (now < next_) return;
         next_ = now + std::chrono::milliseconds(200);
@@ -58,13 +58,13 @@ class CaptureInput::Progress {
 
   private:
     using Clock = std::chrono::steady_clock;
-    static constexpr size_t kCallsPerLook = 1024;
-    static constexpr size_t kWidth = 40;
+    static constexpr size_t kFramesPerLook = 1024;  // between two looks at the clock
+    static constexpr size_t kWidth = 40;            // characters
 
     bool isWanted_;
     const std::function<size_t()>& messages_;
     bool isShown_ = false;
-    size_t calls_ = 0;
+    size_t frames_ = 0;
     Clock::time_point next_ = Clock::now() + std::chrono::seconds(1);
 };
 
@@ -112,7 +112,7 @@ bool CaptureInput::readOne(const std::string& name, uint32_t index, Network& net
             throw BadCapture("link type " + linkTypeName(*unknown) + " is not supported");
         return true;
     } catch (const BadCapture& bad) {
-        if (isInterrupted()) return true;  // a file that ends there is cut short
+        if (isInterrupted()) return true;  // the signal ended the input within a frame
         progress.clear();
         complain(name + ": " + bad.what());
         return false;

@@ -1,4 +1,4 @@
-// Reads what the command line names: files, a pipe or an interface.
+// Reads the input of tamsel-capture: files, a pipe or an interface.
 #pragma once
 
 #include <functional>
@@ -11,8 +11,8 @@
 
 struct InputOptions {
     std::vector<std::string> files;  // "-" is standard input
-    std::string interface;           // instead of files
-    std::string filter;              // frames to read, as an expression of libpcap
+    std::string interface;           // is read instead of files; empty for none
+    std::string filter;              // an expression of libpcap: other frames are ignored
 };
 
 /// Whether a part of the input is a pipe or an interface. Its messages are to be shown at once.
@@ -21,19 +21,21 @@ bool isLive(const InputOptions& options);
 /// Whether all frames can be read a second time: those of files, but not of standard input.
 bool canReadAgain(const InputOptions& options);
 
-/// Says something on standard error, after the program's name.
+/// Writes a line to standard error: the program's name and a text.
 void complain(const std::string& text);
 
 class CaptureInput {
   public:
-    /// writer: takes each frame; may be null.
-    /// hasProgress: shows a bar on the terminal once reading has taken a second.
+    /// Throws std::runtime_error if the filter is wrong.
+    ///   unread       counts what is not read
+    ///   writer       receives each frame; may be null
+    ///   hasProgress  whether a progress bar is shown, if standard error is a terminal
     CaptureInput(const InputOptions& options, Unread& unread, CaptureWriter* writer,
                  bool hasProgress);
 
-    /// Reads all, each capture as far as it goes. Returns false if one is damaged, or nothing in it
-    /// can be read, and says so.
-    ///   messages  tells how many messages were found so far
+    /// Reads all captures, each up to its end or to the first damage. Returns false, after a line
+    /// on standard error, if a capture is damaged or has no frame of a known link type.
+    ///   messages  returns the number of messages that were found so far
     bool read(Network& network, const std::function<size_t()>& messages);
 
   private:

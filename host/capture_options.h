@@ -11,41 +11,42 @@
 #include "selection.h"
 
 struct CaptureOptions {
-    // What is read.
+    // The input.
     InputOptions input;
     std::vector<std::string> ports;
     std::string modules = kTamsel2009.name;
 
-    // What is shown of it.
-    std::string call;       // how its identifier starts, in hex
-    size_t callNumber = 0;  // in the list of calls; 0 for none
+    // Which messages are shown.
+    std::string call;       // the first hex digits of the only call's identifier; empty for all
+    size_t callNumber = 0;  // the only call, by its number in the list of calls; 0 for all
     std::vector<std::string> families = {"ras", "ui", "h245"};
     std::vector<std::string> hosts;
     std::vector<std::string> names;  // of messages
     std::string from;
     std::string to;
 
-    // How it is shown: the list of calls, or the ladder of one, if nothing is told.
+    // How they are shown. The default is the list of calls, or the ladder diagram of one call.
     bool list = false;
     bool dump = false;
     bool stats = false;
-    bool calls = false;  // the list of calls, whatever else is told
-    bool json = false;   // messages, or calls, as lines for programs
-    bool full = false;   // their dumps as well
-    std::string folder;
-    std::string frames;  // the capture file that is written
-    std::string page;    // the page that is written
+    bool calls = false;  // the list of calls, even if one call is given
+    bool json = false;   // messages or calls as JSON lines
+    bool full = false;   // with the dumps of the messages
+    std::string folder;  // of -o; empty for none
+    std::string frames;  // the capture file of -w; empty for none
+    std::string page;    // the file of --html; empty for none
 };
 
 /// Adds the options and the help to a program.
 void addCaptureOptions(CLI::App& app, CaptureOptions& options);
 
-/// To be called when the command line has been read: of the arguments, what is no file but may
-/// name a call is one. Throws std::runtime_error if there are two, or no file.
+/// Completes options that were read from the command line: an argument that is not a file, but may
+/// be the number or identifier of a call, becomes the call. Throws std::runtime_error if there are
+/// two calls or no input, or if an output would overwrite an input.
 void finishCaptureOptions(CaptureOptions& options);
 
-/// Which messages are shown. Throws std::runtime_error.
+/// The selection of messages. Throws std::runtime_error if an address or a time is wrong.
 SelectionOptions selectionOf(const CaptureOptions& options);
 
-/// The ports of --port, each as NUMBER=PURPOSE. Throws std::runtime_error.
+/// Reads the values of --port, each NUMBER=PURPOSE. Throws std::runtime_error if one is wrong.
 std::map<uint16_t, Purpose> portsOf(const std::vector<std::string>& texts);

@@ -1,5 +1,5 @@
-// tamsel-capture: the H.323 calls of a capture, and every message: as a diagram, as lines, as dumps
-// or as files.
+// tamsel-capture: shows the H.323 calls and messages of a capture: as lists, ladder diagrams,
+// dumps, JSON, files or a page.
 
 #include <unistd.h>
 
@@ -25,35 +25,49 @@ namespace {
 
 enum ExitCode { kDone = 0, kNotDecoded = 1, kWrongUse = 2 };
 
-/// Passed to the writing thread at a time, unless the output goes to a terminal or is live.
+/// Octets that are passed to the writing thread at once. A terminal and live input get each piece
+/// without delay.
 constexpr size_t kBatchOctets = 1 << 18;
 
-/// What streams and fragments may hold together.
+/// Octets that all streams and fragments may hold together.
 constexpr size_t kMaxHeld = 16 << 20;
 
-/// Octets of frames that are kept for -w if they cannot be read again.
+/// Octets of frames that are kept for -w if the input cannot be read again.
 constexpr size_t kMaxFrames = 64 << 20;
 
-void report(const std::string& summary, const Unread& unread) {
-    std::istringstream lines(summary);
+bool hasCall(const CaptureOptions& options) {
+    return options.callNumber > 0 || !options.call.empty();
+}
+
+/// Writes the summary to standard error. Returns the exit status.
+ExitCode summarize(const CaptureOptions& options, const Tally& tally, const Unread& unread,
+                   size_t missingFrames) {
+    std::istringstream lines(tally.summary());
     for (std::string line; std::getline(lines, line);) complain(line);
     for (const auto& [what, count] : unread.kinds())
         complain("not read: " + what + ": " + std::to_string(count));
+    if (missingFrames > 0)
+        complain("not written: " + counted(missingFrames, "frame") + " from too long before");
+    const bool isMissing = hasCall(options) && tally.messages() == 0;
+    if (isMissing)
+        complain("no message of call " +
+                 (options.call.empty() ? std::to_string(options.callNumber) : options.call));
+    return tally.refused() > 0 || isMissing ? kNotDecoded : kDone;
 }
 
-/// Makes the folder for -o. It has to be empty, so that it never holds messages of two captures.
+/// Makes the folder for -o. It must be empty, so that it never has messages of two runs.
 void makeFolder(const std::filesystem::path& folder) {
     std::filesystem::create_directories(folder);
     if (!std::filesystem::is_empty(folder))
         throw std::runtime_error(folder.string() + ": not an empty folder");
 }
 
-/// The views that were asked for: files; and dumps, lines, a diagram or the list of calls.
+/// The views that the options ask for. Files, totals and the page are in addition to at most one of
+/// the others.
 std::vector<std::unique_ptr<View>> viewsOf(const CaptureOptions& options,
                                            const TamselModules& modules, Writer& writer,
                                            const Screen& screen) {
     std::vector<std::unique_ptr<View>> views;
-    const bool hasCall = options.callNumber > 0 || !options.call.empty();
     if (!options.folder.empty()) views.push_back(std::make_unique<FileView>(writer));
     if (options.stats) views.push_back(std::make_unique<Stats>(writer));
     if (!options.page.empty()) {
@@ -69,7 +83,7 @@ std::vector<std::unique_ptr<View>> viewsOf(const CaptureOptions& options,
         views.push_back(std::make_unique<JsonCalls>(writer));
     else if (options.json)
         views.push_back(std::make_unique<JsonMessages>(writer, options.full));
-    else if (options.calls || (isDefault && !hasCall && !isInterface))
+    else if (options.calls || (isDefault && !hasCall(options) && !isInterface))
         views.push_back(std::make_unique<CallList>(writer, screen));
     else if (options.dump)
         views.push_back(std::make_unique<DumpView>(writer));
@@ -80,16 +94,16 @@ std::vector<std::unique_ptr<View>> viewsOf(const CaptureOptions& options,
     return views;
 }
 
-int run(const CaptureOptions& options) {
+ExitCode run(const CaptureOptions& options) {
     const TamselModules* const modules =
         options.modules == kTamsel1998.name ? &kTamsel1998 : &kTamsel2009;
     const SelectionOptions selection = selectionOf(options);
     const auto ports = portsOf(options.ports);
     if (!options.folder.empty()) makeFolder(options.folder);
 
-    const bool isWritten =
+    const bool isPrinted =
         options.folder.empty() || options.list || options.dump || options.calls || options.json;
-    const bool isWatched = isatty(STDOUT_FILENO) != 0 && isWritten;
+    const bool isWatched = isatty(STDOUT_FILENO) != 0 && isPrinted;
     const bool isAtOnce = isLive(options.input);
     Writer writer(options.folder, isWatched || isAtOnce ? 0 : kBatchOctets);
     const Screen screen = Screen::ofOutput();
@@ -99,7 +113,8 @@ int run(const CaptureOptions& options) {
     for (const auto& view : owned) views.push_back(view.get());
     std::optional<CaptureWriter> frames;
     if (!options.frames.empty())
-        views.push_back(&frames.emplace(options.frames, canReadAgain(options.input) ? 0 : kMaxFrames));
+        views.push_back(
+            &frames.emplace(options.frames, canReadAgain(options.input) ? 0 : kMaxFrames));
     Presenter presenter(
         {.modules = modules, .selection = selection, .callNumber = options.callNumber}, views);
     MemoryBudget budget(kMaxHeld);
@@ -112,16 +127,9 @@ int run(const CaptureOptions& options) {
     presenter.end();
     writer.finish();
     if (frames) frames->finish(options.input.files);
-    report(tally.summary(), unread);
-    if (frames && frames->missing() > 0)
-        complain("not written: " + counted(frames->missing(), "frame") + " from too long before");
-    const bool hasCall = options.callNumber > 0 || !options.call.empty();
-    const bool isMissing = hasCall && tally.messages() == 0;
-    if (isMissing)
-        complain("no message of call " +
-                 (options.call.empty() ? std::to_string(options.callNumber) : options.call));
+    const ExitCode result = summarize(options, tally, unread, frames ? frames->missing() : 0);
     if (!isRead) return kWrongUse;
-    return tally.refused() > 0 || isMissing ? kNotDecoded : kDone;
+    return result;
 }
 
 }  // namespace

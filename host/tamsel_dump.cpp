@@ -1,4 +1,5 @@
-// tamsel-dump: messages from files or standard input, their dumps to a file or standard output.
+// tamsel-dump: reads messages from files or standard input, and writes their dumps to a file or to
+// standard output.
 
 #include <CLI/CLI.hpp>
 #include <iostream>
@@ -29,7 +30,7 @@ struct Options {
     std::vector<std::string> files;
 };
 
-/// The families of the set of modules that the options ask for.
+/// The family that the options name, in the set of modules that they name.
 const TamselFamily& findFamily(const Options& options) {
     const TamselModules& modules = options.modules == kTamsel1998.name ? kTamsel1998 : kTamsel2009;
     if (options.family == modules.ras.name) return modules.ras;
@@ -101,14 +102,14 @@ class Dumper {
         output_.flush();
     }
 
-    /// How much of the octets the message takes.
+    /// The number of octets that the message takes: "7 octets", "7 of 9 octets".
     std::string size(const InputMessage& message) const {
         const size_t all = message.octets.size();
         const size_t taken = decoder_.octets();
         return (taken < all ? std::to_string(taken) + " of " : "") + count(all);
     }
 
-    /// The one line that tells what is wrong with a message.
+    /// Why the message does not decode, on one line.
     std::string failure(const InputMessage& message) const {
         char text[200];
         const AsnBitFieldLink* const last = decoder_.fields().tail;
@@ -137,10 +138,10 @@ int main(int argc, char** argv) {
     CLI::App app("Dumps encoded H.323 signalling messages as text.", "tamsel-dump");
     Options options;
     app.add_flag("--unaligned", options.unaligned, "The messages are in the UNALIGNED PER variant");
-    app.add_option("--modules", options.modules, "2009 (default), or as Tamsel.dll does: 1998")
+    app.add_option("--modules", options.modules, "2009 (default), or 1998, which Tamsel.dll uses")
         ->check(CLI::IsMember({kTamsel2009.name, kTamsel1998.name}))
         ->type_name("SET");
-    app.add_flag("--check", options.check, "Print a line for each message: whether it decodes");
+    app.add_flag("--check", options.check, "Print only whether each message decodes");
     app.add_flag("--fields", options.fields, "Print the bit fields instead of the values")
         ->excludes("--check");
     app.add_flag("--join", options.input.joined, "All lines of a hex text are one message");

@@ -47,7 +47,7 @@ expect_part("--port" "${stderr}" "4 messages: 4 ras, 0 ui, 0 h245")
 run(0 --list --port 3005=h245 early.pcap)
 expect_part("--port" "${stdout}" "10.0.0.1:3004 ---> 10.0.0.3:3005          h245  terminalCapabilitySet g711Alaw64k\n")
 run(2 --port 1730 call.pcap)
-expect_part("--port" "${stderr}" "--port 1730: not as in 1730=ui")
+expect_part("--port" "${stderr}" "--port 1730: a port is given as 1730=ui")
 
 # A call in two captures, which are cut within a TPKT, gives the same list. Frames are counted in each
 # capture.

@@ -24,7 +24,7 @@ endforeach()
 run(2 --host 17.2.0.300 call.pcap)
 expect_match("--host" "${stderr}" "--host 17.2.0.300: not an address")
 run(2 --from noon call.pcap)
-expect_match("--from" "${stderr}" "--from noon: not as in 2026-11-22T05:11:39 or 05:11:39")
+expect_match("--from" "${stderr}" "--from noon: a time is 2026-11-22T05:11:39 or 05:11:39")
 run(2 --filter "udp prt 1" call.pcap)
 expect_match("--filter" "${stderr}" "--filter udp prt 1: ")
 # An expression for frames of several link types.

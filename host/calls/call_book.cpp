@@ -9,7 +9,7 @@ namespace {
 
 constexpr size_t kMaxStreams = 16384;
 
-/// Both directions of a flow have one key.
+/// The key of a flow, which is the same in both directions.
 std::pair<Endpoint, Endpoint> keyOf(const Flow& flow) {
     return std::minmax(flow.source, flow.destination);
 }
@@ -59,20 +59,20 @@ CallRecord* CallBook::findCall(const CallNames& names) {
     };
     if (CallRecord* const call = at(byIdentifier_, names.callIdentifier)) return call;
     CallRecord* const call = at(byConference_, names.conferenceID);
-    // Calls of one conference differ in their identifiers.
+    // Several calls of one conference have different callIdentifiers.
     const bool isOther =
         call != nullptr && names.callIdentifier != Guid{} && call->names.callIdentifier != Guid{};
     return isOther ? nullptr : call;
 }
 
-/// Gives a call the identifiers that it lacks.
+/// Adds the identifiers that a call does not have yet.
 void CallBook::name(CallRecord& call, const CallNames& names) {
     if (call.names.callIdentifier == Guid{} && names.callIdentifier != Guid{}) {
         call.names.callIdentifier = names.callIdentifier;
         byIdentifier_[names.callIdentifier] = call.number;
     }
     if (call.names.conferenceID == Guid{}) call.names.conferenceID = names.conferenceID;
-    // Only the conference that a call keeps is listed, as it is taken out with the call.
+    // Only the conferenceID that the call keeps is listed, because only that is removed with it.
     if (names.conferenceID != Guid{} && names.conferenceID == call.names.conferenceID)
         byConference_[names.conferenceID] = call.number;
 }
@@ -149,8 +149,8 @@ EndpointRecord* CallBook::noteOutsideCalls(const CapturedMessage& message,
     const bool isRas = message.family == FamilyId::kRas;
     const bool isFromGatekeeper = isRas && isOfGatekeeper(message.name);
     const Flow& flow = message.flow;
-    EndpointRecord* const endpoint = endpointAt(
-        isFromGatekeeper ? flow.destination.address : flow.source.address, message.time);
+    EndpointRecord* const endpoint =
+        endpointAt(isFromGatekeeper ? flow.destination.address : flow.source.address, message.time);
     if (endpoint == nullptr) return nullptr;
     endpoint->end = message.time;
     ++endpoint->messages;

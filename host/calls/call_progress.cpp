@@ -27,8 +27,8 @@ void reach(CallRecord& call, CallState state, std::string_view why) {
     call.why = why;
 }
 
-/// Why no media came about: what was refused, or that the hosts have no codec in common. Empty if
-/// nothing tells.
+/// Why there was no media: what was refused, or that the hosts have no common codec. Empty if there
+/// was media, or if the reason is not known.
 std::string whyNoMedia(const CallRecord& call) {
     if (call.hasMedia) return {};
     if (!call.refusal.empty() || call.sides.size() < 2) return call.refusal;
@@ -40,7 +40,7 @@ std::string whyNoMedia(const CallRecord& call) {
     return isCommon ? "" : "no common codec: " + joinEscaped(one) + " and " + joinEscaped(other);
 }
 
-/// The first releaseComplete of a call tells why it ended.
+/// The first releaseComplete of a call says why it ended.
 void release(CallRecord& call, const MessageDetails& details) {
     if (call.isReleased) return;
     call.isReleased = true;
@@ -65,14 +65,14 @@ void followSignalling(CallRecord& call, const CapturedMessage& message,
     const Address& source = message.flow.source.address;
     call.isOffering = name == "setup";
     if (name == "setup") {
-        // What the caller signalled is worth more than what RAS told before.
+        // The names of setup replace those of RAS.
         if (call.state == CallState::kRequested) {
             if (!details.text("from").empty()) call.from.clear();
             if (!details.text("to").empty()) call.to.clear();
         }
         takeName(call.from, details.text("from"));
         takeName(call.to, details.text("to"));
-        if (call.isEnded()) {  // another attempt, of the caller or of a gatekeeper
+        if (call.isEnded()) {  // the caller or a gatekeeper tries again
             call.state = CallState::kRequested;
             call.isReleased = false;
             call.cause.reset();
@@ -119,7 +119,8 @@ void followRas(CallRecord& call, const CapturedMessage& message, const MessageDe
     }
 }
 
-/// A channel was acknowledged or refused: finds what was offered, and forgets it.
+/// A channel was acknowledged or refused. Returns the codec that was offered, and removes the
+/// offer.
 std::string takeOffer(CallRecord& call, const Address& from, const int64_t* channel) {
     const auto offer = std::find_if(call.offers.begin(), call.offers.end(), [&](const auto& one) {
         return channel != nullptr && one.channel == *channel && one.from == from;
@@ -148,7 +149,7 @@ void followH245(CallRecord& call, const CapturedMessage& message, const MessageD
     const int64_t* const channel = details.number("channel");
     if (message.transport == Transport::kFastStart) {
         if (call.isOffering || message.outcome != Outcome::kDecoded) return;
-        addTo(call.codecs, details.text("codec"));  // what the called endpoint chose
+        addTo(call.codecs, details.text("codec"));  // the called endpoint's choice
         call.hasMedia = true;
     } else if (name == "openLogicalChannel") {
         if (call.offers.size() >= CallRecord::kMaxOffers) call.offers.erase(call.offers.begin());

@@ -1,10 +1,10 @@
-// What a message changes in its call.
+// Updates a call from its messages.
 #pragma once
 
 #include "call_book.h"
 
-/// Takes the state, the names, the codecs and the end of a call from a message.
+/// Updates the state, the names, the codecs and the reason of the end. The message is not refused.
 void followCall(CallRecord& call, const CapturedMessage& message, const MessageDetails& details);
 
-/// Sets a name that is still empty, to text from the wire.
+/// Sets a name to text from the wire, unless it is already set.
 void takeName(std::string& name, std::string_view told);

@@ -4,11 +4,11 @@ namespace {
 
 struct Known {
     std::string_view name;
-    std::vector<uint32_t> arcs;  // an identifier that begins with them
+    std::vector<uint32_t> arcs;  // the identifier begins with these
 };
 
-/// itu-t recommendation, the letter of the series (g is 7, h is 8), the recommendation, and what
-/// follows.
+/// The identifiers begin with itu-t, recommendation, the letter of the series (g is 7, h is 8) and
+/// the number of the recommendation.
 const std::vector<Known>& knownIdentifiers() {
     static const std::vector<Known> kKnown = {
         {"g7221", {0, 0, 7, 7221}},          {"g7222", {0, 0, 7, 7222}},

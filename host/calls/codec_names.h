@@ -1,14 +1,15 @@
-// Media and capabilities of H.245 in short form: "g711Alaw64k", "h263", "t38fax", "h264".
+// Short names of H.245 media and capabilities: "g711Alaw64k", "h263", "t38fax", "h264".
 #pragma once
 
 #include <algorithm>
 
 #include "detail_values.h"
 
-/// The name of a capability that has an object identifier; the identifier if it is not known.
+/// The name of a capability that is an object identifier; the identifier itself if it has no name
+/// here.
 std::string genericName(const AsnObjId& identifier);
 
-/// Without what every name of its kind has: "h261VideoCapability" is "h261".
+/// A name without the endings that many names have: "h261VideoCapability" becomes "h261".
 std::string shortName(std::string_view name);
 
 template <class Generic>
@@ -50,7 +51,7 @@ std::string dataName(const Data& data) {
     return chosenText(data.application);
 }
 
-/// What a channel carries; of encrypted media, what is encrypted.
+/// The name of the media of a channel; of encrypted media, the name of what is encrypted.
 template <class Type>
 std::string mediaName(const Type& type) {
     if (type.t == Type::audioData) return audioName(*type.u.audioData);
@@ -61,13 +62,13 @@ std::string mediaName(const Type& type) {
     return chosenText(type);
 }
 
-/// What an endpoint can do, by name.
+/// The names of an endpoint's capabilities.
 struct CapabilityNames {
     std::vector<std::string> media;
     std::vector<std::string> userInput;
 };
 
-/// Adds the name of a capability, if it is one of media or user input, and new.
+/// Adds the name of a capability of media or user input, unless the list already has it.
 template <class Capability>
 void addCapability(const Capability& capability, CapabilityNames& names) {
     const auto& u = capability.u;

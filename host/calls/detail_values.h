@@ -1,4 +1,5 @@
-// Values of H.225.0 and H.245 as text, for the types of each set of modules.
+// Values of H.225.0 and H.245 as text, for the types of both sets of modules. Text from the wire is
+// not escaped.
 #pragma once
 
 #include <string>
@@ -11,8 +12,8 @@
 #include "detail_writer.h"
 #include "endpoint.h"
 
-/// The name of an alternative, "alternative 31" if the modules do not know it; empty if the choice
-/// is absent.
+/// The name of the chosen alternative; "alternative 31" if the modules do not know it; empty if the
+/// component is absent.
 template <class Choice>
 std::string chosenText(const Choice& choice) {
     const std::string_view name = asnAlternativeName(choice);
@@ -20,11 +21,13 @@ std::string chosenText(const Choice& choice) {
     return "alternative " + std::to_string(choice.t);
 }
 
+/// As UTF-8.
 inline std::string textOf(const AsnBMPString& text) {
     return utf8Of({text.data, text.nchars});
 }
 
-/// A transport address of H.225.0; empty if it is absent or no IP address.
+/// A transport address of H.225.0: "10.0.0.1:1720"; the name of its kind if it is no IP address;
+/// empty if it is absent.
 template <class Address>
 std::string addressText(const Address& address) {
     const auto text = [](const auto& ip) {
@@ -61,6 +64,7 @@ std::string numberText(const Number& number) {
     return chosenText(number);
 }
 
+/// The text of an alias, or the name of its kind if it has no text.
 template <class Alias>
 std::string aliasText(const Alias& alias) {
     const auto& u = alias.u;

@@ -1,4 +1,5 @@
-// What a message says, for people and for programs: from its typed value and what was around it.
+// The details of a message, for people and for programs. They are read from its typed value and
+// from the Q.931 message around it.
 #pragma once
 
 #include <cstdint>
@@ -13,27 +14,28 @@
 struct Fact {
     using Value = std::variant<std::string, int64_t, bool, std::vector<std::string>>;
 
-    std::string_view name;  // in lowerCamelCase; lives as long as the program
-    Value value;            // text as it was on the wire, a BMPString as UTF-8; not escaped
+    std::string_view name;  // in lowerCamelCase; valid as long as the program
+    Value value;            // text as on the wire, not escaped; a BMPString as UTF-8
 };
 
 struct MessageDetails {
-    /// Follows the message's name: "4711 -> 4712", "1 g711Alaw64k rtp 10.0.0.1:5004". Text from the
-    /// wire is escaped: what is not printable ASCII is \xNN, and a backslash is two.
+    /// What is shown after the name of the message: "4711 -> 4712", "1 g711Alaw64k rtp
+    /// 10.0.0.1:5004". Text from the wire is escaped (escaped_text.h).
     std::string summary;
     std::vector<Fact> facts;
 
+    /// The first fact of a name; null if there is none.
     const Fact* find(std::string_view name) const;
     /// A fact that is text; empty if there is none.
     std::string_view text(std::string_view name) const;
-    /// A fact that is a number.
+    /// A fact that is a number; null if there is none.
     const int64_t* number(std::string_view name) const;
     /// A fact that is a list; null if there is none.
     const std::vector<std::string>* list(std::string_view name) const;
     void clear();
 };
 
-/// Reads what a message says. A message that did not decode has only what was around it.
-///   modules  what the message was decoded with
+/// Sets the details of a message. If it did not decode, they come only from Q.931.
+///   modules  those that the message was decoded with
 void readDetails(const TamselModules& modules, const CapturedMessage& message,
                  MessageDetails& details);

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// Codecs of one message that become facts.
+/// Codecs of one message that become a fact, at most.
 constexpr size_t kMaxMedia = 64;
 
 template <class Address>
@@ -21,8 +21,8 @@ Endpoint endpointOf(const Address& address) {
     return {};
 }
 
-/// The two addresses of a channel's media. In the summary, that of RTCP is left out if it is where
-/// it always is: at the next port.
+/// Reads the addresses of RTP and RTCP. The summary has that of RTCP only if it is not at the next
+/// port of the same host.
 template <class Parameters>
 void readAddresses(const Parameters& parameters, DetailWriter& writer) {
     const Endpoint media = endpointOf(parameters.mediaChannel);
@@ -45,7 +45,7 @@ void readMultiplex(const Multiplex& multiplex, DetailWriter& writer) {
         readAddresses(*multiplex.u.h2250LogicalChannelParameters, writer);
 }
 
-/// Reads an OpenLogicalChannel: of a fast start, the media may be in the reverse direction alone.
+/// Reads an OpenLogicalChannel. In fastStart the media may be only in the reverse direction.
 template <class Open>
 void readOpen(const Open& open, DetailWriter& writer) {
     const auto& forward = open.forwardLogicalChannelParameters;
@@ -69,7 +69,7 @@ void readUserInput(const Input& input, DetailWriter& writer) {
         writer.both("userInput", input.u.signal->signalType);
 }
 
-/// Reads what a body has of what is worth a word.
+/// Reads those components of a body that are shown.
 template <class Body>
 void readH245Body(const Body& body, DetailWriter& writer) {
     if constexpr (requires { body.forwardLogicalChannelNumber; }) {

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// A BandWidth counts in 100 bit/s.
+/// The unit of BandWidth, in bit/s.
 constexpr int64_t kBandwidthUnit = 100;
 
 void readBandwidth(int64_t bandwidth, DetailWriter& writer) {
@@ -34,7 +34,7 @@ void readAddress(std::string_view label, std::string_view name, const Address& a
     }
 }
 
-/// Who calls whom, of the requests that tell.
+/// Reads the calling and the called party of a request.
 template <class Body>
 void readParties(const Body& body, DetailWriter& writer) {
     std::string from;
@@ -52,27 +52,41 @@ void readParties(const Body& body, DetailWriter& writer) {
         }
 }
 
-/// Reads what a body has of what is worth a word.
+/// Reads the identifier and the address of a gatekeeper. An endpoint has these components as well,
+/// but is shown with its aliases.
 template <class Body>
-void readRasBody(const Body& body, DetailWriter& writer) {
+void readGatekeeper(const Body& body, DetailWriter& writer) {
+    constexpr bool hasAliases = requires {
+        body.terminalAlias;
+    }
+    || requires {
+        body.endpointAlias;
+    };
+    if constexpr (requires { body.gatekeeperIdentifier; }) {
+        const std::string identifier = textOf(body.gatekeeperIdentifier);
+        if (!hasAliases) writer.sayWire(identifier);
+        writer.fact("gatekeeperIdentifier", identifier);
+    }
+    if constexpr (requires { body.rasAddress.t; }) {
+        const std::string address = addressText(body.rasAddress);
+        if (!hasAliases) writer.say(address);
+        writer.fact("rasAddress", address);
+    }
+}
+
+/// Reads the reason of a reject, or of another message.
+template <class Body>
+void readReason(const Body& body, DetailWriter& writer) {
     if constexpr (requires { body.rejectReason; })
         writer.both("reason", chosenText(body.rejectReason));
     if constexpr (requires { body.nakReason; }) writer.both("reason", chosenText(body.nakReason));
     if constexpr (requires { body.disengageReason; })
         writer.both("reason", chosenText(body.disengageReason));
-    if constexpr (requires { body.destinationInfo; }) readParties(body, writer);
-    if constexpr (requires { body.terminalAlias; }) readAliases(body.terminalAlias, writer);
-    if constexpr (requires { body.endpointAlias; }) readAliases(body.endpointAlias, writer);
-    if constexpr (requires { body.keepAlive; })
-        if (body.keepAlive != 0) {
-            writer.say("keepAlive");
-            writer.fact("keepAlive", true);
-        }
-    if constexpr (requires { body.reason; }) writer.both("reason", chosenText(body.reason));
-    if constexpr (requires { body.destCallSignalAddress; })
-        readAddress("at", "signalAddress", body.destCallSignalAddress, writer);
-    if constexpr (requires { body.callSignalAddress; })
-        readAddress("at", "signalAddress", body.callSignalAddress, writer);
+}
+
+/// Reads bandwidth, times and the number of calls.
+template <class Body>
+void readNumbers(const Body& body, DetailWriter& writer) {
     if constexpr (requires { body.bandWidth; })
         if (body.bandWidth > 0) readBandwidth(body.bandWidth, writer);
     if constexpr (requires { body.allowedBandWidth; }) readBandwidth(body.allowedBandWidth, writer);
@@ -91,25 +105,29 @@ void readRasBody(const Body& body, DetailWriter& writer) {
                        (body.perCallInfo.n == 1 ? " call" : " calls"));
             writer.fact("calls", static_cast<int64_t>(body.perCallInfo.n));
         }
+}
+
+/// Reads those components of a body that are shown.
+template <class Body>
+void readRasBody(const Body& body, DetailWriter& writer) {
+    readReason(body, writer);
+    if constexpr (requires { body.destinationInfo; }) readParties(body, writer);
+    if constexpr (requires { body.terminalAlias; }) readAliases(body.terminalAlias, writer);
+    if constexpr (requires { body.endpointAlias; }) readAliases(body.endpointAlias, writer);
+    if constexpr (requires { body.keepAlive; })
+        if (body.keepAlive != 0) {
+            writer.say("keepAlive");
+            writer.fact("keepAlive", true);
+        }
+    if constexpr (requires { body.reason; }) writer.both("reason", chosenText(body.reason));
+    if constexpr (requires { body.destCallSignalAddress; })
+        readAddress("at", "signalAddress", body.destCallSignalAddress, writer);
+    if constexpr (requires { body.callSignalAddress; })
+        readAddress("at", "signalAddress", body.callSignalAddress, writer);
+    readNumbers(body, writer);
     if constexpr (requires { body.endpointIdentifier; })
         writer.fact("endpointIdentifier", textOf(body.endpointIdentifier));
-    // Where a gatekeeper is; of an endpoint the aliases say more.
-    constexpr bool isEndpoint = requires {
-        body.terminalAlias;
-    }
-    || requires {
-        body.endpointAlias;
-    };
-    if constexpr (requires { body.gatekeeperIdentifier; }) {
-        const std::string identifier = textOf(body.gatekeeperIdentifier);
-        if (!isEndpoint) writer.sayWire(identifier);
-        writer.fact("gatekeeperIdentifier", identifier);
-    }
-    if constexpr (requires { body.rasAddress.t; }) {
-        const std::string address = addressText(body.rasAddress);
-        if (!isEndpoint) writer.say(address);
-        writer.fact("rasAddress", address);
-    }
+    readGatekeeper(body, writer);
     writer.fact("sequenceNumber", static_cast<int64_t>(body.requestSeqNum));
 }
 

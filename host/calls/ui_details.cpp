@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Who calls whom: digits of Q.931, else the first alias.
+/// Reads the calling and the called party: the digits of Q.931, or else the first alias.
 template <class Body>
 void readParties(const Body& body, const Q931Message* q931, DetailWriter& writer) {
     const std::string calling = q931 != nullptr ? textOf(q931->calling) : "";
@@ -35,7 +35,8 @@ void readUiBody(const Body& body, const Q931Message* q931, DetailWriter& writer)
         readCause(*q931, writer);
     }
     if constexpr (requires { body.reason; }) {
-        // Of a cause and a reason, the cause says more; the reason is said if it adds to it.
+        // The cause of Q.931 says more than the reason. The reason follows it unless it is
+        // undefined.
         const bool hasCause = q931 != nullptr && q931->cause;
         const std::string reason = chosenText(body.reason);
         if (!hasCause)

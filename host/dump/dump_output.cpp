@@ -8,11 +8,11 @@ AsnDumpSink DumpOutput::sink() {
     if (stream_ == nullptr) {
         stream_ = file_.empty() ? stdout : std::fopen(file_.c_str(), "w");
         if (stream_ == nullptr) throw OutputFailed(file_ + ": cannot be written");
-        // Windows writes to a console character by character if it has no buffer.
+        // Without a buffer Windows writes to a console one character at a time.
         (void)std::setvbuf(stream_, nullptr, _IOFBF, 1 << 16);
     }
     return {[](void* target, const char* text, size_t size) {
-                (void)std::fwrite(text, 1, size, static_cast<FILE*>(target));  // see flush
+                (void)std::fwrite(text, 1, size, static_cast<FILE*>(target));  // `flush` tests this
             },
             stream_};
 }

@@ -1,4 +1,4 @@
-// Where tamsel-dump writes: a file or standard output.
+// The output of tamsel-dump: a file or standard output.
 #pragma once
 
 #include <cstdio>
@@ -12,26 +12,26 @@ struct OutputFailed : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
-/// Opened by the first text, so that a file is left unchanged if no message decodes. Lines end as
-/// the system's text files do.
+/// The output is opened for the first text, so that a file is left unchanged if there is nothing to
+/// write. Lines end as in the text files of the system.
 class DumpOutput {
   public:
-    /// No file name: standard output.
+    /// file: its name; empty for standard output.
     explicit DumpOutput(std::string file) : file_(std::move(file)) {}
     ~DumpOutput();
     DumpOutput(const DumpOutput&) = delete;
     DumpOutput& operator=(const DumpOutput&) = delete;
 
-    /// For the text of one message; opens the file. Throws OutputFailed.
+    /// A sink for the dump of one message. Opens the output if it is not open. Throws OutputFailed.
     AsnDumpSink sink();
 
-    /// Whether the sink is a terminal, so that character strings must be escaped.
+    /// Whether the output, which is open, is a terminal: character strings must be escaped there.
     bool isTerminal() const { return ::isTerminal(stream_); }
 
-    /// Passes on what the sink got. Throws OutputFailed.
+    /// Writes what is buffered. Throws OutputFailed if anything could not be written.
     void flush();
 
-    /// A line of the program's own.
+    /// Writes a line, and flushes it. Throws OutputFailed.
     void line(const std::string& text);
 
   private:

@@ -1,10 +1,10 @@
-// Streams, where systems differ.
+// What differs between systems: terminals, and binary standard input.
 #pragma once
 
 #include <cstdio>
 
-/// Whether a stream is shown on a terminal.
+/// Whether a stream is a terminal.
 bool isTerminal(FILE* stream);
 
-/// Reads standard input octet for octet from now on.
+/// Makes standard input binary: the system does not translate line ends.
 void makeInputBinary();

@@ -7,4 +7,5 @@ bool isTerminal(FILE* stream) {
 }
 
 void makeInputBinary() {
+    // Standard input is always binary here.
 }

@@ -1,4 +1,4 @@
-// What tells calls apart.
+// The identifiers of a call.
 #pragma once
 
 #include <algorithm>
@@ -12,14 +12,15 @@
 /// A globally unique identifier; all zero if there is none.
 using Guid = std::array<uint8_t, 16>;
 
+/// A call has one identifier or both. The first version of H.225.0 has only the conferenceID.
 struct CallNames {
     Guid callIdentifier{};
-    Guid conferenceID{};  // before 1998 it told calls apart
+    Guid conferenceID{};
 
     auto operator<=>(const CallNames&) const = default;
     bool isEmpty() const { return callIdentifier == Guid{} && conferenceID == Guid{}; }
 
-    /// Takes the identifier that it lacks from another that has the same other one.
+    /// Takes a missing identifier from `other`, if the other identifier is the same in both.
     void complete(const CallNames& other) {
         if (callIdentifier == Guid{} && conferenceID == other.conferenceID)
             callIdentifier = other.callIdentifier;
@@ -27,11 +28,11 @@ struct CallNames {
             conferenceID = other.conferenceID;
     }
 
-    /// The identifier that is shown.
+    /// The identifier that is shown: the callIdentifier if there is one.
     const Guid& shown() const { return callIdentifier == Guid{} ? conferenceID : callIdentifier; }
 };
 
-/// Whether an identifier of a call starts with these lower-case hex digits.
+/// Whether one of the identifiers starts with these hex digits, which are in lower case.
 inline bool isNamed(const CallNames& call, std::string_view digits) {
     const auto starts = [&](const Guid& guid) {
         std::string text;

@@ -4,14 +4,15 @@
 
 namespace {
 
+/// Limits of what is held of a conversation: octets, segments and remarks.
 constexpr size_t kMaxHeld = 65536;
 constexpr size_t kMaxHeldSegments = 256;
 constexpr size_t kMaxRemarks = 16;
 
-/// A conversation that began before the capture is looked at for so many segments.
+/// Segments of a conversation that began before the capture, until it is foreign.
 constexpr size_t kMaxSegmentsMidway = 16;
 
-/// What a piece that is held costs besides its octets.
+/// Octets that a held part costs in addition to its own.
 constexpr size_t kHeldCost = 64;
 
 }  // namespace
@@ -63,7 +64,8 @@ bool Conversation::octets(Time time, Side side, const StreamPart& part) {
     return true;
 }
 
-/// Looks at what is held of a side: what it is if that can be told, or that it is none of ours.
+/// Finds out from the held octets of a side what the conversation is for. Returns nothing if that
+/// is not known yet; `isForeign` tells whether it is certainly no H.323.
 std::optional<Known> Conversation::judge(Side side, bool& isForeign) {
     std::vector<uint8_t> octets;
     bool isMidway = false;
@@ -73,7 +75,7 @@ std::optional<Known> Conversation::judge(Side side, bool& isForeign) {
         octets.insert(octets.end(), held.octets.begin(), held.octets.end());
     }
     if (isMidway) {
-        // Its start is not there, but one of its segments may start with a whole TPKT.
+        // The start of the stream was not captured, but the newest segment may start with a TPKT.
         octets = held_.back().octets;
         isForeign = held_.size() > kMaxSegmentsMidway && !hasTpkts_;
         if (!TpktReader::isConfirmed(octets, TpktContent::kAny)) return {};
@@ -89,7 +91,7 @@ std::optional<Known> Conversation::judge(Side side, bool& isForeign) {
     return Known{.purpose = Purpose::kH245, .call = *call};
 }
 
-/// It is known now what the conversation is: what is held is read.
+/// Begins to read the conversation: its purpose is known now. Reads what is held.
 void Conversation::start(const Known& known) {
     known_ = known;
     if (known.purpose == Purpose::kSignalling)
@@ -124,7 +126,7 @@ void Conversation::gap(Time time, Side side, size_t octets) {
     tpktOf(side).gap(octets, *this);
 }
 
-/// Octets of a gap are read if they are whole TPKTs.
+/// Octets of a reported gap are read only if they consist of whole TPKTs.
 void Conversation::late(Time time, Side side, const StreamPart& part) {
     if (!known_ || known_->purpose == Purpose::kNone) return;
     auto octets = part.octets;
@@ -174,8 +176,9 @@ void Conversation::lost(size_t octets) {
     remark(now_, side_, Remark::kOctetsPassedOver, octets);
 }
 
-/// If one call is looked for, remarks are of interest if the conversation has that call, which its
-/// messages may tell later.
+/// If the finder looks for one call, only remarks about the conversations of this call are passed
+/// on. A later message may show that the conversation belongs to it, so remarks are kept until
+/// then.
 void Conversation::remark(Time time, Side side, Remark what, size_t octets) {
     const CaptureRemark remark{time, flowOf(side), what, octets};
     if (isWanted_ || !finder_.wantsOneCall())

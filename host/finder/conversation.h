@@ -1,5 +1,6 @@
-// One TCP conversation: what it is, and the messages of its two sides. If no message has announced
-// it, it is held until its first octets tell, or an announcement comes late.
+// One TCP conversation: finds out what it carries, and reads the messages of both sides. If no
+// message has announced its address, its octets are held until they show what they are, or until a
+// message announces the address.
 #pragma once
 
 #include <array>
@@ -11,7 +12,7 @@
 
 class Conversation : public StreamReader, private TpktReceiver {
   public:
-    /// flow: from the client.
+    /// finder: must outlive the conversation. flow: from the client.
     Conversation(MessageFinder& finder, const Flow& flow);
     ~Conversation() override;
 
@@ -21,16 +22,16 @@ class Conversation : public StreamReader, private TpktReceiver {
     void late(Time time, Side side, const StreamPart& part) override;
     void end(Time time) override;
 
-    /// Tells that the conversation has a message of the call that is looked for.
+    /// Must be called when the conversation has a message of the call that the finder looks for.
     void wanted();
 
   private:
-    /// Octets, or a gap, that came before it was known what the conversation is.
+    /// Octets of a segment, or a gap, that came before the purpose of the conversation was known.
     struct Held {
         Time time = 0;
         Side side = Side::kClient;
         bool isGap = false;
-        size_t gap = 0;
+        size_t gap = 0;  // octets; 0 if unknown
         std::vector<uint8_t> octets{};
         std::vector<FrameRun> runs{};
     };
@@ -50,21 +51,21 @@ class Conversation : public StreamReader, private TpktReceiver {
 
     MessageFinder& finder_;
     Flow flow_;
-    std::optional<Known> known_;
+    std::optional<Known> known_;  // what the conversation is for
     TpktReader client_;
     TpktReader server_;
 
-    // While nothing is known:
+    // Until known_ is set:
     std::vector<Held> held_;
-    size_t heldOctets_ = 0;
-    bool hasTpkts_ = false;
+    size_t heldOctets_ = 0;  // octets that held_ costs
+    bool hasTpkts_ = false;  // there are TPKTs, but not of Q.931
 
-    // While the readers run:
+    // The part that a reader reads now:
     Time now_ = 0;
     Side side_ = Side::kClient;
 
-    // If one call is looked for: whether this conversation has it, and what was remarked before
-    // that was known.
+    // If the finder looks for one call: whether the conversation belongs to it, and the remarks
+    // until this is known.
     bool isWanted_ = false;
     std::vector<CaptureRemark> remarks_;
 };

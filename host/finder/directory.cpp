@@ -6,7 +6,8 @@ constexpr uint16_t kRasDiscoveryPort = 1718;
 constexpr uint16_t kRasPort = 1719;
 constexpr uint16_t kSignallingPort = 1720;
 
-/// More than are in use at one time in any capture; beyond that the oldest are forgotten.
+/// Limits of what is remembered: addresses, hosts that an address was announced to, and pairs of
+/// hosts. Beyond them the oldest are forgotten.
 constexpr size_t kMaxAnnounced = 32768;
 constexpr size_t kMaxTold = 16;
 constexpr size_t kMaxHosts = 16384;

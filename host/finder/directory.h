@@ -1,5 +1,5 @@
-// What addresses are for, and whose call they belong to: as messages announce, as ports tell, as
-// the user says.
+// What addresses are used for, and for which call: from --port, from the messages that announce
+// them, and from the registered ports.
 #pragma once
 
 #include <map>
@@ -14,36 +14,39 @@
 
 enum class Protocol { kUdp, kTcp };
 
-/// What a flow is for, and its call if that is known.
+/// What a flow is used for, and its call if that is known.
 struct Known {
     Purpose purpose = Purpose::kNone;
     CallNames call;
-    bool isGuess = false;  // no message said so: datagrams there decoded as RAS
+    bool isGuess = false;  // not announced by a message, but datagrams of it decoded as RAS
 };
 
 class Directory {
   public:
-    /// overrides: ports whose purpose the user has told. They win over all else.
+    /// overrides: the purposes of ports that the user has set. They take precedence.
     explicit Directory(std::map<uint16_t, Purpose> overrides);
 
-    /// Notes an address. `peer` is who received the announcement, and so who will connect: if two
-    /// calls announce the same address, that tells which of them a stream belongs to.
+    /// Notes an announced address, and its call.
+    ///   peer  the host that received the announcement, and that will connect. If two calls
+    ///   announce
+    ///         the same address, the peer tells to which of them a stream belongs.
     void announce(const Announcement& announcement, const Address& peer, const CallNames& call);
 
-    /// Notes that both endpoints of a flow seem to speak RAS.
+    /// Notes that both endpoints of a flow seem to use RAS.
     void guessRas(const Flow& flow);
 
-    /// Notes that a call is signalled between two hosts.
+    /// Notes a call that is signalled between the hosts of a flow.
     void noteCall(const Flow& flow, const CallNames& call);
 
-    /// What a flow is for, if that is known.
+    /// What a flow is used for; nothing if that is not known.
     std::optional<Known> find(Protocol protocol, const Flow& flow) const;
 
-    /// The call signalled last between two hosts.
+    /// The call that was signalled last between the hosts of a flow; null if there is none. Valid
+    /// until the next noteCall.
     const CallNames* callBetween(const Flow& flow) const;
 
   private:
-    /// One who was told an address.
+    /// A host that an address was announced to, and for which call.
     struct Told {
         Address peer{};
         CallNames call;
@@ -51,8 +54,8 @@ class Directory {
     struct Entry {
         Purpose purpose = Purpose::kNone;
         bool isGuess = false;
-        Told last;
-        std::vector<Told> others;  // other peers, oldest first
+        Told last;                 // the last announcement
+        std::vector<Told> others;  // announcements to other hosts, oldest first
     };
     using Key = std::pair<Protocol, Endpoint>;
 

@@ -1,4 +1,5 @@
-// The body of a message: the alternative that a CHOICE of the module sets chose.
+// Calls a function with the body of a message, which is the chosen alternative of a CHOICE, for the
+// types of both sets of modules.
 #pragma once
 
 #include <type_traits>
@@ -8,7 +9,7 @@
         visit(*u.alternative);           \
         break;
 
-/// Calls `visit` with the body of a RasMessage, if it has one that the modules know.
+/// Calls `visit` with the body of a RasMessage, unless the modules do not know its alternative.
 template <class Ras, class Visit>
 void visitRas(const Ras& message, Visit visit) {
     const auto& u = message.u;

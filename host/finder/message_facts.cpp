@@ -20,15 +20,15 @@ struct Modules2009 {
     using H245 = asn2009::H245MultimediaSystemControlMessage;
 };
 
-/// A message has the name of the alternative that it is.
+/// Sets the name to that of the chosen alternative.
 template <class Choice>
-void nameIt(const Choice& chosen, MessageFacts& facts) {
+void readName(const Choice& chosen, MessageFacts& facts) {
     facts.name = asnAlternativeName(chosen);
     if (facts.name.empty())
         facts.alternative = chosen.t > 0 ? "alternative " + std::to_string(chosen.t) : "unknown";
 }
 
-/// Whether an identifier is that of H.225.0, of any version: itu-t recommendation h 2250 0 version.
+/// Whether an identifier is that of H.225.0, of any version: 0 0 8 2250 0 VERSION.
 bool isOfH323(const AsnObjId& protocol) {
     constexpr uint32_t kH2250[] = {0, 0, 8, 2250, 0};
     return protocol.numids == std::size(kH2250) + 1 &&
@@ -40,7 +40,8 @@ void readGuid(const Octets& octets, Guid& guid) {
     if (octets.numocts == guid.size()) std::copy_n(octets.data, guid.size(), guid.begin());
 }
 
-/// A transport address, or a list of them. An absent one is zero, as all absent components are.
+/// Adds a transport address, or a list of them. An absent component has the tag 0, so it adds
+/// nothing.
 template <class Type>
 void announce(const Type& addresses, Purpose purpose, MessageFacts& facts) {
     if constexpr (requires { addresses.elem; }) {
@@ -62,7 +63,7 @@ void keepH245(const Octets& messages, MessageFacts& facts) {
         facts.h245Control.emplace_back(messages.elem[i].data, messages.elem[i].numocts);
 }
 
-/// Reads the components that tell what a message is about, of those that its type has.
+/// Reads the facts from those components that the type of the body has.
 template <class Body>
 void readBody(const Body& body, MessageFacts& facts) {
     if constexpr (requires { body.requestSeqNum; })
@@ -118,18 +119,19 @@ void readUi(const Ui& message, MessageFacts& facts) {
     keepH245(message.h323_uu_pdu.h245Control, facts);
 }
 
-/// The names are in two CHOICEs. A message that did not decode may lack the inner one.
+/// The name of an H.245 message is in the inner of two CHOICEs. A message that did not decode may
+/// lack the inner one.
 template <class H245>
-void nameH245(const H245& message, MessageFacts& facts) {
+void readH245Name(const H245& message, MessageFacts& facts) {
     const auto& u = message.u;
     if (message.t == H245::request && u.request != nullptr)
-        nameIt(*u.request, facts);
+        readName(*u.request, facts);
     else if (message.t == H245::response && u.response != nullptr)
-        nameIt(*u.response, facts);
+        readName(*u.response, facts);
     else if (message.t == H245::command && u.command != nullptr)
-        nameIt(*u.command, facts);
+        readName(*u.command, facts);
     else if (message.t == H245::indication && u.indication != nullptr)
-        nameIt(*u.indication, facts);
+        readName(*u.indication, facts);
     else
         facts.alternative = "unknown";
 }
@@ -139,14 +141,14 @@ void readFactsOf(FamilyId family, const TamselDecoder& decoder, MessageFacts& fa
     const bool isDecoded = decoder.status() == kAsnOk;
     if (family == FamilyId::kRas) {
         const auto& message = decoder.value<typename Modules::Ras>();
-        nameIt(message, facts);
+        readName(message, facts);
         if (isDecoded) readRas(message, facts);
     } else if (family == FamilyId::kUi) {
         const auto& message = decoder.value<typename Modules::Ui>();
-        nameIt(message.h323_uu_pdu.h323_message_body, facts);
+        readName(message.h323_uu_pdu.h323_message_body, facts);
         if (isDecoded) readUi(message, facts);
     } else {
-        nameH245(decoder.value<typename Modules::H245>(), facts);
+        readH245Name(decoder.value<typename Modules::H245>(), facts);
     }
 }
 

@@ -9,19 +9,20 @@ namespace {
 
 constexpr size_t kMaxDialogues = 65536;
 
-/// Tells a call reference from a RAS sequence number.
+/// Is added to a call reference in a Dialogue. It is greater than any RAS sequence number.
 constexpr uint32_t kCallReference = 1U << 16;
 
 constexpr std::string_view kMaybeRas = "UDP datagrams that may be RAS, without an answer";
 constexpr size_t kMaxGuesses = 4096;
 constexpr size_t kMaxGuessed = 2048;  // octets of one
 
-/// What a MultimediaSystemControlMessage begins with if it is an openLogicalChannel, which follows
-/// at an octet boundary (X.691 22): no extension, request, no extension, the fourth of the
-/// requests.
+/// The first octet of a MultimediaSystemControlMessage that is an openLogicalChannel: no extension,
+/// request, no extension, the fourth of the requests. The OpenLogicalChannel follows at the octet
+/// boundary (X.691 22).
 constexpr uint8_t kOpenLogicalChannel = 0x03;
 
-/// Why a message did not decode, and where in its octets, which came after some that were added.
+/// Why a message did not decode, and at which of its octets.
+///   added  the number of octets that were decoded before those of the message
 std::string reasonOf(const TamselDecoder& decoder, size_t octets, size_t added) {
     std::array<char, 200> text{};
     asnErrorText(decoder.errors(), text.data(), text.size());
@@ -81,8 +82,9 @@ void MessageFinder::ras(const Arrival& arrival, const Flow& flow, std::span<cons
               .reason = {}});
 }
 
-/// A datagram decoded as RAS, but one of a few thousand of any other protocol does. It is believed
-/// if it names its protocol, or if it answers another: with the same sequence number.
+/// A datagram decoded as RAS, but one in a few thousand datagrams of other protocols does. It is
+/// accepted if it names H.225.0 as its protocol, or if it answers another one: it has the same
+/// sequence number. Its facts are in carriedFacts_.
 void MessageFinder::guess(const Arrival& arrival, const Flow& flow,
                           std::span<const uint8_t> octets) {
     const auto hosts = std::minmax(flow.source, flow.destination);
@@ -117,14 +119,16 @@ bool MessageFinder::exported(const Arrival& arrival, const Flow& flow, std::stri
     } else if (protocol == "q931") {
         signalling(arrival, flow, octets, nullptr);
     } else if (protocol == "tpkt") {
-        if (octets.size() > 4) signalling(arrival, flow, octets.subspan(4), nullptr);
+        if (octets.size() > kTpktHeader)
+            signalling(arrival, flow, octets.subspan(kTpktHeader), nullptr);
     } else {
         return false;
     }
     return true;
 }
 
-/// Whether octets start with a message of a kind that is known.
+/// Whether octets start with a message of a name that the modules know. Its facts are in
+/// carriedFacts_ then.
 bool MessageFinder::isMessage(FamilyId family, std::span<const uint8_t> octets) {
     if (carriedDecoder_.decode(familyOf(modules_, family), octets, true) != kAsnOk) return false;
     readFacts(modules_, family, carriedDecoder_, carriedFacts_);
@@ -150,7 +154,7 @@ void MessageFinder::h245(const Arrival& arrival, const Flow& flow, std::span<con
     conversation_ = nullptr;
 }
 
-/// What is no Q.931 in a call-signalling stream may be H.245.
+/// If the content of a TPKT in call signalling is no Q.931, it may be H.245.
 void MessageFinder::signalling(const Arrival& arrival, const Flow& flow,
                                std::span<const uint8_t> octets, Conversation* conversation) {
     if (!startsQ931(octets)) {
@@ -185,7 +189,7 @@ void MessageFinder::signalling(const Arrival& arrival, const Flow& flow,
     conversation_ = nullptr;
 }
 
-/// Decodes the octets of one packet, which may be several messages.
+/// Decodes the octets of a datagram or TPKT, which may be several messages.
 void MessageFinder::messages(const CapturedMessage& found) {
     CallNames call;
     for (auto rest = found.octets; !rest.empty();) {
@@ -204,7 +208,8 @@ void MessageFinder::messages(const CapturedMessage& found) {
     }
 }
 
-/// Decodes one message, passes it on and follows it. Its octets become those that it took.
+/// Decodes one message, passes it on and follows its announcements. `message.octets` becomes the
+/// octets that the message took.
 void MessageFinder::message(CapturedMessage& message) {
     decode(message, decoder_, facts_);
     identify(message);
@@ -240,7 +245,7 @@ void MessageFinder::decode(CapturedMessage& message, TamselDecoder& decoder, Mes
     message.name = facts.name.empty() ? std::string_view(facts.alternative) : facts.name;
 }
 
-/// Finds out a message's call: it tells itself, or an earlier message of the same dialogue did.
+/// Sets the call of a message: the message names it, or an earlier message of the dialogue did.
 void MessageFinder::identify(CapturedMessage& message) {
     const bool hasNumber = message.q931 != nullptr || facts_.sequenceNumber > 0;
     if (message.family == FamilyId::kH245 || !hasNumber) {
@@ -253,7 +258,7 @@ void MessageFinder::identify(CapturedMessage& message) {
                                                     : facts_.sequenceNumber};
     const CallNames* const known = dialogues_.find(dialogue);
     if (facts_.call.isEmpty()) {
-        // A request without a call begins another dialogue, of the same number.
+        // A request without a call begins another dialogue, which has the same number.
         if (known != nullptr && !facts_.isRequest) message.call = *known;
         if (known != nullptr && facts_.isRequest) dialogues_.put(dialogue, {});
         return;
@@ -263,7 +268,7 @@ void MessageFinder::identify(CapturedMessage& message) {
     dialogues_.put(dialogue, message.call);
 }
 
-/// What a call-signalling message carries of H.245.
+/// Decodes the H.245 messages that a call-signalling message carries, and passes them on.
 void MessageFinder::carried(const CapturedMessage& message) {
     const auto take = [&](Transport transport, std::span<const uint8_t> octets) {
         CapturedMessage found{.time = message.time,

@@ -1,4 +1,5 @@
-// Finds H.323 messages in what a network carries, decodes them, and follows where they lead.
+// Finds H.323 messages in datagrams and streams, decodes them, and follows the addresses that they
+// announce.
 #pragma once
 
 #include <map>
@@ -11,11 +12,12 @@
 #include "network.h"
 
 struct FinderOptions {
-    /// The only call to pass on: how its identifier starts, in lower-case hex. Empty for all.
+    /// Only messages of this call are passed on: the first hex digits of its identifier, in lower
+    /// case. Empty for all.
     std::string call;
-    /// What the user says of ports.
+    /// The purposes of ports that the user has set.
     std::map<uint16_t, Purpose> ports;
-    /// What messages are decoded with.
+    /// The modules that messages are decoded with.
     const TamselModules* modules = &kTamsel2009;
 };
 
@@ -23,6 +25,7 @@ class Conversation;
 
 class MessageFinder : public NetworkListener {
   public:
+    /// sink, budget, unread: must outlive the finder.
     MessageFinder(MessageSink& sink, MemoryBudget& budget, Unread& unread, FinderOptions options);
 
     // NetworkListener
@@ -32,13 +35,14 @@ class MessageFinder : public NetworkListener {
                   std::span<const uint8_t> octets) override;
     std::unique_ptr<StreamReader> open(const Flow& flow) override;
 
-    /// The content of one TPKT, and the conversation that it is of.
+    /// Reads the content of a TPKT of call signalling, or of H.245. The conversation is null if
+    /// there is none.
     void signalling(const Arrival& arrival, const Flow& flow, std::span<const uint8_t> octets,
                     Conversation* conversation);
     void h245(const Arrival& arrival, const Flow& flow, std::span<const uint8_t> octets,
               const CallNames& call, Conversation* conversation);
 
-    /// Whether octets are exactly one message, of a kind that is known.
+    /// Whether octets are exactly one message, of a name that the modules know.
     bool isExactly(FamilyId family, std::span<const uint8_t> octets);
 
     const Directory& directory() const { return directory_; }
@@ -46,22 +50,23 @@ class MessageFinder : public NetworkListener {
     MemoryBudget& budget() { return budget_; }
     Unread& unread() { return unread_; }
 
-    /// Whether a call is looked for, and whether this is it.
+    /// Whether the messages of a call are passed on.
     bool isWanted(const CallNames& call) const { return call_.empty() || isNamed(call, call_); }
+    /// Whether only the messages of one call are passed on.
     bool wantsOneCall() const { return !call_.empty(); }
 
   private:
-    /// What may tell a message's call if the message does not: two endpoints, and a call reference
-    /// or a RAS sequence number.
+    /// Messages with the same endpoints and the same number belong to the same call. So a message
+    /// without an identifier gets its call from an earlier one.
     struct Dialogue {
         Endpoint one;
         Endpoint other;
-        uint32_t number;
+        uint32_t number;  // a RAS sequence number, or kCallReference and a call reference
 
         auto operator<=>(const Dialogue&) const = default;
     };
 
-    /// A datagram that decoded as RAS at an address that is not known for it.
+    /// A datagram that decoded as RAS, between endpoints that are not known to use RAS.
     struct Guess {
         Time time = 0;
         Flow flow;
@@ -90,8 +95,9 @@ class MessageFinder : public NetworkListener {
     Recent<std::pair<Endpoint, Endpoint>, Guess> guesses_;
     TamselDecoder decoder_;
     MessageFacts facts_;
-    TamselDecoder carriedDecoder_;  // of messages in a message, whose octets decoder_ holds
+    TamselDecoder
+        carriedDecoder_;  // of messages in the message that decoder_ holds, and of guesses
     MessageFacts carriedFacts_;
-    std::vector<uint8_t> proposal_;         // the request that a proposal of fastStart is
-    Conversation* conversation_ = nullptr;  // of the message at hand; null for a datagram
+    std::vector<uint8_t> proposal_;         // a proposal of fastStart, made a whole request
+    Conversation* conversation_ = nullptr;  // of the current message; null for a datagram
 };

@@ -14,7 +14,7 @@ StreamStart lookAtStart(std::span<const uint8_t> octets) {
         if (octets.size() < length) break;
         const auto message = octets.first(length).subspan(kTpktHeader);
         if (!message.empty()) {
-            // A call reference of two octets is what H.225.0 uses; and all elements have to fit.
+            // H.225.0 uses call references of two octets. All information elements must be whole.
             Q931Message q931;
             const bool isQ931 = message.size() > 4 && message[1] == 2 && readQ931(message, q931);
             return {isQ931 ? StreamStart::kSignalling : StreamStart::kOther, message};

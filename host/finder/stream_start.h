@@ -1,22 +1,22 @@
-// What a TCP stream is, by its first octets: for streams that no message has announced.
+// Judges a TCP stream by its first octets. This is for streams that no message has announced.
 #pragma once
 
 #include <cstdint>
 #include <span>
 
-/// The biggest part of a stream's start that is looked at.
+/// Octets of the longest TPKT with which a stream of H.323 may start.
 constexpr size_t kMaxStreamStart = 16384;
 
 struct StreamStart {
     enum Kind {
         kOpen,        // more octets are needed
         kForeign,     // no TPKTs
-        kSignalling,  // TPKTs, and Q.931 in them
-        kOther,       // TPKTs, and something else in them, which may be H.245
+        kSignalling,  // TPKTs that contain Q.931
+        kOther,       // TPKTs that contain something else, perhaps H.245
     };
     Kind kind = kOpen;
-    std::span<const uint8_t> message;  // of kOther: the content of the first TPKT
+    std::span<const uint8_t> message;  // the content of the first TPKT that is not empty
 };
 
-/// Looks at the first octets of one side of a stream.
+/// Judges the first octets of one side of a stream.
 StreamStart lookAtStart(std::span<const uint8_t> octets);

@@ -1,4 +1,4 @@
-// Which frames of a capture carried which octets.
+// Which frames of a capture carried which octets of a stream.
 #pragma once
 
 #include <algorithm>
@@ -8,29 +8,30 @@
 #include <span>
 #include <vector>
 
-/// A frame among all captures that are read, in the order in which it was read.
+/// Identifies a frame. The order of these is the order in which the frames are read.
 struct FrameId {
-    uint32_t file = 0;    // from 0
-    uint32_t number = 0;  // in its file, from 1: as Wireshark counts
+    uint32_t file = 0;    // which of the input files, from 0
+    uint32_t number = 0;  // in that file, from 1, as Wireshark counts
 
     auto operator<=>(const FrameId&) const = default;
 };
 
-/// A frame carried these octets of a buffer, or of a stream. Several may have carried the same.
+/// The octets of a buffer or of a stream that a frame carried. Several frames may have carried the
+/// same octets.
 struct FrameRun {
     FrameId frame;
     uint32_t begin = 0;
-    uint32_t end = 0;
+    uint32_t end = 0;  // one after the last
 };
 
-/// Octets of a stream, and what carried them.
+/// Octets of a stream, and the frames that carried them.
 struct StreamPart {
     std::span<const uint8_t> octets;
-    std::span<const FrameRun> runs;  // of these octets, in order of their begin
+    std::span<const FrameRun> runs;  // positions in `octets`, in ascending order of `begin`
 };
 
-/// Appends the runs of a part of a buffer, from `first` to before `last`; they become those of a
-/// buffer which has that part at `to`.
+/// Appends those of the runs `all` that are in the part [first, last) of their buffer. The part is
+/// at position `to` of the buffer that `runs` belongs to.
 inline void appendPart(std::vector<FrameRun>& runs, std::span<const FrameRun> all, size_t first,
                        size_t last, size_t to) {
     for (const FrameRun& run : all) {
@@ -42,7 +43,7 @@ inline void appendPart(std::vector<FrameRun>& runs, std::span<const FrameRun> al
     }
 }
 
-/// Sets `frames` to those that carried octets from `first` to before `last`: each once, in order.
+/// Sets `frames` to the frames that carried octets of [first, last): each once, in order.
 inline void findFrames(std::vector<FrameId>& frames, std::span<const FrameRun> runs, size_t first,
                        size_t last) {
     frames.clear();

@@ -36,7 +36,8 @@ std::vector<PastedMessage> HexDumpReader::read() {
         if (offset.value == 0 || messages_.empty())
             endMessage();
         else if (offset.value != next_)
-            fail(at_, "offset " + asOffset(offset.value) + " where " + asOffset(next_) + " is due");
+            fail(at_,
+                 "offset " + asOffset(offset.value) + ", but " + asOffset(next_) + " is expected");
         readLine(offset);
     }
     return std::move(messages_);
@@ -64,7 +65,7 @@ HexDumpReader::Offset HexDumpReader::offsetAt(size_t at) const {
     const bool moreFollow = text_.substr(std::min(at + 2, text_.size())).starts_with(' ');
     const bool arePairs =
         digitsAt(at) == 2 && endsAt(at + 2) && (!moreFollow || digitsAt(at + 3) <= 2);
-    // Some programs end with a line that has the size alone.
+    // Some programs end a dump with a line that has only its size.
     const bool isSize = !messages_.empty() && endsAt(at);
     if (hasColon)
         offset.kind = Offset::kWithColon;
@@ -76,7 +77,7 @@ HexDumpReader::Offset HexDumpReader::offsetAt(size_t at) const {
 void HexDumpReader::readLine(const Offset& offset) {
     const size_t lineEnds = lineEnd();
     size_t end = lineEnds;
-    while (isBlank(text_[end - 1])) --end;  // the offset stops it
+    while (isBlank(text_[end - 1])) --end;  // ends at the offset, at the latest
     size_t octets = 0;                      // of this line
     at_ = offset.end;
     while (at_ < end) {
@@ -98,7 +99,8 @@ void HexDumpReader::readLine(const Offset& offset) {
     at_ = lineEnds;
 }
 
-/// Whether the rest of a line is two blanks or more, and the last octets read, as characters.
+/// Whether the rest of a line is at least two blanks, and then the last `octets` octets as
+/// characters.
 bool HexDumpReader::areCharacters(size_t at, size_t end, size_t octets) const {
     const std::string_view rest = text_.substr(at, end - at);
     const size_t first = rest.find_first_not_of(" \t");
@@ -111,13 +113,14 @@ bool HexDumpReader::areCharacters(size_t at, size_t end, size_t octets) const {
         inner = inner.substr(1, inner.size() - 2);
         if (agrees(inner, shown)) return true;
     }
-    // Characters may begin with blanks, so that the place where they begin is not known.
+    // The characters may begin with blanks, so each blank may be the first of them.
     for (size_t start = rest[0] == '\t' ? 1 : 2; start <= first; ++start)
         if (agrees(rest.substr(start), shown)) return true;
     return false;
 }
 
-/// Blanks at the end of the text may be missing; older dumps have one more after eight characters.
+/// Whether a text shows octets as characters. Blanks at its end may be missing. Some dumps have an
+/// additional blank after eight characters.
 bool HexDumpReader::agrees(std::string_view text, std::span<const unsigned char> octets) {
     if (octets.size() > 8 && text.size() > 9 && text[8] == ' ' && octets[8] != ' ')
         return agrees(text.substr(0, 8), octets.first(8)) &&

@@ -1,4 +1,4 @@
-// Hex dumps: offset, octets, characters. hex_text.h has the rules.
+// Reads hex dumps, whose lines have an offset, octets and characters. hex_text.h has the rules.
 #pragma once
 
 #include "hex_reader.h"
@@ -7,16 +7,17 @@ class HexDumpReader : HexReader {
   public:
     using HexReader::HexReader;
 
-    /// Whether the first line of a text begins with an offset. Throws BadHex if that cannot be
-    /// told.
+    /// Whether the first line of a text begins with an offset. Throws BadHex if the line looks like
+    /// the middle of a dump.
     static bool isDump(std::string_view text);
 
+    /// Reads the whole text. Throws BadHex.
     std::vector<PastedMessage> read();
 
   private:
     struct Offset {
         size_t value = 0;
-        size_t end = 0;  // after it, its colon included
+        size_t end = 0;  // the position after the offset and its colon
         enum { kNone, kBeforePairs, kWithColon } kind = kNone;
     };
 

@@ -1,4 +1,4 @@
-// What the readers of hex text share: a position in the text, digits, and the messages found.
+// The base of the readers of hex text: a position in the text, its digits, and the messages found.
 #pragma once
 
 #include "hex_text.h"
@@ -13,30 +13,33 @@ class HexReader {
     static int hexDigit(char c);
 
   protected:
-    /// Throws BadHex with the line and column of that place.
+    /// Throws BadHex, with the line and column of a position.
     [[noreturn]] void fail(size_t at, const std::string& what) const;
 
-    /// How many hex digits there are at a place; the 0 of "0x" is none.
+    /// The number of hex digits from a position on. The 0 of "0x" does not count.
     size_t digitsAt(size_t at) const;
 
-    /// Skips "0x" or "\x", by its first character, and tells whether it was there.
+    /// Skips "0x" or "\x", whose first character is given. Returns whether it was there.
     bool skipPrefix(char first);
 
-    /// Takes hex digits, at least one, as octets: in pairs, or one alone if that is allowed.
+    /// Reads hex digits as octets: pairs, or a single digit if `oneAlone`. Throws BadHex if there
+    /// are none, or an odd number.
     void readDigits(bool oneAlone);
 
-    /// Takes two digits, which are there.
+    /// Reads two digits. The caller has tested that they are there.
     void readPair();
 
+    /// Appends an octet to the message that is open, or begins one.
     void add(int octet);
+    /// The next octet begins a message.
     void endMessage();
 
     std::string_view text_;
-    size_t at_ = 0;
+    size_t at_ = 0;  // the position in text_
     std::vector<PastedMessage> messages_;
 
   private:
     bool isOpen_ = false;  // the last message may get more octets
-    size_t counted_ = 0;   // up to here the line ends are counted,
-    size_t line_ = 1;      // this is the line there
+    size_t counted_ = 0;   // a position in text_
+    size_t line_ = 1;      // the number of the line at counted_
 };

@@ -14,13 +14,13 @@ std::string_view withoutMark(std::string_view text) {
     return text.substr(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
 }
 
-/// The octets between braces.
+/// Reads C arrays: the octets between braces.
 class ArrayReader : HexReader {
   public:
     using HexReader::HexReader;
 
     std::vector<PastedMessage> read() {
-        size_t brace = kNone;  // the innermost one that is open
+        size_t brace = kNone;  // the last one that is open
         while (at_ < text_.size()) {
             const char c = text_[at_];
             if (skipComment()) continue;
@@ -59,7 +59,7 @@ class ArrayReader : HexReader {
     }
 };
 
-/// Pairs of digits and strings, a message on each line.
+/// Reads lines of digit pairs and strings, each line a message.
 class LineReader : HexReader {
   public:
     using HexReader::HexReader;

@@ -1,5 +1,5 @@
-// How many octets the readers of streams hold together. Each by itself is bounded, but a capture
-// can have any number of them.
+// Counts the octets that all readers of streams hold together. Each reader has a limit of its own,
+// but a capture can have any number of streams.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@ class MemoryBudget {
     void take(size_t octets) { used_ += octets; }
     void giveBack(size_t octets) { used_ -= octets; }
 
-    /// Whether too much is held. If so, no more may be held, and what is held is given up.
+    /// Whether too much is held. A reader that sees this gives up what it holds.
     bool isSpent() const { return used_ > limit_; }
     size_t used() const { return used_; }
 

@@ -1,4 +1,4 @@
-// Numbers in network byte order. Callers check the size first.
+// Numbers in network byte order. The caller has checked that the octets are there.
 #pragma once
 
 #include <cstdint>

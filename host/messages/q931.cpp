@@ -89,8 +89,8 @@ const char* find(const Name (&names)[kCount], unsigned value) {
     return found != std::end(names) ? found->text : nullptr;
 }
 
-/// Skips octets up to and including the first whose top bit is set: "extension" octets.
-std::span<const uint8_t> behindExtension(std::span<const uint8_t> octets) {
+/// Skips the octets up to the first whose extension bit, the top bit, is set, and that octet.
+std::span<const uint8_t> afterExtension(std::span<const uint8_t> octets) {
     while (!octets.empty()) {
         const bool isLast = (octets[0] & 0x80) != 0;
         octets = octets.subspan(1);
@@ -99,24 +99,24 @@ std::span<const uint8_t> behindExtension(std::span<const uint8_t> octets) {
     return octets;
 }
 
-/// Takes what is of interest from an information element.
+/// Reads an information element, if it is one of those that Q931Message has.
 void readElement(uint8_t element, std::span<const uint8_t> octets, Q931Message& message) {
     switch (element) {
         case kUserUser:
             if (!octets.empty() && octets[0] == kX680) message.userUser = octets.subspan(1);
             break;
         case kCause:
-            octets = behindExtension(octets);
+            octets = afterExtension(octets);
             if (!octets.empty()) message.cause = octets[0] & 0x7F;
             break;
         case kDisplay:
             message.display = octets;
             break;
         case kCalling:
-            message.calling = behindExtension(octets);
+            message.calling = afterExtension(octets);
             break;
         case kCalled:
-            message.called = behindExtension(octets);
+            message.called = afterExtension(octets);
             break;
         default:
             break;
@@ -166,7 +166,7 @@ void Q931Message::describe(std::string& text) const {
 
 bool readQ931(std::span<const uint8_t> octets, Q931Message& message) {
     message = {};
-    // Discriminator, call reference with its length, message type, information elements.
+    // Protocol discriminator, call reference with its length, message type, information elements.
     if (!startsQ931(octets) || octets.size() < 3 || octets[1] > 2) return false;
     const size_t referenceOctets = octets[1];
     if (octets.size() < referenceOctets + 3) return false;
@@ -177,11 +177,11 @@ bool readQ931(std::span<const uint8_t> octets, Q931Message& message) {
     octets = octets.subspan(referenceOctets + 3);
     while (!octets.empty()) {
         const uint8_t element = octets[0];
-        if ((element & 0x80) != 0) {  // an element of one octet
+        if ((element & 0x80) != 0) {  // a single-octet element
             octets = octets.subspan(1);
             continue;
         }
-        // The user-user element's length takes two octets, unlike Q.931's own.
+        // The length of the user-user element has two octets, other than in Q.931 itself.
         const size_t lengthOctets = element == kUserUser ? 2 : 1;
         if (octets.size() <= lengthOctets) return false;
         const size_t length = lengthOctets == 2 ? octets[1] * size_t{256} + octets[2] : octets[1];

@@ -7,10 +7,10 @@
 
 namespace {
 
-constexpr int kHeadersForProof = 4;  // a longer chain proves no more
+constexpr int kHeadersForProof = 4;  // a longer chain is no better proof
 constexpr size_t kMaxCandidates = 32;
 
-/// Whether a header may start there; of a header that is not all there, the part that is.
+/// Whether a header may start there. If a part of the header is missing, the rest is tested.
 bool startsHeader(std::span<const uint8_t> octets) {
     return (octets.empty() || octets[0] == 3) && (octets.size() < 2 || octets[1] == 0) &&
            (octets.size() < kTpktHeader || be16(octets, 2) >= kTpktHeader);
@@ -24,7 +24,7 @@ size_t wholeTpkt(std::span<const uint8_t> octets) {
     return length <= octets.size() ? length : 0;
 }
 
-/// Judges a place where a header may be, by what follows it so far.
+/// Decides whether there is a header at the start of some octets, by the octets after it.
 TpktReader::Verdict TpktReader::judge(std::span<const uint8_t> octets, TpktContent content) {
     for (int headers = 0; headers < kHeadersForProof; ++headers) {
         if (octets.empty() && headers > 0) return Verdict::kYes;
@@ -61,7 +61,7 @@ void TpktReader::read(const StreamPart& segment, TpktReceiver& receiver) {
     std::ranges::copy(octets, held_.begin() + static_cast<std::ptrdiff_t>(before));
     appendPart(runs_, segment.runs, skipped, segment.octets.size(), before);
     budget_.take(cost());
-    if (isInStep_ && startsHeader(held_) && wholeTpkt(held_) == 0) return;
+    if (isSynchronized_ && startsHeader(held_) && wholeTpkt(held_) == 0) return;
     budget_.giveBack(cost());
     const auto all = std::move(held_);
     const auto runs = std::move(runs_);
@@ -71,17 +71,17 @@ void TpktReader::read(const StreamPart& segment, TpktReceiver& receiver) {
     hold(part, readSome(part, 0, before, receiver));
 }
 
-/// Passes on what can be read from a position on; the newest segment begins `newFrom` octets after
-/// it. Returns the position of the rest.
+/// Passes on all messages from position `at` on. The newest segment begins `newFrom` octets after
+/// `at`. Returns the position of the octets that must be held.
 size_t TpktReader::readSome(const StreamPart& part, size_t at, size_t newFrom,
                             TpktReceiver& receiver) {
     auto runs = part.runs;
     while (true) {
-        if (!isInStep_) {
+        if (!isSynchronized_) {
             const size_t passed = seek(part.octets.subspan(at), newFrom);
             if (passed > 0) receiver.lost(passed);
             at += passed;
-            if (!isInStep_) return at;
+            if (!isSynchronized_) return at;
         }
         while (const size_t length = wholeTpkt(part.octets.subspan(at))) {
             while (!runs.empty() && runs.front().end <= at) runs = runs.subspan(1);
@@ -90,19 +90,19 @@ size_t TpktReader::readSome(const StreamPart& part, size_t at, size_t newFrom,
             at += length;
         }
         if (startsHeader(part.octets.subspan(at))) return at;
-        isInStep_ = false;
+        isSynchronized_ = false;
         newFrom = 0;
     }
 }
 
-/// Looks for a confirmed header. A new segment that starts with one wins. Returns how many octets
-/// are not needed any more: those before the header, or before the first that may be one.
+/// Searches a confirmed header. One at the start of the newest segment takes precedence. Returns
+/// how many octets are no longer needed: those before the header, or before the first candidate.
 size_t TpktReader::seek(std::span<const uint8_t> octets, size_t newFrom) {
     std::vector<size_t> maybe;
     const auto isHeader = [&](size_t position) {
         const Verdict verdict = judge(octets.subspan(position), content_);
         if (verdict == Verdict::kMaybe) maybe.push_back(position);
-        return isInStep_ = verdict == Verdict::kYes;
+        return isSynchronized_ = verdict == Verdict::kYes;
     };
     const auto known = std::move(candidates_);
     candidates_.clear();
@@ -121,8 +121,8 @@ size_t TpktReader::seek(std::span<const uint8_t> octets, size_t newFrom) {
 
 void TpktReader::gap(size_t octets, TpktReceiver& receiver) {
     const std::span<const uint8_t> held = held_;
-    // If the gap is within a message, the next header is where that message ends.
-    const bool isWithin = octets > 0 && isInStep_ && held.size() >= kTpktHeader &&
+    // If the gap is within a message, the next header is at the end of that message.
+    const bool isWithin = octets > 0 && isSynchronized_ && held.size() >= kTpktHeader &&
                           be16(held, 2) - held.size() >= octets;
     const size_t skipped = isWithin ? be16(held, 2) - held.size() - octets : 0;
     const bool isCounted = toSkip_ > 0 && octets > 0 && octets <= toSkip_;
@@ -134,10 +134,10 @@ void TpktReader::gap(size_t octets, TpktReceiver& receiver) {
         return;
     }
     toSkip_ = skipped;
-    isInStep_ = isWithin;
+    isSynchronized_ = isWithin;
 }
 
-/// Holds the octets from a position on.
+/// Holds the octets from position `from` on.
 void TpktReader::hold(const StreamPart& part, size_t from) {
     const auto rest = part.octets.subspan(from);
     held_.assign(rest.begin(), rest.end());

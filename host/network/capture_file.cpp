@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The last microsecond of the year 9999: what is later cannot be written as a date.
+/// The last microsecond of the year 9999. A later year has more than four digits.
 constexpr Time kLatest = 253'402'300'799'999'999;
 
 }  // namespace
@@ -16,7 +16,7 @@ void CaptureFile::Close::operator()(pcap* file) const {
     pcap_close(file);
 }
 
-/// What libpcap reads from. It is C: no exception passes through.
+/// Reads for libpcap. No exception may pass through libpcap, because it is written in C.
 ssize_t CaptureFile::readForPcap(void* file, char* to, size_t size) {
     auto& capture = *static_cast<CaptureFile*>(file);
     try {

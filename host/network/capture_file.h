@@ -1,4 +1,4 @@
-// Capture files, frame by frame. libpcap reads pcap; pcapng is read by pcapng.h.
+// Reads capture files. libpcap reads pcap, and pcapng.h reads pcapng.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,7 @@ struct pcap;
 
 class CaptureFile : public FrameSource {
   public:
-    /// Opens a file, or standard input for "-"; `index` is its place among those that are read.
+    /// Opens a file, or standard input for "-". `index` becomes the file number of its frames.
     /// Throws BadCapture.
     explicit CaptureFile(const std::string& name, uint32_t index = 0);
 
@@ -26,9 +26,9 @@ class CaptureFile : public FrameSource {
     bool nextOfPcap(Frame& frame);
 
     InputFile input_;
-    FrameId id_;  // of the frame read last
+    FrameId id_;  // of the last frame
     std::unique_ptr<PcapngReader> pcapng_;
-    std::string error_;  // of input_, met while libpcap read
+    std::string error_;  // why input_ failed when libpcap read it
     std::unique_ptr<pcap, Close> pcap_;
 
     static ssize_t readForPcap(void* file, char* to, size_t size);

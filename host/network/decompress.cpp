@@ -14,7 +14,7 @@ namespace {
 constexpr std::array<uint8_t, 2> kGzip{0x1F, 0x8B};
 constexpr std::array<uint8_t, 4> kZstd{0x28, 0xB5, 0x2F, 0xFD};
 
-/// gzip, several members included.
+/// gzip, of one or several members.
 class Gzip : public Decompressor {
   public:
     Gzip() {

@@ -1,4 +1,4 @@
-// Compressed files: gzip by zlib, zstd by libzstd if the build machine has it.
+// Decompresses files: gzip by zlib, and zstd by libzstd if the build machine has it.
 #pragma once
 
 #include <cstdint>
@@ -6,12 +6,12 @@
 #include <span>
 #include <stdexcept>
 
-/// What is wrong with a capture file.
+/// Why a capture cannot be read.
 struct BadCapture : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
-/// Undoes a compression, piece by piece.
+/// Decompresses data piece by piece.
 class Decompressor {
   public:
     Decompressor() = default;
@@ -19,14 +19,15 @@ class Decompressor {
     Decompressor(const Decompressor&) = delete;
     Decompressor& operator=(const Decompressor&) = delete;
 
-    /// Takes octets from the front of `in` and writes at most `size` octets to `out`. Returns how
-    /// many it wrote; 0 means that it needs more input. Throws BadCapture.
+    /// Removes octets from the front of `in`, and writes at most `size` octets to `out`. Returns
+    /// how many it wrote; 0 means that it needs more input. Throws BadCapture if the data is
+    /// damaged.
     virtual size_t run(std::span<const uint8_t>& in, uint8_t* out, size_t size) = 0;
 
-    /// Whether the input may end here.
+    /// Whether the compressed data is complete, so that the input may end here.
     virtual bool isComplete() const = 0;
 };
 
-/// What decompresses a file that starts like this; null if the file is not compressed. Throws
+/// The decompressor for a file with these first octets; null if the file is not compressed. Throws
 /// BadCapture if this build cannot decompress it.
 std::unique_ptr<Decompressor> decompressorFor(std::span<const uint8_t> start);

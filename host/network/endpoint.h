@@ -1,4 +1,4 @@
-// Where a message comes from or goes to.
+// IP addresses and ports.
 #pragma once
 
 #include <array>
@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-/// An IP address. IPv4 is kept in IPv6's form for it, ::ffff:a.b.c.d.
+/// An IPv6 address, or an IPv4 address as ::ffff:a.b.c.d.
 using Address = std::array<uint8_t, 16>;
 
 /// An IP address and a port.
@@ -28,11 +28,11 @@ struct Flow {
     Flow reversed() const { return {destination, source}; }
 };
 
-/// An address of 4 octets or 16; other sizes give an address that is not in use.
+/// Makes an address of 4 or 16 octets. Any other size gives the address ::, which no host has.
 Address makeAddress(std::span<const uint8_t> octets);
 Endpoint makeEndpoint(std::span<const uint8_t> address, unsigned port);
 
-/// Reads an address of either version. Returns nothing if a text is none.
+/// Reads an IPv4 or IPv6 address. Returns nothing if the text is none.
 std::optional<Address> readAddress(const std::string& text);
 
 /// "192.0.2.1:1720", "[2001:db8::1]:1720"

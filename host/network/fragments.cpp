@@ -4,12 +4,15 @@
 
 namespace {
 
-/// Packets in parts are given up after this time; the oldest also if there are more of them.
+/// A packet that is not complete after this time is given up. The oldest packet is given up if
+/// there are more packets or octets than these.
 constexpr Time kPacketLife = 30'000'000;
 constexpr size_t kMaxPackets = 4096;
 constexpr size_t kMaxOctets = 4 << 20;
-constexpr size_t kMaxPacket = 65535;
-/// What a part costs besides its octets.
+
+constexpr size_t kMaxPacket = 65535;  // octets
+
+/// Octets that a part costs in addition to its own.
 constexpr size_t kPartCost = 96;
 
 }  // namespace
@@ -47,8 +50,8 @@ std::span<const uint8_t> Fragments::add(const Key& key, Arrival& arrival, size_t
     return {};
 }
 
-/// Writes a packet to whole_; false if a part is missing. If parts overlap, the first in the packet
-/// is taken.
+/// Writes a packet to whole_. Returns false if a part is missing. If parts overlap, the octets of
+/// the part with the smaller offset are used.
 bool Fragments::join(const Packet& packet) {
     whole_.clear();
     for (const auto& [offset, octets] : packet.parts) {

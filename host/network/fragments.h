@@ -1,4 +1,4 @@
-// IP packets put together from their fragments, of IPv4 and IPv6. libtins does it for IPv4 alone.
+// Reassembles IPv4 and IPv6 packets from their fragments. libtins does this only for IPv4.
 #pragma once
 
 #include <cstdint>
@@ -15,32 +15,34 @@ class Fragments {
   public:
     explicit Fragments(Unread& unread) : unread_(unread) {}
 
-    /// What fragments of one packet have in common.
+    /// What all fragments of a packet have in common.
     struct Key {
         Address source;
         Address destination;
-        uint32_t identification;  // of IPv4 with the protocol, which is a part of it
+        uint32_t identification;  // IPv4: with the protocol in the upper 16 bits
 
         auto operator<=>(const Key&) const = default;
     };
 
-    /// Takes a fragment; `more` says that it is not the last. Returns the packet's payload if it is
-    /// whole with this fragment, and adds its frames to `arrival`, or else returns nothing. Both
-    /// are valid until the next call.
+    /// Takes a fragment. If it completes its packet, returns the payload of the packet, and sets
+    /// the frames of `arrival` to all frames of the packet; both are valid until the next call.
+    /// Otherwise returns nothing.
+    ///   offset  of the fragment in the payload, in octets
+    ///   more    whether another fragment follows it
     std::span<const uint8_t> add(const Key& key, Arrival& arrival, size_t offset, bool more,
                                  std::span<const uint8_t> octets);
 
-    /// Gives up all packets that are not whole.
+    /// Gives up all packets that are not complete.
     void end();
 
   private:
     struct Packet {
         Key key;
         Time first = 0;
-        size_t size = 0;  // of the packet; 0 if its last fragment is missing
+        size_t size = 0;  // octets of the payload; 0 until the last fragment has come
         size_t held = 0;  // octets in parts
-        std::map<size_t, std::vector<uint8_t>> parts{};
-        std::vector<FrameId> frames{};  // of the parts
+        std::map<size_t, std::vector<uint8_t>> parts{};  // by offset
+        std::vector<FrameId> frames{};                   // of the parts
     };
     using Packets = std::list<Packet>;
 
@@ -51,7 +53,7 @@ class Fragments {
     Unread& unread_;
     Packets packets_;  // oldest first
     std::map<Key, Packets::iterator> byKey_;
-    size_t held_ = 0;  // octets in all packets, and what their parts cost
-    std::vector<uint8_t> whole_;
+    size_t held_ = 0;             // octets in all packets, with the costs of their parts
+    std::vector<uint8_t> whole_;  // the payload returned last, and its frames
     std::vector<FrameId> wholeFrames_;
 };

@@ -1,4 +1,4 @@
-// A filter expression of libpcap (pcap-filter), for frames of any link type.
+// Applies a filter expression of libpcap (man pcap-filter) to frames of any link type.
 #pragma once
 
 #include <map>
@@ -12,14 +12,16 @@ struct bpf_program;
 
 class FrameFilter {
   public:
-    /// expression: empty for all frames.
+    ///   expression  empty if all frames match
+    ///   unread      counts the frames that the filter cannot be applied to
     FrameFilter(std::string expression, Unread& unread);
     ~FrameFilter();
     FrameFilter(const FrameFilter&) = delete;
     FrameFilter& operator=(const FrameFilter&) = delete;
 
-    /// Whether a frame is passed on. Throws std::runtime_error if the expression is wrong. If it
-    /// only cannot be used for frames of this link type, they are counted as not read.
+    /// Whether a frame matches. If the expression cannot be compiled for its link type, the frame
+    /// does not match, and is counted as not read. Throws std::runtime_error if the expression
+    /// itself is wrong.
     bool has(const Frame& frame);
 
   private:
@@ -32,5 +34,5 @@ class FrameFilter {
 
     std::string expression_;
     Unread& unread_;
-    std::map<unsigned, Program> programs_;  // by link type; null: of no use
+    std::map<unsigned, Program> programs_;  // by link type; null if it does not compile for that
 };

@@ -1,4 +1,4 @@
-// Where frames come from: a capture file, or an interface.
+// A source of frames: a capture file or an interface.
 #pragma once
 
 #include "frame.h"
@@ -10,9 +10,10 @@ class FrameSource {
     FrameSource(const FrameSource&) = delete;
     FrameSource& operator=(const FrameSource&) = delete;
 
-    /// The next frame; false at the end. Throws BadCapture if the source is damaged or cut short.
+    /// Reads the next frame. Returns false at the end. Throws BadCapture if the source is damaged
+    /// or cut short.
     virtual bool next(Frame& frame) = 0;
 
-    /// How much has been read, 0 to 1; below 0 if that is unknown.
+    /// The part that has been read, 0 to 1; below 0 if it is unknown.
     virtual double progress() const { return -1; }
 };

@@ -47,7 +47,7 @@ InputFile::~InputFile() {
     close(file_);
 }
 
-/// Adds to the octets at hand what the file has next.
+/// Reads more octets of the file, and appends them to rest_.
 void InputFile::fill() {
     if (!rest_.empty()) std::memmove(buffer_.data(), rest_.data(), rest_.size());
     const size_t kept = rest_.size();

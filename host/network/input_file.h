@@ -1,4 +1,4 @@
-// The octets of a file or of standard input, decompressed if the file is compressed.
+// Reads the octets of a file or of standard input, and decompresses them if necessary.
 #pragma once
 
 #include <array>
@@ -19,16 +19,17 @@ class InputFile {
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
 
-    /// The first octets, at most 4; `read` returns them again.
+    /// The first octets, at most 4, decompressed. `read` returns them again.
     std::span<const uint8_t> start() const { return {start_.data(), startSize_}; }
 
-    /// Reads up to `size` octets, as many as are there; 0 at the end. Throws BadCapture.
+    /// Reads at most `size` octets, as soon as there are any. Returns how many; 0 at the end.
+    /// Throws BadCapture.
     size_t read(uint8_t* to, size_t size);
 
-    /// Reads until `size` octets are there or the file ends. Returns how many.
+    /// Reads until it has `size` octets or the file ends. Returns how many. Throws BadCapture.
     size_t readAll(uint8_t* to, size_t size);
 
-    /// How much of the file has been read, 0 to 1; below 0 if that is unknown.
+    /// The part of the file that has been read, 0 to 1; below 0 if it is unknown.
     double progress() const { return size_ > 0 ? static_cast<double>(taken_) / size_ : -1; }
 
   private:
@@ -36,13 +37,13 @@ class InputFile {
     size_t readDecompressed(uint8_t* to, size_t size);
 
     int file_ = -1;
-    double size_ = 0;
-    size_t taken_ = 0;
+    double size_ = 0;   // octets of the file; 0 if it is not a regular file
+    size_t taken_ = 0;  // octets that were read from the file
     std::vector<uint8_t> buffer_;
-    std::span<const uint8_t> rest_;  // of buffer_
+    std::span<const uint8_t> rest_;  // the octets of buffer_ that are not used yet
     bool isAtEnd_ = false;
-    std::unique_ptr<Decompressor> decompressor_;
+    std::unique_ptr<Decompressor> decompressor_;  // null if the file is not compressed
     std::array<uint8_t, 4> start_{};
     size_t startSize_ = 0;
-    size_t startRead_ = 0;
+    size_t startRead_ = 0;  // octets of start_ that `read` has returned
 };

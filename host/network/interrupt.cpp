@@ -11,7 +11,7 @@ volatile std::sig_atomic_t interrupted = 0;
 void catchInterrupt() {
     struct sigaction action {};
     action.sa_handler = [](int) { interrupted = 1; };
-    // Without SA_RESTART, so that a read returns.
+    // SA_RESTART is not set, so that a read returns.
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);

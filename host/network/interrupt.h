@@ -1,8 +1,8 @@
-// Ctrl-C during live input ends the input, and the program continues with its summary.
+// Ctrl-C ends live input. The program then writes its summary.
 #pragma once
 
-/// From now on the first SIGINT or SIGTERM is remembered; a second one ends the program.
+/// From now on the first SIGINT or SIGTERM is only noted. The second one ends the program.
 void catchInterrupt();
 
-/// Whether one came. A read that waits returns EINTR then.
+/// Whether a signal was noted. The signal makes a read that waits return EINTR.
 bool isInterrupted();

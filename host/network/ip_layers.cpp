@@ -9,16 +9,17 @@ constexpr unsigned kTcp = 6;
 constexpr unsigned kUdp = 17;
 constexpr unsigned kGre = 47;
 
-constexpr unsigned kVxlanPorts[] = {4789, 8472};  // registered, and what Linux had before
+constexpr unsigned kVxlanPorts[] = {4789, 8472};  // the registered port, and the older one of Linux
 constexpr unsigned kGenevePort = 6081;
 
-/// What carries no packets of others: ICMP, IGMP, OSPF, PIM, VRRP.
+/// Whether a protocol carries no packets of other protocols: ICMP, IGMP, OSPF, PIM, VRRP.
 bool isWithoutPackets(unsigned protocol) {
     constexpr unsigned kNumbers[] = {1, 2, 58, 59, 89, 103, 112};
     return std::find(std::begin(kNumbers), std::end(kNumbers), protocol) != std::end(kNumbers);
 }
 
-/// IPv6 extension headers that only have to be skipped (RFC 8200, section 4).
+/// Whether a protocol number is that of an IPv6 extension header that can be skipped (RFC 8200,
+/// section 4).
 bool isExtension(unsigned protocol) {
     constexpr unsigned kNumbers[] = {0, 43, 60, 135, 139, 140};
     return std::find(std::begin(kNumbers), std::end(kNumbers), protocol) != std::end(kNumbers);
@@ -36,7 +37,7 @@ PacketReader::Layer PacketReader::ip(std::span<const uint8_t> octets) {
 PacketReader::Layer PacketReader::ipv4(std::span<const uint8_t> octets) {
     if (octets.size() < 20) return malformed();
     const size_t header = (octets[0] & 15U) * 4;
-    // No length at all is what a host captures that leaves segmentation to its network card.
+    // The length is 0 in frames that a host captured before its network card segmented them.
     const size_t total = be16(octets, 2) != 0 ? be16(octets, 2) : octets.size();
     if (header < 20 || total < header || octets.size() < header) return malformed();
     const unsigned fragment = be16(octets, 6);
@@ -59,7 +60,7 @@ PacketReader::Layer PacketReader::ipv4(std::span<const uint8_t> octets) {
 PacketReader::Layer PacketReader::ipv6(std::span<const uint8_t> octets) {
     if (octets.size() < 40) return malformed();
     size_t length = be16(octets, 4);
-    if (length == 0) length = octets.size() - 40;  // a jumbogram, or left to the network card
+    if (length == 0) length = octets.size() - 40;  // a jumbogram, or not segmented yet
     const bool isCut = length > octets.size() - 40;
     unsigned protocol = octets[6];
     flow_.source.address = makeAddress(octets.subspan(8, 16));
@@ -77,7 +78,7 @@ PacketReader::Layer PacketReader::ipv6(std::span<const uint8_t> octets) {
         }
         const unsigned fragment = be16(octets, 2);
         const uint32_t identification = be32(octets, 4);
-        const bool isAtomic = (fragment & ~6U) == 0;  // RFC 6946: whole, in spite of the header
+        const bool isAtomic = (fragment & ~6U) == 0;  // RFC 6946: the only fragment
         octets = octets.subspan(8);
         if (isAtomic) continue;
         if (isCut) return malformed();
@@ -95,8 +96,8 @@ PacketReader::Layer PacketReader::ofIpProtocol(const Layer& layer) {
             return tcp(octets);
         case kUdp:
             return udp(octets);
-        case 4:  // IPv4 and IPv6 in IP
-        case 41:
+        case 4:   // IPv4 in IP
+        case 41:  // IPv6 in IP
             return ip(octets);
         case kGre:
             return gre(octets);
@@ -105,7 +106,7 @@ PacketReader::Layer PacketReader::ofIpProtocol(const Layer& layer) {
             if (size < 12 || octets.size() < size) return malformed();
             return {Registry::kIpProtocol, octets[0], octets.subspan(size)};
         }
-        case 137:
+        case 137:  // MPLS
             return {Registry::kEtherType, 0x8847, octets};
         default:
             if (isWithoutPackets(layer.number)) return {};
@@ -113,7 +114,7 @@ PacketReader::Layer PacketReader::ofIpProtocol(const Layer& layer) {
     }
 }
 
-/// GRE (RFC 2784, RFC 2890), and version 1 as PPTP has it (RFC 2637).
+/// GRE (RFC 2784, RFC 2890), and the version 1 of PPTP (RFC 2637).
 PacketReader::Layer PacketReader::gre(std::span<const uint8_t> octets) {
     if (octets.size() < 4) return malformed();
     const unsigned flags = be16(octets, 0);

@@ -15,36 +15,37 @@ constexpr unsigned kIpv6 = 0x86DD;
 constexpr unsigned kTransparentEthernet = 0x6558;
 constexpr size_t kEthernetHeader = 14;
 
-/// Layers in one frame. More than any network has; a frame that nests deeper is hostile.
+/// Layers of a frame, at most. A frame with more of them is hostile: no network nests so deep.
 constexpr int kMaxLayers = 32;
 
-/// How a link type's header tells what it carries.
+/// The header of a link type.
 struct LinkHeader {
-    enum Tells { kEtherTypeAt, kIpVersion, kPppProtocol, kPppoe };
+    /// What the header is followed by, or where it says that.
+    enum Payload { kEtherTypeAt, kIpVersion, kPppProtocol, kPppoe };
 
     unsigned linkType;
-    Tells tells;
-    size_t size;
-    size_t protocolAt;
+    Payload payload;
+    size_t size;        // octets
+    size_t protocolAt;  // the position of the EtherType, if `payload` is kEtherTypeAt
 };
 constexpr LinkHeader kLinkHeaders[] = {
     {kEthernet, LinkHeader::kEtherTypeAt, 14, 12},
     {113, LinkHeader::kEtherTypeAt, 16, 14},  // Linux cooked
     {276, LinkHeader::kEtherTypeAt, 20, 0},   // Linux cooked, version 2
     {104, LinkHeader::kEtherTypeAt, 4, 2},    // Cisco HDLC
-    {0, LinkHeader::kIpVersion, 4, 0},        // BSD loopback, and OpenBSD's
-    {108, LinkHeader::kIpVersion, 4, 0},
-    {12, LinkHeader::kIpVersion, 0, 0},  // IP by itself, under its names
+    {0, LinkHeader::kIpVersion, 4, 0},        // BSD loopback
+    {108, LinkHeader::kIpVersion, 4, 0},      // OpenBSD loopback
+    {12, LinkHeader::kIpVersion, 0, 0},       // IP without a link layer: five numbers
     {14, LinkHeader::kIpVersion, 0, 0},
     {101, LinkHeader::kIpVersion, 0, 0},
     {228, LinkHeader::kIpVersion, 0, 0},
     {229, LinkHeader::kIpVersion, 0, 0},
-    {9, LinkHeader::kPppProtocol, 0, 0},
-    {50, LinkHeader::kPppProtocol, 0, 0},
-    {166, LinkHeader::kPppProtocol, 4, 0},  // pppd, with the direction before it
-    {204, LinkHeader::kPppProtocol, 1, 0},  // PPP, with the direction before it
-    {51, LinkHeader::kPppoe, 0, 0},
-    {kExportedPdu, LinkHeader::kIpVersion, 0, 0},
+    {9, LinkHeader::kPppProtocol, 0, 0},           // PPP
+    {50, LinkHeader::kPppProtocol, 0, 0},          // PPP in HDLC framing
+    {166, LinkHeader::kPppProtocol, 4, 0},         // pppd, with the direction before it
+    {204, LinkHeader::kPppProtocol, 1, 0},         // PPP, with the direction before it
+    {51, LinkHeader::kPppoe, 0, 0},                // PPP over Ethernet
+    {kExportedPdu, LinkHeader::kIpVersion, 0, 0},  // has tags instead of a header
 };
 
 const LinkHeader* findLinkHeader(unsigned linkType) {
@@ -54,7 +55,7 @@ const LinkHeader* findLinkHeader(unsigned linkType) {
     return found != std::end(kLinkHeaders) ? found : nullptr;
 }
 
-/// EtherTypes that never carry IP: there is nothing in them to miss.
+/// Whether an EtherType never carries IP, so that its frames need not be counted as not read.
 bool isWithoutIp(unsigned etherType) {
     constexpr unsigned kNames[] = {0x0806, 0x8035, 0x8863, 0x888E, 0x88CC, 0x9000};
     return std::find(std::begin(kNames), std::end(kNames), etherType) != std::end(kNames);
@@ -113,7 +114,7 @@ PacketReader::Layer PacketReader::ofLink(const Layer& layer) {
     if (layer.number == kExportedPdu) return exportedPdu(layer.octets);
     if (layer.octets.size() <= link->size) return malformed();
     const auto payload = layer.octets.subspan(link->size);
-    switch (link->tells) {
+    switch (link->payload) {
         case LinkHeader::kEtherTypeAt:
             return {Registry::kEtherType, be16(layer.octets, link->protocolAt), payload};
         case LinkHeader::kPppProtocol:
@@ -131,13 +132,13 @@ PacketReader::Layer PacketReader::ofEtherType(const Layer& layer) {
         case kIpv4:
         case kIpv6:
             return ip(octets);
-        case 0x8100:  // VLAN tags, of customer and provider
+        case 0x8100:  // VLAN tags
         case 0x88A8:
         case 0x9100:
         case 0x9200:
             if (octets.size() < 4) return malformed();
             return {Registry::kEtherType, be16(octets, 2), octets.subspan(4)};
-        case 0x8847:
+        case 0x8847:  // MPLS, unicast and multicast
         case 0x8848:
             return mpls(octets);
         case 0x8864: {  // PPPoE session
@@ -145,14 +146,14 @@ PacketReader::Layer PacketReader::ofEtherType(const Layer& layer) {
             const size_t length = be16(octets, 4);
             return {Registry::kPpp, 0, octets.subspan(6, std::min(length, octets.size() - 6))};
         }
-        case 0x880B:
+        case 0x880B:  // PPP, in GRE
             return {Registry::kPpp, 0, octets};
         case kTransparentEthernet:
             return {Registry::kLinkType, kEthernet, octets};
         case 0x88BE:  // ERSPAN type II
             if (octets.size() < 8) return malformed();
             return {Registry::kLinkType, kEthernet, octets.subspan(8)};
-        case 0x22EB: {  // ERSPAN type III; its last bit announces 8 octets more
+        case 0x22EB: {  // ERSPAN type III; if its last bit is set, 8 octets more follow
             const size_t header = octets.size() >= 12 && (octets[11] & 1) != 0 ? 20 : 12;
             if (octets.size() < header) return malformed();
             return {Registry::kLinkType, kEthernet, octets.subspan(header)};
@@ -164,7 +165,7 @@ PacketReader::Layer PacketReader::ofEtherType(const Layer& layer) {
     }
 }
 
-/// IEEE 802.2, where a length is in place of the EtherType.
+/// IEEE 802.2: such frames have a length in place of the EtherType.
 PacketReader::Layer PacketReader::llc(std::span<const uint8_t> octets) {
     if (octets.size() < 3) return malformed();
     if (octets[0] == 0x42) return {};  // spanning tree
@@ -176,7 +177,7 @@ PacketReader::Layer PacketReader::llc(std::span<const uint8_t> octets) {
     return notRead("frames of SNAP protocol", be16(octets, 6), "0x%04x");
 }
 
-/// A stack of labels; what is below them has to be guessed from its first octet.
+/// A stack of labels. They do not say what they carry, so it is guessed from the first octet.
 PacketReader::Layer PacketReader::mpls(std::span<const uint8_t> octets) {
     bool isLast = false;
     while (!isLast) {
@@ -186,25 +187,25 @@ PacketReader::Layer PacketReader::mpls(std::span<const uint8_t> octets) {
     }
     const unsigned version = octets[0] >> 4;
     if (version == 4 || version == 6) return ip(octets);
-    // A pseudowire, with its control word or without.
+    // A pseudowire that carries Ethernet. It may have a control word, which begins with 0.
     if (version == 0 && octets.size() > 4) octets = octets.subspan(4);
     if (octets.size() < kEthernetHeader) return malformed();
     return {Registry::kLinkType, kEthernet, octets};
 }
 
-/// PPP from its protocol on; in HDLC framing two octets are before it.
+/// PPP from its protocol field on. In HDLC framing two octets precede that field.
 PacketReader::Layer PacketReader::ofPpp(const Layer& layer) {
     auto octets = layer.octets;
     if (octets.size() >= 2 && octets[0] == 0xFF && octets[1] == 0x03) octets = octets.subspan(2);
     if (octets.size() < 2) return malformed();
-    const bool isShort = (octets[0] & 1) != 0;  // a protocol below 256, without its first octet
+    const bool isShort = (octets[0] & 1) != 0;  // a compressed protocol field: one octet
     const unsigned protocol = isShort ? octets[0] : be16(octets, 0);
     octets = octets.subspan(isShort ? 1 : 2);
     switch (protocol) {
-        case 0x0021:
+        case 0x0021:  // IPv4 and IPv6
         case 0x0057:
             return octets.empty() ? malformed() : ip(octets);
-        case 0x0281:
+        case 0x0281:  // MPLS
         case 0x0283:
             return mpls(octets);
         default:
@@ -213,7 +214,7 @@ PacketReader::Layer PacketReader::ofPpp(const Layer& layer) {
     }
 }
 
-/// A message that another program exported, with tags for its protocol and its addresses.
+/// A message that another program exported. Tags before it name its protocol and its addresses.
 PacketReader::Layer PacketReader::exportedPdu(std::span<const uint8_t> octets) {
     std::string_view protocol;
     while (octets.size() >= 4) {

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kTimeout = 100;  // milliseconds; so long after an interrupt it may take to end
+constexpr int kTimeout = 100;  // milliseconds, until a signal is noticed
 
 }  // namespace
 
@@ -31,7 +31,7 @@ LiveCapture::LiveCapture(const std::string& interface, const std::string& filter
         const std::string what = pcap_geterr(pcap_.get());
         throw BadCapture(what.empty() ? pcap_statustostr(status) : what);
     }
-    // libpcap continues a read after a signal, therefore `next` waits itself.
+    // libpcap restarts a read after a signal. Therefore reads do not block, and `next` waits.
     if (pcap_setnonblock(pcap_.get(), 1, error.data()) != 0) throw BadCapture(error.data());
     if (filter.empty()) return;
     bpf_program program{};
@@ -45,7 +45,7 @@ LiveCapture::LiveCapture(const std::string& interface, const std::string& filter
 LiveCapture::~LiveCapture() {
     pcap_stat counts{};
     if (pcap_stats(pcap_.get(), &counts) == 0 && counts.ps_drop > 0)
-        unread_.count("frames that came too fast", counts.ps_drop);
+        unread_.count("frames that the system dropped", counts.ps_drop);
 }
 
 bool LiveCapture::next(Frame& frame) {

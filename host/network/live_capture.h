@@ -1,4 +1,4 @@
-// Frames of an interface as they come, by libpcap.
+// Captures frames from an interface, by libpcap.
 #pragma once
 
 #include <memory>
@@ -11,12 +11,13 @@ struct pcap;
 
 class LiveCapture : public FrameSource {
   public:
-    /// filter: which frames the system passes on, as an expression of libpcap; empty for all.
-    /// Throws BadCapture if the interface cannot be read.
+    /// Throws BadCapture if the interface cannot be read, or if the filter is wrong.
+    ///   filter  an expression of libpcap, by which the system selects frames; empty for all
+    ///   unread  at the end, receives the number of frames that the system dropped
     LiveCapture(const std::string& interface, const std::string& filter, Unread& unread);
     ~LiveCapture() override;
 
-    /// Waits for the next frame; false after an interrupt.
+    /// Waits for the next frame. Returns false after a signal (interrupt.h).
     bool next(Frame& frame) override;
 
   private:

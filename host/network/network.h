@@ -1,16 +1,16 @@
-// From frames to what hosts sent each other: datagrams whole, streams in order.
+// Turns frames into what hosts sent: whole datagrams, and TCP streams in order.
 #pragma once
 
 #include "packet_reader.h"
 #include "tcp_streams.h"
 
-/// Who is told. Spans are valid during the call.
+/// Receives datagrams and streams. Spans are valid during the call.
 class NetworkListener : public StreamListener {
   public:
     virtual void datagram(const Arrival& arrival, const Flow& flow,
                           std::span<const uint8_t> octets) = 0;
-    /// A message that another program cut out of a stream and named. Returns false if that protocol
-    /// is not known.
+    /// A message that another program exported, with the name of its protocol. Returns false if the
+    /// listener does not know the protocol.
     virtual bool exported(const Arrival& arrival, const Flow& flow, std::string_view protocol,
                           std::span<const uint8_t> octets) = 0;
 };
@@ -20,12 +20,13 @@ class Network : private PacketListener {
     Network(NetworkListener& listener, MemoryBudget& budget, Unread& unread)
         : listener_(listener), reader_(*this, unread), streams_(listener, budget) {}
 
+    /// Reads the next frame.
     void frame(const Frame& frame) {
         now_ = frame.time;
         reader_.frame(frame);
     }
 
-    /// To be called when no more frames come: what is held back is passed on.
+    /// Must be called after the last frame. Passes on what is held.
     void end() {
         reader_.end();
         streams_.end(now_);
@@ -47,5 +48,5 @@ class Network : private PacketListener {
     NetworkListener& listener_;
     PacketReader reader_;
     TcpStreams streams_;
-    Time now_ = 0;
+    Time now_ = 0;  // of the last frame
 };

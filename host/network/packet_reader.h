@@ -1,6 +1,7 @@
-// From a frame to the UDP and TCP packets in it, through whatever layers and tunnels are between:
-// link_layers.cpp has those below IP, ip_layers.cpp the others. The layers are read in place.
-// libtins knows neither GRE, ERSPAN, VXLAN, PPP nor exported PDUs, and copies at each layer.
+// Finds the UDP and TCP packets in a frame, through its layers and tunnels: link_layers.cpp has the
+// layers below IP, ip_layers.cpp the others. The layers are read in place. libtins is not used for
+// this, because it does not know GRE, ERSPAN, VXLAN, PPP and exported PDUs, and copies at each
+// layer.
 #pragma once
 
 #include <span>
@@ -11,10 +12,10 @@
 #include "frame.h"
 #include "unread.h"
 
-/// What a TCP header says.
+/// A TCP segment.
 struct Segment {
     uint32_t sequence = 0;
-    uint32_t acknowledged = 0;
+    uint32_t acknowledged = 0;  // the acknowledgement number; valid if `ack`
     bool syn = false;
     bool ack = false;
     bool fin = false;
@@ -22,15 +23,15 @@ struct Segment {
     std::span<const uint8_t> payload;
 };
 
-/// Who is told. Spans are valid during the call.
+/// Receives the packets. Spans are valid during the call.
 class PacketListener {
   public:
     virtual ~PacketListener() = default;
     virtual void segment(const Arrival& arrival, const Flow& flow, const Segment& segment) = 0;
     virtual void datagram(const Arrival& arrival, const Flow& flow,
                           std::span<const uint8_t> payload) = 0;
-    /// A message that another program cut out of a stream and named.
-    /// Returns false if that protocol is not known.
+    /// A message that another program exported, with the name of its protocol. Returns false if the
+    /// listener does not know the protocol.
     virtual bool exported(const Arrival& arrival, const Flow& flow, std::string_view protocol,
                           std::span<const uint8_t> payload) = 0;
 };
@@ -40,22 +41,23 @@ class PacketReader {
     PacketReader(PacketListener& listener, Unread& unread)
         : listener_(listener), unread_(unread), fragments_(unread) {}
 
-    /// Whether frames of that link type can be read.
+    /// Whether frames of a link type can be read.
     static bool knows(unsigned linkType);
 
+    /// Reads a frame. What cannot be read is counted in `unread`.
     void frame(const Frame& frame);
 
-    /// To be called when no more frames come.
+    /// Must be called after the last frame.
     void end() { fragments_.end(); }
 
   private:
-    /// The registry that tells what the octets of a layer are.
+    /// The registry of numbers that says what the octets of a layer are.
     enum class Registry { kLinkType, kEtherType, kPpp, kIpProtocol };
 
-    /// The octets that are read next; none if the frame has no more layers.
+    /// The octets of the next layer; empty if the frame has no more layers.
     struct Layer {
         Registry registry = Registry::kLinkType;
-        unsigned number = 0;
+        unsigned number = 0;  // in the registry; of kPpp not used
         std::span<const uint8_t> octets;
     };
 
@@ -83,7 +85,7 @@ class PacketReader {
     PacketListener& listener_;
     Unread& unread_;
     Fragments fragments_;
-    FrameId frame_;    // at hand
-    Arrival arrival_;  // of the innermost packet: in that frame, and those of its fragments
+    FrameId frame_;    // the current frame
+    Arrival arrival_;  // of the innermost packet; its frames include those of other fragments
     Flow flow_;        // of the innermost IP packet
 };

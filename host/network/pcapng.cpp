@@ -7,11 +7,11 @@
 
 namespace {
 
-/// Blocks that are numbered as frames are: journal entries, custom blocks, system calls.
+/// Blocks that are counted as frames are: journal entries, custom blocks, system calls.
 constexpr uint32_t kEvents[] = {9, 0x0BAD, 0x40000BAD, 0x204, 0x216, 0x221};
 
-constexpr size_t kBlockFrame = 12;          // type, and the length twice
-constexpr size_t kMaxBlock = 16 << 20;      // of the blocks that are read
+constexpr size_t kBlockFrame = 12;          // octets: type, and the length twice
+constexpr size_t kMaxBlock = 16 << 20;      // octets of a block that is read
 constexpr size_t kMaxInterfaces = 1 << 16;  // in a section
 
 constexpr unsigned kOptionResolution = 9;
@@ -21,7 +21,7 @@ size_t padded(size_t size) {
     return (size + 3) / 4 * 4;
 }
 
-/// Ticks of an interface's clock in microseconds.
+/// Converts ticks of an interface's clock to microseconds.
 Time microseconds(uint64_t ticks, uint8_t resolution) {
     unsigned power = resolution & 0x7FU;
     if ((resolution & 0x80) != 0) {
@@ -43,7 +43,7 @@ bool PcapngReader::recognises(std::span<const uint8_t> start) {
            start[3] == 0x0A;
 }
 
-/// A number of the block's body, in the byte order of the section.
+/// A number in the body of the block. Throws BadCapture if the body is too short.
 uint64_t PcapngReader::integer(size_t at, size_t octets) const {
     if (at + octets > body_.size()) throw BadCapture("a pcapng block is too short");
     uint64_t value = 0;
@@ -63,25 +63,27 @@ void PcapngReader::skip(size_t octets) {
 
 /// Reads the next block; false at the end of the file.
 bool PcapngReader::readBlock() {
-    body_.resize(12);  // the section header's byte order is told by the third number
+    body_.resize(12);  // type, length and, of a section header, the byte order
     const size_t got = input_.readAll(body_.data(), 8);
     if (got == 0) return false;
     if (got < 8) throw BadCapture("the file ends within a block");
     type_ = static_cast<uint32_t>(integer(0, 4));
-    size_t here = 8;
+    size_t done = 8;  // octets of the block that were read
     if (type_ == kSectionHeader) {
         if (input_.readAll(body_.data() + 8, 4) < 4)
             throw BadCapture("the file ends within a block");
-        here = 12;
+        done = 12;
         isBigEndian_ = body_[8] == 0x1A;
-        if (integer(8, 4) != kByteOrderMagic) throw BadCapture("a pcapng section without its mark");
+        if (integer(8, 4) != kByteOrderMagic)
+            throw BadCapture("a pcapng section without its byte-order magic");
     }
     const auto length = static_cast<size_t>(integer(4, 4));
-    if (length < here + 4 || length % 4 != 0) throw BadCapture("a pcapng block of no valid length");
+    if (length < done + 4 || length % 4 != 0)
+        throw BadCapture("a pcapng block with an invalid length");
     const bool isKnown = type_ == kInterfaceDescription || type_ == kPacket ||
                          type_ == kSimplePacket || type_ == kEnhancedPacket;
     if (!isKnown) {
-        skip(length - here);
+        skip(length - done);
         body_.clear();
         return true;
     }
@@ -134,7 +136,8 @@ void PcapngReader::readFrame(Frame& frame, size_t interfaceOctets) {
              .length = static_cast<size_t>(integer(16, 4))};
 }
 
-/// A Simple Packet Block: of the first interface, without a time.
+/// A Simple Packet Block. It belongs to the first interface and has no time, so that it gets the
+/// time of the frame before it.
 void PcapngReader::readSimple(Frame& frame) {
     const Interface& interface = interfaceAt(0);
     const auto length = static_cast<size_t>(integer(0, 4));

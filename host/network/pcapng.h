@@ -1,6 +1,5 @@
-// pcapng files, block by block. libpcap refuses a file if its interfaces differ in link type or
-// snap length, which is what a capture on several interfaces looks like. So the blocks are read
-// here.
+// Reads pcapng files. libpcap does not read a file whose interfaces differ in link type or snapshot
+// length, and captures on several interfaces often have such interfaces.
 #pragma once
 
 #include <array>
@@ -11,20 +10,22 @@
 
 class PcapngReader {
   public:
-    /// Whether a file that starts like this is pcapng.
+    /// Whether a file with these first octets is pcapng.
     static bool recognises(std::span<const uint8_t> start);
 
+    /// input: must outlive the reader.
     explicit PcapngReader(InputFile& input) : input_(input) {}
 
-    /// The next frame; false at the end. Blocks that are not known are skipped. Throws BadCapture.
+    /// Reads the next frame, without its file number. Returns false at the end. Unknown blocks are
+    /// skipped. Throws BadCapture.
     bool next(Frame& frame);
 
-    /// The number of the frame that `next` returned last. Wireshark also counts blocks that are no
-    /// frames but events: of a journal, of system calls, and custom ones.
+    /// The number of the last frame. As in Wireshark, some blocks that are not frames are counted
+    /// as well: journal entries, system calls and custom blocks.
     uint32_t number() const { return number_; }
 
   private:
-    /// What an Interface Description Block says of its frames.
+    /// From an Interface Description Block.
     struct Interface {
         unsigned linkType = 0;
         uint32_t snapLength = 0;  // 0: no limit
@@ -45,6 +46,6 @@ class PcapngReader {
     std::vector<Interface> interfaces_;
     uint32_t type_ = 0;
     std::vector<uint8_t> body_;  // of the block, without its type and lengths
-    Time lastTime_ = 0;
+    Time lastTime_ = 0;          // of the last frame that had a time
     uint32_t number_ = 0;
 };

@@ -1,17 +1,17 @@
-// A map that forgets: what a capture can fill without end is kept in it.
+// A map of bounded size, for what a capture could otherwise fill without limit.
 #pragma once
 
 #include <cstddef>
 #include <deque>
 #include <map>
 
-/// Holds the `limit` keys that were put in last.
+/// Holds the `limit` keys that were inserted last. A key that is set again keeps its place.
 template <class Key, class Value>
 class Recent {
   public:
     explicit Recent(size_t limit) : limit_(limit) {}
 
-    /// Sets a key's value.
+    /// Sets the value of a key. If there are too many keys, forgets the oldest.
     void put(const Key& key, Value value) {
         if (!values_.insert_or_assign(key, std::move(value)).second) return;
         order_.push_back(key);
@@ -20,7 +20,7 @@ class Recent {
         order_.pop_front();
     }
 
-    /// A key's value, or null. Valid until the next put.
+    /// The value of a key, or null. Valid until the next `put`.
     const Value* find(const Key& key) const {
         const auto found = values_.find(key);
         return found != values_.end() ? &found->second : nullptr;

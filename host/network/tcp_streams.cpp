@@ -10,29 +10,30 @@ constexpr size_t kMaxOpenings = 16384;
 constexpr size_t kMaxRead = 32768;
 constexpr size_t kMaxUnwanted = 16384;
 
-/// A conversation without a segment for so long is given up. Signalling is silent while people
-/// talk.
+/// A conversation without a segment for this time is given up. It is long, because there is no
+/// signalling while people talk.
 constexpr Time kConversationLife = Time{24} * 3600 * 1'000'000;
 
-/// A segment that is further away belongs to another conversation between the same ports.
+/// A segment whose sequence number is further away belongs to another conversation on these ports.
 constexpr int32_t kMaxDistance = 1 << 24;
 
-/// Octets of one side that wait after a gap.
+/// Octets and segments of one side that wait after a gap, at most.
 constexpr size_t kMaxWaiting = 1 << 20;
 constexpr size_t kMaxSegmentsWaiting = 512;
 
-/// Gaps of one side that may be filled late; two more while one is split.
+/// Gaps of one side that are remembered, because late octets may fill them. A late segment that
+/// splits a gap makes one more.
 constexpr size_t kMaxGaps = 4;
 
-/// A SYN this close before the octets that came earlier in the capture is theirs.
+/// A SYN that the capture has after the octets belongs to them if it is at most so far before them.
 constexpr int32_t kMaxLate = 1 << 16;
 
-/// How far a sequence number is ahead of another, round the clock.
+/// How far a sequence number is ahead of another. Sequence numbers wrap around.
 int32_t ahead(uint32_t sequence, uint32_t of) {
     return static_cast<int32_t>(sequence - of);
 }
 
-/// The segment that comes first after the gap that a side waits at.
+/// The first of the segments that wait after a gap.
 auto afterGap(Tins::TCPIP::DataTracker& order) {
     auto& waiting = order.buffered_payload();
     return std::min_element(waiting.begin(), waiting.end(), [&](const auto& a, const auto& b) {
@@ -93,14 +94,14 @@ void TcpStreams::segment(const Arrival& arrival, const Flow& flow, const Segment
     if (at->reader && (segment.rst || isComplete)) finish(time, at);
 }
 
-/// A SYN: of a new conversation, or again that of one that is known.
+/// A SYN, of a new conversation or of a known one.
 void TcpStreams::opening(Time time, const Key& key, bool fromFirst, const Segment& segment) {
     const uint32_t first = segment.sequence + 1;
     if (const auto known = conversations_.find(key); known != conversations_.end()) {
         Conversation& conversation = *known->second;
         const Half& half = conversation.half(conversation.sideOf(fromFirst));
         if (half.isOpened && half.first == first) return;
-        // A SYN may also come late in the capture.
+        // The capture may have a SYN after the octets.
         const int32_t late = ahead(half.first, first);
         if (!half.isOpened && half.hasBegun && late >= 0 && late <= kMaxLate) return;
         if (!half.hasBegun && segment.ack) return;
@@ -112,7 +113,7 @@ void TcpStreams::opening(Time time, const Key& key, bool fromFirst, const Segmen
     const size_t sender = side == Side::kClient ? 0 : 1;
     opening.isKnown.at(sender) = true;
     opening.first.at(sender) = first;
-    if (segment.ack) {  // which tells the client's number as well
+    if (segment.ack) {  // it also has the client's number
         opening.isKnown[0] = true;
         opening.first[0] = segment.acknowledged;
     } else if (const Opening* const answered = openings_.find(key);
@@ -122,7 +123,7 @@ void TcpStreams::opening(Time time, const Key& key, bool fromFirst, const Segmen
     openings_.put(key, opening);
 }
 
-/// A conversation's first octets.
+/// Begins a conversation with its first octets.
 TcpStreams::Conversations::iterator TcpStreams::begin(const Key& key, bool fromFirst,
                                                       const Segment& segment) {
     Opening opening{.isReversed = !fromFirst};
@@ -132,7 +133,7 @@ TcpStreams::Conversations::iterator TcpStreams::begin(const Key& key, bool fromF
         const int32_t distance = ahead(segment.sequence, found->first.at(sender));
         if (found->isKnown.at(sender) && std::abs(int64_t{distance}) <= kMaxDistance) {
             opening = *found;
-            // A first segment acknowledges the other side's SYN if it acknowledges anything.
+            // The client's first segment acknowledges the SYN of the server.
             if (side == Side::kClient && !opening.isKnown[1] && segment.ack && distance == 0) {
                 opening.isKnown[1] = true;
                 opening.first[1] = segment.acknowledged;
@@ -152,7 +153,8 @@ TcpStreams::Conversations::iterator TcpStreams::begin(const Key& key, bool fromF
     return at;
 }
 
-/// Octets of one side. Returns the conversation that they belong to, which may be another.
+/// Takes the octets of a segment. Returns their conversation, which is a new one if the ports are
+/// used again.
 TcpStreams::Conversations::iterator TcpStreams::payload(const Arrival& arrival,
                                                         Conversations::iterator at, bool fromFirst,
                                                         const Segment& segment) {
@@ -163,7 +165,7 @@ TcpStreams::Conversations::iterator TcpStreams::payload(const Arrival& arrival,
         half.hasBegun &&
         std::abs(int64_t{ahead(sequence, half.order.sequence_number())}) > kMaxDistance) {
         const Key key = at->key;
-        remove(time, at);  // the ports are used again, and the capture does not have the SYN
+        remove(time, at);  // the ports are used again, and the SYN was not captured
         at = begin(key, fromFirst, segment);
         at->last = time;
     }
@@ -192,7 +194,7 @@ TcpStreams::Conversations::iterator TcpStreams::payload(const Arrival& arrival,
     return at;
 }
 
-/// Octets whose successors have been passed on: repeated ones, or those of a gap.
+/// Takes octets from before the next position: a retransmission, or octets of a reported gap.
 void TcpStreams::takeLate(Time time, Conversation& conversation, Side side, uint32_t sequence,
                           const StreamPart& part) {
     auto& gaps = conversation.half(side).gaps;
@@ -208,7 +210,7 @@ void TcpStreams::takeLate(Time time, Conversation& conversation, Side side, uint
     conversation.reader->late(time, side, part);
 }
 
-/// Octets that overlap those that came before, or wait for others.
+/// Takes octets that overlap earlier ones, or that are after a gap.
 void TcpStreams::takeLater(Time time, Conversation& conversation, Side side, uint32_t sequence,
                            const StreamPart& part) {
     Half& half = conversation.half(side);
@@ -220,7 +222,7 @@ void TcpStreams::takeLater(Time time, Conversation& conversation, Side side, uin
     while (isTooMuch && conversation.reader && half.waiting > 0) skipGap(time, conversation, side);
 }
 
-/// Passes on octets if they are next, and with them all that waited for them; else they wait.
+/// If octets are next, passes them on, with those that waited for them. Otherwise they wait.
 /// Returns whether they were next.
 bool TcpStreams::takeInOrder(Time time, Conversation& conversation, Side side, uint32_t sequence,
                              std::vector<uint8_t> octets) {
@@ -236,7 +238,7 @@ bool TcpStreams::takeInOrder(Time time, Conversation& conversation, Side side, u
     return true;
 }
 
-/// Keeps the frames of a segment that waits. If it came before, only those of a longer one are new.
+/// Keeps the frames of a segment that waits. A retransmission replaces them only if it is longer.
 void TcpStreams::Half::noteFrames(uint32_t sequence, const StreamPart& part) {
     const uint32_t end = sequence + static_cast<uint32_t>(part.octets.size());
     const bool isKnown = std::any_of(frames.begin(), frames.end(), [&](const FrameRun& run) {
@@ -247,7 +249,7 @@ void TcpStreams::Half::noteFrames(uint32_t sequence, const StreamPart& part) {
     for (const FrameRun& run : part.runs) frames.push_back({run.frame, sequence, end});
 }
 
-/// Sets `runs` to those of so many octets from a sequence number on, and forgets them.
+/// Moves the runs of `size` octets from a sequence number on to `runs`.
 void TcpStreams::Half::takeFrames(uint32_t from, size_t size, std::vector<FrameRun>& runs) {
     const auto octets = static_cast<int32_t>(size);
     runs.clear();
@@ -265,7 +267,7 @@ void TcpStreams::deliver(Time time, Conversation& conversation, Side side, const
     if (conversation.reader && !conversation.reader->octets(time, side, part)) drop(conversation);
 }
 
-/// What a host acknowledges has reached it. If the capture does not have it, it will not come.
+/// The other host has acknowledged octets. Those that the capture does not have will not come.
 void TcpStreams::acknowledged(Time time, Conversation& conversation, Side side, uint32_t next) {
     Half& half = conversation.half(side);
     if (!half.hasBegun || ahead(next, half.order.sequence_number()) > kMaxDistance) return;
@@ -278,7 +280,7 @@ void TcpStreams::acknowledged(Time time, Conversation& conversation, Side side, 
     }
 }
 
-/// Gives up what a side waits for, and passes on the next segment.
+/// Reports the gap at which a side waits, and passes on the segment after it.
 void TcpStreams::skipGap(Time time, Conversation& conversation, Side side) {
     Half& half = conversation.half(side);
     const auto next = afterGap(half.order);
@@ -313,7 +315,8 @@ void TcpStreams::finish(Time time, Conversations::iterator at) {
     drop(*at);
 }
 
-/// No more of a conversation is wanted. It is still known, so that what is sent again is.
+/// Drops the reader of a conversation. The conversation is still known, so that retransmissions do
+/// not begin another one.
 void TcpStreams::drop(Conversation& conversation) {
     conversation.reader.reset();
     for (Half& half : conversation.halves) {

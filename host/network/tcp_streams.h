@@ -1,6 +1,6 @@
-// TCP conversations: which segment belongs to which, where they begin and end, what order their
-// octets have. libtins puts segments in order. Its follower of whole streams is not used: it keeps
-// each SYN and joins two conversations that have the same ports.
+// Reassembles TCP streams: which segments belong to a conversation, where it begins and ends, and
+// the order of its octets. libtins puts segments in order. Its stream follower is not used, because
+// it never forgets a SYN and joins two conversations that use the same ports.
 #pragma once
 
 #include <tins/tcp_ip/data_tracker.h>
@@ -16,7 +16,7 @@
 #include "packet_reader.h"
 #include "recent.h"
 
-/// Who sent: the host that opened the conversation, or the other.
+/// A side of a conversation. The client is the host that opened it.
 enum class Side { kClient, kServer };
 
 inline Side otherSide(Side side) {
@@ -31,23 +31,23 @@ class StreamReader {
     StreamReader(const StreamReader&) = delete;
     StreamReader& operator=(const StreamReader&) = delete;
 
-    /// The next octets of a side, as one segment brought them. Returns false if no more of the
-    /// conversation is wanted; the reader is destroyed then.
+    /// The next octets of a side, those of one segment. Returns false if no more of the
+    /// conversation is wanted. Then the reader is destroyed.
     virtual bool octets(Time time, Side side, const StreamPart& part) = 0;
-    /// So many octets come next that the capture does not have; 0 if the side began before the
-    /// capture, and this cannot be told.
+    /// So many octets are missing next; 0 if the side began before the capture, so that the number
+    /// is unknown.
     virtual void gap(Time time, Side side, size_t octets) = 0;
-    /// Octets of a gap that has been told, which come after all: frames of a capture may be in
-    /// another order than on the network.
+    /// Octets of a gap that was reported. A capture may have frames in another order than the
+    /// network.
     virtual void late(Time time, Side side, const StreamPart& part) = 0;
-    /// No more comes: the conversation has ended, or the captures have.
+    /// The conversation has ended, or the captures have. The reader is destroyed after this.
     virtual void end(Time time) = 0;
 };
 
 class StreamListener {
   public:
     virtual ~StreamListener() = default;
-    /// A conversation has its first octets. `flow` is from the client.
+    /// Makes the reader of a conversation, before its first octets. `flow` is from the client.
     virtual std::unique_ptr<StreamReader> open(const Flow& flow) = 0;
 };
 
@@ -56,19 +56,21 @@ class TcpStreams {
     TcpStreams(StreamListener& listener, MemoryBudget& budget);
     ~TcpStreams();
 
+    /// Takes a segment.
     void segment(const Arrival& arrival, const Flow& flow, const Segment& segment);
 
     /// Ends all conversations.
     void end(Time time);
 
   private:
-    /// Both endpoints, the smaller first.
+    /// The endpoints of a conversation, the smaller one first.
     using Key = Flow;
     struct Hash {
         size_t operator()(const Key& key) const;
     };
 
-    /// What the opening segments told. An attack leaves nothing else, so it is small and bounded.
+    /// What the SYN segments of a conversation say. It is small, because a SYN flood fills the map
+    /// of these.
     struct Opening {
         bool isReversed = false;          // the client is the second endpoint of the key
         std::array<bool, 2> isKnown{};    // by Side
@@ -78,16 +80,16 @@ class TcpStreams {
     /// What one side sends.
     struct Half {
         Tins::TCPIP::DataTracker order;
-        bool hasBegun = false;
+        bool hasBegun = false;    // `first` is known
         bool isOpened = false;    // the capture has its SYN
-        bool isFinished = false;  // and its FIN
-        uint32_t first = 0;       // sequence number of the first octet
-        uint32_t last = 0;        // and of the FIN
-        size_t waiting = 0;       // octets after a gap, and what their runs cost
-        /// The frames of what waits, by sequence number.
+        bool isFinished = false;  // the capture has its FIN
+        uint32_t first = 0;       // the sequence number of the first octet
+        uint32_t last = 0;        // the sequence number of the FIN
+        size_t waiting = 0;       // octets that wait after a gap, with the cost of their runs
+        /// The frames of the octets that wait. Their positions are sequence numbers.
         std::vector<FrameRun> frames{};
-        /// The gaps that were told last: the numbers of their first octet, and the one after their
-        /// last.
+        /// The last gaps that were reported: the sequence numbers of the first octet, and of the
+        /// octet after the last.
         std::vector<std::pair<uint32_t, uint32_t>> gaps{};
 
         bool isComplete() const;
@@ -95,16 +97,16 @@ class TcpStreams {
         void takeFrames(uint32_t from, size_t size, std::vector<FrameRun>& runs);
     };
 
-    /// A conversation with octets.
+    /// A conversation in which octets were sent.
     struct Conversation {
         Key key;
-        bool isReversed = false;
-        std::array<Half, 2> halves{};
+        bool isReversed = false;                 // the client is the second endpoint of the key
+        std::array<Half, 2> halves{};            // client, server
         std::unique_ptr<StreamReader> reader{};  // null: no more is wanted
-        Time last = 0;
+        Time last = 0;                           // of the last segment
 
         Half& half(Side side) { return halves[side == Side::kClient ? 0 : 1]; }
-        /// The side that the key's first endpoint is, or the second.
+        /// The side of the first endpoint of the key, or of the second.
         Side sideOf(bool isFirst) const;
     };
     using Conversations = std::list<Conversation>;
@@ -131,8 +133,8 @@ class TcpStreams {
     StreamListener& listener_;
     MemoryBudget& budget_;
     Recent<Key, Opening> openings_;
-    std::vector<FrameRun> runs_;  // of the segment at hand, or of what is delivered
-    Conversations read_;          // with a reader, the one heard last at the end
-    Conversations unwanted_;      // without: those that are not read, and those that have ended
+    std::vector<FrameRun> runs_;  // of the current segment, or of what is delivered
+    Conversations read_;          // those with a reader; the one with the last segment is last
+    Conversations unwanted_;      // those without a reader: not wanted, or ended
     std::unordered_map<Key, Conversations::iterator, Hash> conversations_;
 };

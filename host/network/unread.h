@@ -1,4 +1,4 @@
-// What a capture has that is not read, by kind: for the final lines.
+// Counts what is not read, by kind, for the last lines of the summary.
 #pragma once
 
 #include <map>
@@ -7,7 +7,8 @@
 
 class Unread {
   public:
-    /// Counts one more of a kind, named in the plural: "frames of EtherType 0x88f7".
+    /// Counts some of a kind, which is named in the plural: "frames of EtherType 0x88f7". If there
+    /// are too many kinds, it counts as one of the others.
     void count(std::string_view kind, size_t count = 1) {
         auto found = kinds_.find(kind);
         if (found == kinds_.end())
@@ -15,7 +16,7 @@ class Unread {
         found->second += count;
     }
 
-    /// Takes one back: it has been read after all.
+    /// Takes back one of a kind, because it was read later.
     void takeBack(std::string_view kind) {
         const auto found = kinds_.find(kind);
         if (found != kinds_.end() && --found->second == 0) kinds_.erase(found);

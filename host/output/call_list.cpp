@@ -9,13 +9,13 @@
 
 namespace {
 
-constexpr size_t kWideList = 160;
-constexpr size_t kGap = 2;
+constexpr size_t kWideList = 160;   // characters of a terminal that has room for all columns
+constexpr size_t kGap = 2;           // characters between columns
 constexpr size_t kNarrowIndent = 7;  // of the second line of a call
 
 constexpr std::array<std::string_view, 8> kTitles = {"call", "start",   "duration", "messages",
                                                      "lost", "refused", "from",     "to"};
-/// Which columns are numbers, on the right of their column.
+/// Which columns are numbers, and so aligned to the right.
 constexpr std::array<bool, 8> kIsNumber = {true, false, true, true, true, true, false, false};
 
 std::string stateText(const CallRecord& call) {
@@ -44,7 +44,7 @@ CallList::Row CallList::rowOf(const CallRecord& call) {
             toText(call)};
 }
 
-/// Finds out how wide columns have to be, from all calls that are known.
+/// Sets the widths of the columns, from all calls that are known, and writes the headings.
 void CallList::begin(const CallBook& book) {
     if (hasBegun_) return;
     hasBegun_ = true;
@@ -74,8 +74,8 @@ void CallList::add(const CallRecord& call) {
     writer_.toOutput();
 }
 
-/// Adds words after `from` columns; what the terminal has no room for, on lines that are indented.
-/// The first `styled` characters have a style.
+/// Appends words to a line that has `from` characters. If the terminal is too narrow, the words
+/// continue on further lines, which are indented. The first `styled` characters have a style.
 void CallList::addWrapped(std::string_view words, size_t from, size_t indent, Style style,
                           size_t styled) {
     std::string& text = writer_.text();

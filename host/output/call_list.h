@@ -1,4 +1,4 @@
-// The calls of a capture, and who spoke outside calls.
+// The list of calls, and of the endpoints that sent messages outside calls.
 #pragma once
 
 #include <array>
@@ -7,7 +7,8 @@
 #include "view.h"
 #include "writer.h"
 
-/// In a pipe and on a wide terminal each call is a line of columns; else it is two lines.
+/// In a pipe and on a wide terminal a call is one line with columns; on a narrow one it has two
+/// lines.
 class CallList : public View {
   public:
     CallList(Writer& writer, const Screen& screen);
@@ -22,7 +23,7 @@ class CallList : public View {
     std::string summary() const;
 
   private:
-    static constexpr size_t kColumns = 8;  // before the state
+    static constexpr size_t kColumns = 8;  // to the left of the state
     using Row = std::array<std::string, kColumns>;
 
     static Row rowOf(const CallRecord& call);

@@ -12,9 +12,9 @@ std::string partyText(const std::string& name, const Address& host) {
 
 namespace {
 
-/// An end of a call, or the host that may be it.
-std::string endText(const CallRecord& call, const std::string& name, const Address& host,
-                    size_t guess) {
+/// The caller or the callee. `guess` is the position of its host in call.hosts if no host is known.
+std::string sideText(const CallRecord& call, const std::string& name, const Address& host,
+                     size_t guess) {
     const bool isTold = call.fromHost != Address{} || call.toHost != Address{};
     const bool isKnown = isTold || !name.empty() || guess >= call.hosts.size();
     return partyText(name, isKnown ? host : call.hosts[guess]);
@@ -23,11 +23,11 @@ std::string endText(const CallRecord& call, const std::string& name, const Addre
 }  // namespace
 
 std::string fromText(const CallRecord& call) {
-    return endText(call, call.from, call.fromHost, 0);
+    return sideText(call, call.from, call.fromHost, 0);
 }
 
 std::string toText(const CallRecord& call) {
-    return endText(call, call.to, call.toHost, 1);
+    return sideText(call, call.to, call.toHost, 1);
 }
 
 std::string durationText(const CallRecord& call) {

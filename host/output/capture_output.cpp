@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr size_t kNumberWidth = 6;  // in file names
+constexpr size_t kNumberWidth = 6;  // digits in file names
 constexpr std::string_view kIndexHeader =
     "number\ttime\tsource\tdestination\ttransport\tfamily\tmessage\toctets\tdecoded\tfile\tframe\tc"
     "all\n";
@@ -27,7 +27,7 @@ void appendColumns(std::string& text, size_t number, const CapturedMessage& mess
     text += message.name;
 }
 
-/// The dump, or the octets in hex if there is none.
+/// Appends the dump, or the octets in hex if the message was not decoded.
 void appendContent(std::string& text, const CapturedMessage& message) {
     if (message.outcome == Outcome::kDecoded) {
         message.decoder->print(sinkOf(text));
@@ -60,7 +60,7 @@ FileView::FileView(Writer& writer) : writer_(writer) {
     writer_.index() += kIndexHeader;
 }
 
-/// A file with the dump, or with the octets in hex, and its line in the index.
+/// Writes a file with the dump or the octets, and its line of the index.
 void FileView::message(const CapturedMessage& message, const MessageDetails& /*details*/,
                        const CallRecord* /*call*/) {
     ++number_;

@@ -1,10 +1,10 @@
-// Dumps of messages: under headings on standard output, or as a file each.
+// Writes the dumps of messages: under headings to standard output, or a file for each message.
 #pragma once
 
 #include "view.h"
 #include "writer.h"
 
-/// --dump: each message under a heading.
+/// --dump: the dump of each message under a heading.
 class DumpView : public View {
   public:
     explicit DumpView(Writer& writer) : writer_(writer) {}

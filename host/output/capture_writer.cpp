@@ -37,7 +37,7 @@ void CaptureWriter::write(const Frame& frame) {
     ++written_;
 }
 
-/// Writes the frame that has been kept longest, if a message had it.
+/// Removes the frame that was kept longest, and writes it if it is selected.
 void CaptureWriter::release() {
     const Kept& oldest = kept_.front();
     if (oldest.isSelected) write(oldest.frame);
@@ -59,6 +59,6 @@ void CaptureWriter::readAgain(const std::string& name, uint32_t index) {
         for (Frame frame; file.next(frame) && frame.id.number < numbers.size();)
             if (numbers[frame.id.number]) write(frame);
     } catch (const BadCapture&) {
-        // It has been said when the file was read first.
+        // This was reported when the file was read for the first time.
     }
 }

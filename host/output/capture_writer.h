@@ -1,4 +1,4 @@
-// Writes the frames of messages to a capture file: each once, in their order.
+// -w: writes the frames of messages to a capture file, each once, in their order.
 #pragma once
 
 #include <deque>
@@ -8,17 +8,19 @@
 #include "frame_file.h"
 #include "view.h"
 
-/// A message is complete after its frames have passed. Files are read again for them; frames that
-/// cannot be read again are kept for a while.
+/// The frames of a message have passed when the message is complete. Therefore files are read again
+/// for them. Frames that cannot be read again are kept, up to a limit.
 class CaptureWriter : public View {
   public:
-    /// kept: how many octets of frames are kept; 0 if they can be read again.
+    /// Throws std::runtime_error if the file cannot be written, here and below.
+    ///   name  of the file; "-" is standard output
+    ///   kept  the number of octets of frames that are kept; 0 if frames can be read again
     CaptureWriter(const std::string& name, size_t kept) : file_(name), limit_(kept) {}
 
-    /// Takes each frame as it is read, before its messages.
+    /// Must be called with each frame, before its messages are passed on.
     void read(const Frame& frame);
 
-    /// Takes the frames of a message that is to be written.
+    /// Selects the frames of a message.
     void select(std::span<const FrameId> frames);
 
     // View
@@ -28,16 +30,18 @@ class CaptureWriter : public View {
     }
     bool needsDetails() const override { return false; }
 
-    /// Writes the frames that are still kept, and those of files that are read again.
+    /// Writes the selected frames that are not written yet. Must be called last.
+    ///   files  the input files, which are read again
     void finish(const std::vector<std::string>& files);
 
+    /// The number of frames that were written.
     size_t written() const { return written_; }
-    /// Frames that were not kept until their message was complete.
+    /// The number of selected frames that were no longer kept.
     size_t missing() const { return missing_; }
 
   private:
     struct Kept {
-        Frame frame;  // its octets are those below
+        Frame frame;  // refers to the octets below
         std::vector<uint8_t> octets;
         bool isSelected = false;
     };
@@ -50,7 +54,7 @@ class CaptureWriter : public View {
     size_t limit_;
     size_t written_ = 0;
     size_t missing_ = 0;
-    std::vector<std::vector<bool>> selected_;  // by file and number: to be read again
+    std::vector<std::vector<bool>> selected_;  // of each file, by frame number
     std::deque<Kept> kept_;
-    size_t held_ = 0;  // octets in kept_, and what they cost
+    size_t held_ = 0;  // octets that kept_ costs
 };

@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint16_t kVersion[] = {1, 0};  // of pcapng
 
-/// Two numbers of 16 bits in a block.
+/// Two numbers of 16 bits, as they are in a block.
 uint32_t pair(uint16_t first, uint16_t second) {
     return std::bit_cast<uint32_t>(std::array{first, second});
 }
@@ -33,9 +33,10 @@ FrameFile::FrameFile(std::string name)
       file_(name_ == "-" ? stdout : std::fopen(name_.c_str(), "wb")) {
     if (file_ == nullptr) fail(std::strerror(errno));
     if (!isPcapng_) return;
-    constexpr uint32_t kUntold = 0xFFFFFFFF;  // how long the section is
+    constexpr uint32_t kUnknown = 0xFFFFFFFF;  // the length of the section
     writeBlock(kSectionHeader,
-               std::vector{kByteOrderMagic, pair(kVersion[0], kVersion[1]), kUntold, kUntold}, {});
+               std::vector{kByteOrderMagic, pair(kVersion[0], kVersion[1]), kUnknown, kUnknown},
+               {});
 }
 
 FrameFile::~FrameFile() {
@@ -49,7 +50,7 @@ void FrameFile::fail(const std::string& why) const {
     throw std::runtime_error((name_ == "-" ? "standard output" : name_) + ": " + why);
 }
 
-/// Begins a file, or in pcapng an interface, with frames of a link type.
+/// Begins a pcap file, or an interface of a pcapng file, for frames of a link type.
 void FrameFile::begin(unsigned linkType) {
     if (isPcapng_) {
         const auto number = static_cast<uint16_t>(linkTypeInFile(linkType));
@@ -92,7 +93,7 @@ void FrameFile::write(const Frame& frame) {
     if (std::ferror(file_) != 0) fail("writing failed");
 }
 
-/// A block of pcapng: its numbers, and octets after them that are padded to 32 bits.
+/// Writes a block of pcapng: numbers, and then octets, which are padded to 32 bits.
 void FrameFile::writeBlock(uint32_t type, std::span<const uint32_t> head,
                            std::span<const uint8_t> octets) {
     const size_t words = 3 + head.size() + (octets.size() + 3) / 4;
@@ -101,7 +102,8 @@ void FrameFile::writeBlock(uint32_t type, std::span<const uint32_t> head,
     block_[1] = block_.back() = static_cast<uint32_t>(words * sizeof(uint32_t));
     std::ranges::copy(head, block_.begin() + 2);
     if (!octets.empty()) std::memcpy(&block_[2 + head.size()], octets.data(), octets.size());
-    (void)std::fwrite(block_.data(), sizeof(uint32_t), words, file_);  // `finish` tells
+    (void)std::fwrite(block_.data(), sizeof(uint32_t), words,
+                      file_);  // `write` and `finish` test this
 }
 
 void FrameFile::finish() {

@@ -1,4 +1,4 @@
-// A capture file that is written: pcap, or pcapng if it is named so.
+// Writes a capture file: pcapng if its name ends in .pcapng, else pcap.
 #pragma once
 
 #include <cstdio>
@@ -13,17 +13,17 @@ struct pcap_dumper;
 
 class FrameFile {
   public:
-    /// Makes the file, or takes standard output for "-". What cannot be done is thrown as
-    /// std::runtime_error, here and below.
+    /// Creates the file, or uses standard output for "-". Throws std::runtime_error if something
+    /// cannot be written, here and below.
     explicit FrameFile(std::string name);
     ~FrameFile();
     FrameFile(const FrameFile&) = delete;
     FrameFile& operator=(const FrameFile&) = delete;
 
-    /// A pcap file has frames of one link type.
+    /// Writes a frame. All frames of a pcap file must have the same link type.
     void write(const Frame& frame);
 
-    /// To be called last: nothing is left to be written.
+    /// Flushes the file. Must be called last.
     void finish();
 
   private:
@@ -38,8 +38,8 @@ class FrameFile {
     std::string name_;
     bool isPcapng_ = false;
     std::FILE* file_ = nullptr;
-    std::vector<unsigned> linkTypes_;  // so far: of pcapng each an interface
+    std::vector<unsigned> linkTypes_;  // of the frames so far; in pcapng each has an interface
     std::unique_ptr<pcap, ClosePcap> pcap_;
-    pcap_dumper* dumper_ = nullptr;
-    std::vector<uint32_t> block_;
+    pcap_dumper* dumper_ = nullptr;  // of pcap; owns file_ if there is one
+    std::vector<uint32_t> block_;    // of pcapng: the one that is written
 };

@@ -1,4 +1,5 @@
-// How often values occurred, in bounded memory: exact below 64, within 3 % above.
+// A histogram in bounded memory. Values below 64 are exact, greater ones have an error of at most
+// 3 %.
 #pragma once
 
 #include <algorithm>
@@ -20,7 +21,7 @@ class Histogram {
     uint64_t min() const { return min_; }
     uint64_t max() const { return max_; }
 
-    /// The value that so many percent of the values do not exceed.
+    /// The value that `percent` of the values do not exceed.
     uint64_t percentile(unsigned percent) const {
         const size_t wanted = std::max<size_t>((count_ * percent + 99) / 100, 1);
         size_t seen = 0;
@@ -32,10 +33,10 @@ class Histogram {
     }
 
   private:
-    // A bucket is told by the highest bits of a value, and by how many are below them.
+    // The bucket of a value is given by its six highest bits, and by the number of bits below them.
     static constexpr unsigned kBits = 6;
     static constexpr size_t kHalf = 1U << (kBits - 1);
-    static constexpr unsigned kMaxShift = 34;  // beyond 12 days, if values are microseconds
+    static constexpr unsigned kMaxShift = 34;  // of microseconds: up to 12 days
     static constexpr size_t kBuckets = kHalf * (kMaxShift + 2);
 
     static size_t bucketOf(uint64_t value) {

@@ -14,13 +14,14 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr size_t kHexColumn = 48;  // of a line of 16 octets; characters follow it
+constexpr size_t kHexColumn =
+    48;  // characters of 16 octets in hex; the octets as characters follow
 
 unsigned digit(char c) {
     return static_cast<unsigned>(c <= '9' ? c - '0' : c - 'a' + 10);
 }
 
-/// Undoes the escapes of print.h.
+/// Replaces the escapes of print.h by their octets.
 std::string unescaped(std::string_view text) {
     std::string octets;
     octets.reserve(text.size());
@@ -37,7 +38,7 @@ std::string unescaped(std::string_view text) {
     return octets;
 }
 
-/// A number, TRUE or FALSE. A REAL that JSON has no number for is text: "inf", "nan".
+/// A number, TRUE or FALSE. A REAL that is no number in JSON is text: "inf", "nan".
 Json plainValue(std::string_view text) {
     if (text == "TRUE" || text == "FALSE") return text == "TRUE";
     const char* const end = text.data() + text.size();
@@ -50,8 +51,8 @@ Json plainValue(std::string_view text) {
     return text;
 }
 
-/// The lines of an escaped dump, one after the other. A line that belongs to the one before does
-/// not begin with a capital, as the root of a path does.
+/// Reads the lines of an escaped dump. A path begins with a capital. A line that continues the line
+/// before it does not.
 class DumpReader {
   public:
     explicit DumpReader(std::string_view text) : rest_(text) {}
@@ -62,7 +63,7 @@ class DumpReader {
         const size_t equals = line.find(" = ");
         const std::string_view path = line.substr(0, equals);
         const std::string_view value = line.substr(equals + 3);
-        Json::object_t pair;  // filled in place: a dump has many
+        Json::object_t pair;  // filled in place, because a dump has many of them
         pair.reserve(2);
         pair.emplace_back("path", path);
         pair.emplace_back("value", valueOf(value));
@@ -94,7 +95,7 @@ class DumpReader {
         return hex;
     }
 
-    /// The characters of a BMPString, which are dumped as the machine holds them.
+    /// The characters of a BMPString. The dump has them in the byte order of the machine.
     std::string takeWideText() {
         const std::string hex = takeHex();
         std::vector<uint16_t> text;
@@ -108,7 +109,7 @@ class DumpReader {
         return utf8Of(text);
     }
 
-    /// "0 0 8 }", each number as 32 bits with a sign.
+    /// Reads "0 0 8 }". The dump has each number as a signed one of 32 bits.
     std::string takeObjectIdentifier() {
         const std::string_view line = takeLine();
         std::string text;
@@ -122,7 +123,7 @@ class DumpReader {
     }
 
     std::string_view rest_;
-    bool isWide_ = false;  // the line before gave the characters of a BMPString
+    bool isWide_ = false;  // the line before has the length of a BMPString
 };
 
 }  // namespace

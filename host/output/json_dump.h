@@ -1,12 +1,13 @@
-// A dump as values, for programs.
+// A dump as JSON values.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
 
 #include "TamselCore.h"
 
-/// Appends what the decoder's message holds to an array, {"path": ..., "value": ...} for each value
-/// of its dump, in the same order. A number or a BOOLEAN is one. Text is text, that of a BMPString
-/// as well. Octets and bits are hex, an object identifier is "0.0.8.2250". Presence bits ("m@"),
-/// tags ("t") and counts are numbers of their own.
+/// Appends the dump of the decoder's message to an array: {"path": ..., "value": ...} for each
+/// value of the dump, in the same order. Numbers and BOOLEANs have the JSON type, character strings
+/// are text, octets and bits are text in hex, and an object identifier is "0.0.8.2250". Presence
+/// bits
+/// ("m@"), tags ("t") and counts are numbers.
 void appendDump(nlohmann::ordered_json& values, const TamselDecoder& decoder);

@@ -1,4 +1,4 @@
-// Messages and calls as JSON, a line each. docs/json.md says what a line holds.
+// Messages and calls as lines of JSON. docs/json.md documents them.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
@@ -6,18 +6,18 @@
 #include "view.h"
 #include "writer.h"
 
-/// Adds the members of a message to an object: all but its dump (json_dump.h). Text in it may be
-/// no UTF-8: only appendJson (json_text.h) can write the object.
+/// Adds the members of a message to an object, without its dump (json_dump.h). Text may be invalid
+/// UTF-8, therefore the object must be written by appendJson (json_text.h).
 void appendMessage(nlohmann::ordered_json& object, const CapturedMessage& message,
                    const MessageDetails& details);
 
 /// Adds the members of a call to an object.
 void appendCall(nlohmann::ordered_json& object, const CallRecord& call);
 
-/// --json: messages as they come.
+/// --json: each message as soon as it is complete.
 class JsonMessages : public View {
   public:
-    /// isFull: with their dumps, as paths and values
+    /// isFull: whether the dumps are added, as paths and values.
     JsonMessages(Writer& writer, bool isFull) : writer_(writer), isFull_(isFull) {}
 
     void message(const CapturedMessage& message, const MessageDetails& details,
@@ -28,7 +28,7 @@ class JsonMessages : public View {
     bool isFull_;
 };
 
-/// --calls --json: the calls that have a message which is shown, when all are complete.
+/// --calls --json: the calls of which a message is shown, at the end.
 class JsonCalls : public View {
   public:
     explicit JsonCalls(Writer& writer) : writer_(writer) {}

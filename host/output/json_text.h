@@ -1,10 +1,10 @@
-// A JSON value as text.
+// Writes a JSON value as text.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
-/// Appends a value on one line: as ASCII, with everything else as \uXXXX. That keeps control
-/// characters from terminals, and readers of lines find none within a value (U+2028). What is
-/// no UTF-8 becomes U+FFFD, one for each octet or beginning of a character.
+/// Appends a value on one line, in ASCII. All other characters are escaped as \uXXXX, so that no
+/// control character reaches a terminal, and no line separator (U+2028) a reader of lines. Invalid
+/// UTF-8 becomes U+FFFD, one for each octet or incomplete character.
 void appendJson(std::string& text, const nlohmann::ordered_json& value);

@@ -9,16 +9,17 @@
 
 namespace {
 
-constexpr size_t kLadderGap = 2;  // columns between things
+// All widths are in characters.
+constexpr size_t kLadderGap = 2;  // between frame, time, lanes and text
 
-constexpr size_t kGoodText = 40;   // columns for text before hosts lose their addresses
-constexpr size_t kLeastText = 24;  // and before there are no lanes
+constexpr size_t kGoodText = 40;   // with less room for text, letters replace the addresses
+constexpr size_t kLeastText = 24;  // with less room for text, there are no lanes
 constexpr size_t kLeastPitch = 3;  // "|->"
 constexpr size_t kLettersPitch = 8;
-constexpr size_t kMostLanes = 150;  // columns of lanes in a pipe, which has no width
+constexpr size_t kMostLanes = 150;  // of all lanes, in a pipe, whose lines have no limit
 constexpr size_t kLetters = 26;
 
-/// What a step costs besides its text.
+/// Octets that a step costs in addition to its text.
 constexpr size_t kStepCost = 64;
 
 }  // namespace
@@ -88,12 +89,13 @@ void Ladder::drawHeading(const CallRecord& call) {
     writer_.toOutput();
 }
 
+/// The letter of a column; its number if there are too many columns.
 std::string Ladder::label(size_t column) const {
     if (hosts_.size() > kLetters) return std::to_string(column + 1);
     return {static_cast<char>('A' + column)};
 }
 
-/// Seconds since the first message.
+/// The seconds since the first step.
 std::string Ladder::timeText(Time time) const {
     const Time since = time - *start_;
     std::string text = since < 0 ? "-" : "";
@@ -136,7 +138,7 @@ Ladder::Layout Ladder::layOut() const {
     return layout;
 }
 
-/// Draws what is kept, under the hosts.
+/// Draws the hosts and the steps that are kept.
 void Ladder::draw() {
     if (steps_.empty()) return;
     const Layout layout = layOut();
@@ -174,7 +176,7 @@ void Ladder::drawHosts(const Layout& layout) {
     writer_.toOutput();
 }
 
-/// The lanes of the hosts, and the arrow of a step between them.
+/// Appends the lanes with the arrow of a step, or without an arrow if `step` is null.
 void Ladder::appendLanes(std::string& line, const Layout& layout, const Step* step) const {
     const size_t begin = layout.lane;
     if (layout.pitch == 0) return;

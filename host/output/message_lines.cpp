@@ -13,7 +13,7 @@ constexpr size_t kHexLines = 4;
 constexpr size_t kEndpointWidth = 21;
 constexpr size_t kFrameWidth = 6;
 constexpr size_t kFamilyWidth = 6;
-constexpr size_t kWideLines = 120;  // columns of a terminal that has room for two endpoints
+constexpr size_t kWideLines = 120;  // characters of a terminal that has room for columns
 constexpr size_t kIndent = 4;
 
 }  // namespace
@@ -25,7 +25,7 @@ MessageLines::MessageLines(Writer& writer, const Screen& screen)
       left_(kMaxPairs) {
 }
 
-/// The frame, the time and the hosts. On a narrow terminal the line has no columns.
+/// Begins a line with frame, time and hosts. On a narrow terminal they are not aligned in columns.
 void MessageLines::begin(Time time, uint32_t frame, const Flow& flow) {
     const auto pair = std::minmax(flow.source.address, flow.destination.address);
     const Address* left = left_.find(pair);
@@ -52,7 +52,7 @@ void MessageLines::begin(Time time, uint32_t frame, const Flow& flow) {
     column_ = line_.size();
 }
 
-/// Words of one style. On a terminal they continue on the next line before its end.
+/// Appends words of one style. On a terminal they continue on the next line if there is no room.
 void MessageLines::add(Style style, std::string_view words) {
     if (screen_.width == 0) {
         screen_.append(line_, style, words);

@@ -1,4 +1,4 @@
-// --list: one line for each message, between the two hosts that it goes between.
+// --list: one line for each message, with an arrow between its hosts.
 #pragma once
 
 #include "recent.h"
@@ -22,8 +22,8 @@ class MessageLines : public View {
     Writer& writer_;
     const Screen& screen_;
     bool isNarrow_;  // the terminal has no room for columns
-    /// Who is on the left: of two hosts the one that spoke first.
+    /// The host on the left, for each pair of hosts: the one that sent the first message.
     Recent<std::pair<Address, Address>, Address> left_;
-    std::string line_;  // with its columns counted, if the terminal has a width
-    size_t column_ = 0;
+    std::string line_;
+    size_t column_ = 0;  // the position in the last line of line_; counted if there is a width
 };

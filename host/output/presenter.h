@@ -1,4 +1,4 @@
-// Chooses what is shown, and passes it to the views.
+// Selects the messages that are shown, and passes them to the views.
 #pragma once
 
 #include <vector>
@@ -15,13 +15,14 @@ struct PresenterOptions {
 
 class Presenter : public MessageSink {
   public:
+    /// views: must outlive the presenter.
     Presenter(PresenterOptions options, std::vector<View*> views);
 
     // MessageSink
     void message(const CapturedMessage& message) override;
     void remark(const CaptureRemark& remark) override;
 
-    /// To be called when all captures have been read.
+    /// Must be called when all captures have been read.
     void end();
 
     const CallBook& book() const { return book_; }

@@ -11,7 +11,7 @@ namespace {
 constexpr size_t kUsualWidth = 80;
 constexpr size_t kLeastWidth = 40;
 
-/// Whether an environment variable is set, and not empty.
+/// Whether an environment variable is set and not empty.
 bool isSet(const char* name) {
     const char* const value = std::getenv(name);
     return value != nullptr && *value != '\0';

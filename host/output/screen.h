@@ -1,4 +1,4 @@
-// Where text is shown: the width of a terminal, and its colours.
+// The width and the colours of the terminal, if output goes to one.
 #pragma once
 
 #include <cstddef>
@@ -12,17 +12,17 @@ enum class Style { kPlain, kStrong, kFaint, kRas, kUi, kH245, kGood, kBad };
 Style styleOf(FamilyId family);
 
 struct Screen {
-    size_t width = 0;  // columns; 0 if there is no limit, as in a pipe
+    size_t width = 0;  // characters; 0 if there is no limit, as in a pipe
     bool colours = false;
 
-    /// Standard output: a pipe has no width and no colours, and NO_COLOR is respected.
+    /// That of standard output. There are no colours if NO_COLOR is set or the terminal is dumb.
     static Screen ofOutput();
 
-    /// Appends text in a style.
+    /// Appends words in a style.
     void append(std::string& text, Style style, std::string_view words) const;
 };
 
-/// Appends text of ASCII, and blanks up to a width.
+/// Appends ASCII text, and blanks after it up to a width in characters.
 void appendPadded(std::string& text, std::string_view what, size_t width);
-/// The same with the blanks in front.
+/// The same with the blanks before the text.
 void appendRight(std::string& text, std::string_view what, size_t width);

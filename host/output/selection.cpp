@@ -9,7 +9,7 @@ namespace {
 constexpr Time kSecond = 1'000'000;
 constexpr Time kDay = 86400 * kSecond;
 
-/// Takes a number of so many digits from the start of a text.
+/// Removes a number of `digits` digits from the start of a text, and returns it.
 std::optional<unsigned> takeNumber(std::string_view& text, size_t digits) {
     unsigned number = 0;
     const auto part = text.substr(0, digits);
@@ -19,6 +19,7 @@ std::optional<unsigned> takeNumber(std::string_view& text, size_t digits) {
     return number;
 }
 
+/// Removes a character from the start of a text, if it is there.
 bool take(std::string_view& text, char c) {
     if (!text.starts_with(c)) return false;
     text.remove_prefix(1);

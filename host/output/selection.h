@@ -1,4 +1,4 @@
-// Which messages are shown: of families, of hosts, with names, at times.
+// Selects messages by family, host, name and time.
 #pragma once
 
 #include <optional>
@@ -9,14 +9,14 @@
 
 #include "message.h"
 
-/// A moment that people write. Without a date it is one of the day of the first message.
+/// A time that the user gives. Without a date it is on the day of the first message.
 struct Moment {
-    Time time = 0;
+    Time time = 0;  // without a date, since midnight
     bool hasDate = false;
 };
 
-/// Reads "2026-11-22", "2026-11-22T05:11", "2026-11-22 05:11:39.5", "05:11:39"; UTC, perhaps with a
-/// Z after it. Returns nothing if a text is none of these.
+/// Reads "2026-11-22", "2026-11-22T05:11", "2026-11-22 05:11:39.5" or "05:11:39", in UTC; a Z may
+/// follow. Returns nothing if the text has another form.
 std::optional<Moment> readMoment(std::string_view text);
 
 std::string lowerCase(std::string_view text);
@@ -33,8 +33,10 @@ class Selection {
   public:
     explicit Selection(SelectionOptions options) : options_(std::move(options)) {}
 
+    /// Whether a message is shown. The first call sets the day of times without a date.
     bool has(const CapturedMessage& message);
-    /// What streams lack may have been a message of any name and family.
+    /// The same for a remark. Names and families do not matter, because missing octets may have
+    /// been any message.
     bool has(const CaptureRemark& remark) { return has(remark.time, remark.flow); }
 
   private:

@@ -50,7 +50,7 @@ void Stats::message(const CapturedMessage& message, const MessageDetails& detail
     if (message.family == FamilyId::kRas) ras(message, details);
 }
 
-/// A request, or an answer to one: from whom it came, with the same number.
+/// Notes a request, or an answer: it goes to the sender of the request, with the same number.
 void Stats::ras(const CapturedMessage& message, const MessageDetails& details) {
     const int64_t* const number = details.number("sequenceNumber");
     if (number == nullptr) return;
@@ -66,7 +66,7 @@ void Stats::ras(const CapturedMessage& message, const MessageDetails& details) {
         return;
     }
     Request* const request = requests_.find({message.flow.destination, *number});
-    // One in progress is answered later.
+    // After requestInProgress, the answer comes later.
     if (request == nullptr || request->answers == nullptr || message.name == "requestInProgress")
         return;
     const Time passed = std::max(message.time - request->time, Time{0});
@@ -94,7 +94,7 @@ void Stats::end(const CallBook& book) {
     writeCounts("Calls", calls_);
 }
 
-/// The most frequent first.
+/// Writes counts, the greatest first.
 void Stats::writeCounts(std::string_view title, const Counts& counts) {
     if (counts.empty()) return;
     std::vector<std::pair<size_t, std::string_view>> sorted;

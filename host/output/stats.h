@@ -1,4 +1,5 @@
-// Totals: messages by type, refusals and rejects by reason, response times of RAS, calls by cause.
+// --stats: counts of messages by type, of refused messages and rejects by reason, and of calls by
+// state; response times of RAS.
 #pragma once
 
 #include <map>
@@ -25,16 +26,16 @@ class Stats : public View {
 
     using Counts = std::map<std::string, size_t>;
 
-    /// The answers to requests of a name.
+    /// The answers to the requests of one name.
     struct Answers {
         size_t requests = 0;
-        size_t again = 0;  // of them, those sent again before they were answered
+        size_t again = 0;  // retransmissions before the answer
         Histogram times;   // microseconds
     };
     /// A RAS request that waits for its answer.
     struct Request {
         Time time = 0;
-        Answers* answers = nullptr;  // of its name; null if it is answered
+        Answers* answers = nullptr;  // of the request's name; null after the answer
     };
 
     static void count(Counts& counts, std::string what);
@@ -48,6 +49,6 @@ class Stats : public View {
     Counts refusals_;
     Counts rejects_;
     Counts calls_;
-    Recent<std::pair<Endpoint, int64_t>, Request> requests_;  // by who asks, and sequence number
-    std::map<std::string, Answers, std::less<>> answers_;     // by the request's name
+    Recent<std::pair<Endpoint, int64_t>, Request> requests_;  // by sender and number
+    std::map<std::string, Answers, std::less<>> answers_;     // by name
 };

@@ -1,4 +1,4 @@
-// What was shown, in sum.
+// Counts what was shown, for the summary.
 #pragma once
 
 #include <array>
@@ -6,7 +6,7 @@
 
 #include "view.h"
 
-/// What a remark says, in words: "3 octets missing in the capture".
+/// A remark in words: "3 octets missing in the capture".
 std::string describe(const CaptureRemark& remark);
 
 class Tally : public View {
@@ -16,7 +16,7 @@ class Tally : public View {
     void remark(const CaptureRemark& remark, const CallRecord* call) override;
     bool needsDetails() const override { return false; }
 
-    /// One line and, for remarks, some more.
+    /// A line with the numbers of messages, and a line for each kind of remark.
     std::string summary() const;
     size_t messages() const { return shown_[0] + shown_[1] + shown_[2]; }
     size_t refused() const { return refused_; }

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Writes all of a text; false if that is not possible.
+/// Writes a whole text. Returns false if that fails.
 bool writeAll(int file, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = ::write(file, text.data(), text.size());
@@ -20,7 +20,7 @@ bool writeAll(int file, std::string_view text) {
     return true;
 }
 
-/// Opens a new file in a folder.
+/// Creates a file in a folder. Throws std::runtime_error if it exists or cannot be created.
 int create(int folder, const char* name) {
     const int file = openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file < 0) throw std::runtime_error(std::string(name) + ": cannot be written");
@@ -86,7 +86,7 @@ void Writer::finish() {
     if (failure_) std::rethrow_exception(failure_);
 }
 
-/// The thread: batch by batch, until the last or the first failure.
+/// The thread: writes batches until the last one, or until a failure.
 void Writer::run() {
     std::unique_lock lock(mutex_);
     while (true) {

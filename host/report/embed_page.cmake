@@ -1,8 +1,8 @@
 # cmake -DPAGE=folder -DSCRIPTS=a.js;b.js -DSTYLES=a.css;b.css -DOUT=page.cpp -P embed_page.cmake:
-# makes one HTML page of page.html, the styles and the scripts, and the C++ file that holds it. The
-# policy of the page allows these scripts and these styles only, by their hashes.
+# makes one HTML page of page.html, the styles and the scripts, and a C++ file that contains it. The
+# content security policy of the page allows only these scripts and styles, by their hashes.
 
-# The base64 of a string of hex digits, whose number of octets leaves 2 when divided by 3.
+# The base64 form of octets in hex. Their number modulo 3 must be 2, as it is for SHA-256.
 function(base64_of_hex hex result)
     set(digits ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/)
     set(text "")

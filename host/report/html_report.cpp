@@ -37,7 +37,7 @@ Json jsonOf(const EndpointRecord& endpoint) {
             {"refused", endpoint.refused}};
 }
 
-/// In an element of a page, no text may look like the end of the element.
+/// Escapes each '<', so that no text looks like the end of the script element.
 void escapeMarkup(std::string& json) {
     for (size_t at = 0; (at = json.find('<', at)) != std::string::npos;)
         json.replace(at, 1, "\\u003c");

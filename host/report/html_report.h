@@ -1,4 +1,4 @@
-// --html: one page that shows the calls of a capture, and needs nothing else.
+// --html: writes one page that shows the calls of a capture. It needs no other file.
 #pragma once
 
 #include <fstream>
@@ -11,14 +11,16 @@
 #include "page_details.h"
 #include "view.h"
 
-/// Writes the page while the capture is read. Holds the calls and one block of messages. Throws
-/// std::runtime_error if something cannot be written.
+/// The page is written while the capture is read. Only the calls and one block of messages are in
+/// memory. Throws std::runtime_error if something cannot be written.
 class HtmlReport : public View {
   public:
-    /// More messages are left out, which the page says: browsers hold no more with ease.
+    /// Messages and remarks in the page, because browsers become slow with more. The page says how
+    /// many others there are.
     static constexpr size_t kMaxMessages = 100000;
 
-    /// file: is overwritten; captures: their names, as the page shows them
+    ///   file      the page, which is overwritten
+    ///   captures  the names of the captures, as the page shows them
     HtmlReport(const std::string& file, const std::vector<std::string>& captures,
                const TamselModules& modules);
 
@@ -33,17 +35,17 @@ class HtmlReport : public View {
   private:
     using Json = nlohmann::ordered_json;
 
-    /// Begins the next message or remark, if there is room for it.
+    /// Begins the next message or remark. Returns false if the page has no room for it.
     bool begin(Json& object, const Flow& flow, const CallRecord* call);
 
     std::string file_;
     std::ofstream page_;
     PageBlocks blocks_;
     PageDetails details_;
-    size_t number_ = 0;  // of messages and remarks
+    size_t number_ = 0;  // of the last message or remark
     size_t messages_ = 0;
     size_t omitted_ = 0;
-    std::set<size_t> calls_;   // the numbers of those that have a message in the page
-    std::set<Address> hosts_;  // those that said something outside calls
-    Json about_;               // what is not in blocks
+    std::set<size_t> calls_;   // the numbers of the calls that have a message in the page
+    std::set<Address> hosts_;  // the hosts that have a message outside calls in the page
+    Json about_;               // all that is not in blocks
 };

@@ -24,7 +24,7 @@ void appendBase64(std::string& text, std::span<const uint8_t> octets) {
     }
 }
 
-/// Appends an array of these elements, compressed.
+/// Appends an array as compressed base64, and clears its elements.
 void appendPacked(std::string& text, std::string& elements) {
     elements += ']';
     uLongf size = compressBound(elements.size());

@@ -1,4 +1,5 @@
-// The messages in a page: blocks of compressed JSON, which the page reads when it needs them.
+// Writes the messages of a page as blocks of compressed JSON, which the page reads when it needs
+// them.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
@@ -6,7 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// Writes each block as soon as it is full. Holds one block, at most kMaxOctets and a message.
+/// Each block is written as soon as it is full. One block is in memory: at most kMaxOctets and one
+/// message.
 class PageBlocks {
   public:
     static constexpr size_t kMaxMessages = 256;
@@ -14,11 +16,12 @@ class PageBlocks {
 
     explicit PageBlocks(std::ostream& page) : page_(page) {}
 
-    /// message: what the list and the diagram show; details, as JSON: what is read if the message
-    /// is selected.
+    /// Adds a message.
+    ///   message  what the list and the diagram show
+    ///   details  what is shown if the message is selected, as JSON
     void add(const nlohmann::ordered_json& message, std::string_view details);
 
-    /// Writes what is left.
+    /// Writes the last block.
     void finish();
 
   private:

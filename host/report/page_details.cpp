@@ -12,8 +12,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// Texts of which each often begins as the one before. They are names of the notation: nothing in
-/// them has to be escaped.
+/// Writes texts, without the beginning that each has in common with the one before. The texts are
+/// names of the notation, so that nothing in them has to be escaped.
 class SharedTexts {
   public:
     void append(std::string& json, std::string_view text) {
@@ -63,7 +63,7 @@ void PageDetails::append(std::string& json, const CapturedMessage& message) {
 void PageDetails::appendFields(std::string& json, const CapturedMessage& message) {
     SharedTexts names;
     if (!message.encoding.empty()) {
-        // A message that is refused again has its fields up to there.
+        // If the message is refused, it has the fields up to the failure.
         (void)tracer_->decodeTraced(familyOf(modules_, message.family), message.encoding, true);
         const auto added = static_cast<int64_t>(message.encoding.size() - message.octets.size());
         for (const AsnBitFieldLink* link = tracer_->fields().head; link != nullptr;

@@ -1,4 +1,4 @@
-// What the page shows of one selected message: its dump, and which bits are whose.
+// What the page shows of a selected message: its octets, its dump, and the bits of each field.
 #pragma once
 
 #include <memory>
@@ -10,10 +10,11 @@ class PageDetails {
   public:
     explicit PageDetails(const TamselModules& modules);
 
-    /// Appends a JSON object of three members. "octets" are in hex. "dump" has three elements a
-    /// line: how many characters the path shares with the one before, the rest of it, the value.
-    /// "fields" has four elements a field: the same of path and what was read, the first bit, how
-    /// many. A refused message has the fields up to its failure, of which the last has 0 bits.
+    /// Appends a JSON object with three members. "octets" are in hex. "dump" has three elements for
+    /// each line: the number of characters that its path has in common with the one before, the
+    /// rest of the path, the value. "fields" has four elements for each field: the first two are
+    /// those of "PATH WHAT", then the first bit and the number of bits. A refused message has the
+    /// fields up to its failure; the last one has 0 bits.
     void append(std::string& json, const CapturedMessage& message);
 
   private:

@@ -1,4 +1,4 @@
-// The list of calls, or of endpoints: sorted by a column, narrowed by a search.
+// The list of calls or of endpoints, which can be sorted and searched.
 
 const GOOD_STATES = ["connected", "released", "registered"];
 const BAD_STATES = ["failed", "rejected"];
@@ -17,7 +17,7 @@ function warned(count, kind) {
   return count > 0 ? element("span", {class: kind}, count) : element("span", {class: "none"}, 0);
 }
 
-// title, width, what is sorted by, what is shown.
+// key: the value by which a column is sorted; cell: what it shows.
 const CALL_COLUMNS = [
   {title: "#", width: "4rem", key: (c) => c.number, cell: (c) => c.number},
   {title: "Start", width: "7.5rem", key: (c) => c.start, cell: (c) => timeOfDay(c.start)},
@@ -145,7 +145,7 @@ class CallTable {
     this.head.replaceChildren(...cells);
   }
 
-  /** Up, down, and as it was. */
+  /** Sorts in ascending order, then descending, then in the original order. */
   #sortBy(column) {
     const {column: by, isDown} = this.#sorted;
     if (by !== column) this.#sorted = {column, isDown: false};

@@ -1,6 +1,6 @@
 // What the page shows: the document's data blocks, which are compressed JSON.
 
-/** The array in a block's text; an empty one if there is no such block. */
+/** The array that is compressed in a text; an empty one if there is no text. */
 async function inflate(base64) {
   if (!base64) return [];
   const characters = atob(base64);
@@ -10,7 +10,7 @@ async function inflate(base64) {
   return new Response(stream).json();
 }
 
-/** A call, what one host said outside calls, or all messages: what the diagram can show. */
+/** The messages of a diagram: of a call, of one host outside calls, or all messages. */
 class Group {
   constructor(key, kind, record) {
     this.key = key;  // "3" of a call, "e1" of an endpoint, "all": the first part of a permalink
@@ -31,7 +31,7 @@ class Capture {
       .map((endpoint, i) => new Group(`e${i + 1}`, "endpoint", endpoint));
     this.all = new Group("all", "all", {});
     this.groups = new Map([...this.calls, ...this.endpoints, this.all].map((g) => [g.key, g]));
-    this.detailsOfBlock = new Map();  // the last few that were read
+    this.detailsOfBlock = new Map();  // the blocks that were read last
   }
 
   /** Reads all messages, without their dumps. */
@@ -74,7 +74,7 @@ class Capture {
   }
 }
 
-/** Texts of which each is stored as what it shares with the one before, and the rest. */
+/** Reads texts, stored without the beginning that each has in common with the one before. */
 class SharedTexts {
   #text = "";
   next(shared, rest) {
@@ -118,8 +118,8 @@ class TreeNode {
     return this.parent?.parent ? `${this.parent.path}.${this.name}` : this.name;
   }
 
-  /** What the tree shows already: tags, counts and presence of components; unknown additions,
-   *  if there are none. */
+  /** Whether the tree shows the value in another way: a tag, a count, the presence of components,
+   *  or a count of 0 unknown additions. */
   get isStructure() {
     const hasSibling = (prefix) => this.parent.children.some((n) => n.name.startsWith(prefix));
     return this.name.startsWith("m@") || (this.name === "t" && hasSibling("u@")) ||

@@ -1,6 +1,6 @@
-// Elements, and text for people. All text reaches the page as text nodes.
+// Makes elements, and formats text. All text of a capture becomes text nodes.
 
-/** Characters that cannot be seen or that reorder text are shown by their numbers. */
+/** Replaces characters that are invisible or that reorder text by their numbers. */
 function visible(text) {
   return text.replace(/[\p{Cc}\p{Cf}\p{Cn}\p{Co}\p{Zl}\p{Zp}]/gu,
     (c) => `\\u{${c.codePointAt(0).toString(16)}}`);

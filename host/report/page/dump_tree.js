@@ -44,7 +44,7 @@ class DumpTree {
     this.holder.replaceChildren(...this.#rows.map((row, i) => this.#drawRow(row, i)));
   }
 
-  /** Selects the row that shows a node; opens what is around it. */
+  /** Selects the row that shows a node, and opens the nodes around it. */
   selectNode(node) {
     for (let outer = node.parent; outer; outer = outer.parent) outer.isOpen = true;
     this.draw();
@@ -176,7 +176,7 @@ class DumpTree {
   }
 }
 
-/** A step as people read it: "u@setup" is the alternative setup, "elem[2]" the element 2. */
+/** Draws the name of a step: "setup" for "u@setup", "[2]" for "elem[2]". */
 function stepName(node) {
   const alternative = node.name.startsWith("u@");
   const shown = alternative ? node.name.slice(2) : node.name.replace(/^elem(\[\d+\])$/, "$1");

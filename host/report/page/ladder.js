@@ -24,7 +24,7 @@ function familyOf(message) {
   return message.loss ? "loss" : message.family;
 }
 
-/** What is written on an arrow: the name, and what matters of the message. */
+/** The text of an arrow: the name, and the summary of the message. */
 function labelOf(message) {
   if (message.loss) return {name: "", rest: message.loss};
   const notes = [message.summary];
@@ -81,7 +81,7 @@ class Ladder {
     if (next) this.onSelect(next);
   }
 
-  /** All steps as wide as a page, or as in the window again. */
+  /** Draws all steps for paper, in that width; with null, draws those in the window again. */
   print(width) {
     if (width) this.#layout(width);
     this.rows.whole = Boolean(width);
@@ -180,7 +180,7 @@ class Ladder {
         since !== null ? `+${duration(since)}` : null].filter(Boolean).join(" · ")));
   }
 
-  /** Where the arrow of a message begins and ends. */
+  /** The positions at which the arrow of a message begins and ends. */
   #ends(message) {
     const columns = this.hasPairs ? ["source", "destination"]
       : [hostOf(message.from), hostOf(message.to)];
@@ -216,7 +216,7 @@ class Ladder {
       "text-anchor": side < 0 ? "end" : "start"}, port);
   }
 
-  /** In the middle of the arrow, but within the diagram; cut if it is longer than that. */
+  /** Draws a label in the middle of the arrow, but within the diagram. A longer label is cut. */
   #drawLabel(middle, {name, rest}) {
     const room = this.width - 8;
     const bold = `600 ${this.font}`;

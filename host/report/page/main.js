@@ -1,4 +1,4 @@
-// The page: which call and which message are selected, permalinks, keys, printing.
+// The page: selection of a call and a message, permalinks, keys, printing.
 
 class Page {
   constructor() {
@@ -80,7 +80,7 @@ class Page {
     if (link !== location.hash) history.replaceState(null, "", link);
   }
 
-  /** Shows what the address names: "#2" or "#2/17". Returns whether there is such a thing. */
+  /** Shows the call and the message of the address: "#2" or "#2/17". Returns whether they exist. */
   followLink() {
     const [key, number] = location.hash.slice(1).split("/");
     const group = this.capture.groups.get(key);
@@ -127,7 +127,7 @@ class Page {
   }
 }
 
-/** The call in a few words, above its diagram. */
+/** Draws the summary of a call or an endpoint, above its diagram. */
 function drawSummary({kind, key, record}) {
   const summary = byId("summary");
   if (kind === "all") {

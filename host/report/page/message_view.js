@@ -1,7 +1,7 @@
 // One message: its facts, its dump, its octets.
 
 class MessageView {
-  #request = 0;  // details come later: those of an earlier message are ignored
+  #request = 0;  // details are read later; those of an earlier message are ignored
   #isWhole = false;
 
   constructor(capture, onClose) {
@@ -28,7 +28,7 @@ class MessageView {
     if (message.outcome === "refused" && tree.last) this.octets?.showFailure(tree.last);
   }
 
-  /** All lines of the dump, or those that matter to most: key a. */
+  /** Switches between all lines of the dump and the main ones: key a. */
   toggleWhole() {
     this.#isWhole = !this.#isWhole;
     if (!this.tree) return;

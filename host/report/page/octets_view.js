@@ -1,4 +1,4 @@
-// The octets of a message, and the bits that were selected in them.
+// The octets of a message, with the selected bits marked.
 
 const OCTETS_AT_ONCE = 4096;
 const OCTETS_A_LINE = 16;
@@ -38,7 +38,7 @@ class OctetsView {
     if (first) reveal(this.grid, first);
   }
 
-  /** Where decoding stopped, and what was to be read there. */
+  /** Marks the place where decoding stopped, and says what was read there. */
   showFailure({bit, what}) {
     const cell = this.#cells[Math.min(bit >> 3, this.#cells.length - 1)];
     if (!cell) return;
@@ -103,7 +103,7 @@ class OctetsView {
   }
 }
 
-/** The octets that a field has bits in, and which bits those are. */
+/** The octets in which a field has bits; of each, its first bit and the one after its last. */
 function octetsIn({bit, count}) {
   const octets = [];
   for (let octet = bit >> 3; octet * 8 < bit + count; ++octet)

@@ -1,4 +1,4 @@
-// A long list of rows of the same height, of which only those in view exist.
+// A long list of rows of the same height. Only those in view are in the document.
 
 class VirtualRows {
   #rows = new Map();  // by index
@@ -13,7 +13,7 @@ class VirtualRows {
     new ResizeObserver(() => this.#schedule()).observe(scroller);
   }
 
-  /** Begins anew with that many rows. */
+  /** Shows another list, of that many rows. */
   reset(count) {
     this.count = count;
     this.#rows.clear();
@@ -58,7 +58,7 @@ class VirtualRows {
     this.update();
   }
 
-  /** All rows at once, for a printer. */
+  /** Makes all rows, for a printer. */
   set whole(isWhole) {
     this.isWhole = isWhole;
     this.reset(this.count);
@@ -74,7 +74,7 @@ class VirtualRows {
   }
 }
 
-/** Where a key leads in a list; null if it is another key. */
+/** The index to which a key leads in a list; null if it is another key. */
 function moved(key, index, count, page) {
   const steps = {ArrowDown: 1, ArrowUp: -1, PageDown: page, PageUp: -page,
     Home: -count, End: count};
