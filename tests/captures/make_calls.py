@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Makes calls.pcap, calls that fail in different ways, and ten.pcap, a call through ten hosts. Their
-messages are encoded by Debian's erlang-asn1, from values that are written here as the modules of 2009
-have them. The captures are committed: run this only to change them.
+"""Makes calls.pcap, with calls that fail in different ways, and ten.pcap, with a call through ten hosts.
+Debian's erlang-asn1 encodes the messages from values that are written here with the names of the
+modules of 2009. The captures are committed: run this only to change them.
 """
 import shutil
 import tempfile
@@ -16,7 +16,7 @@ VERSION = (0, 0, 8, 2250, 0, 7)
 
 
 def term(value):
-    """A value as Erlang writes it; a pair is an alternative of a CHOICE."""
+    """A value in the notation of Erlang. A pair is an alternative of a CHOICE."""
     if value is None:
         return "'NULL'"
     if isinstance(value, bool):
@@ -82,7 +82,7 @@ def media(address, port):
     return ("unicastAddress", ("iPAddress", {"network": packed(address), "tsapIdentifier": port}))
 
 
-def offer(codec_name, address, port):  # of an audio channel, as fastStart has it
+def offer(codec_name, address, port):  # an OpenLogicalChannel for audio
     return {"forwardLogicalChannelNumber": 1,
             "forwardLogicalChannelParameters": {
                 "dataType": ("audioData", (codec_name, 20)),
@@ -105,7 +105,7 @@ def cause(value):
 
 
 class Call:
-    """A call between two endpoints of a gatekeeper. Each has a number and a stream of its own."""
+    """A call between two endpoints of a gatekeeper. Each call has its own number and stream."""
     terminal = {"mc": False, "undefinedNode": False, "terminal": {}}
 
     def __init__(self, capture, number, called, digits="4712"):

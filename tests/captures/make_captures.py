@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Makes the captures beside it from tests/data, with Debian's python3-scapy. They are committed: run
-this only to change them. With a number of MiB it writes so much of the sample call instead, once a
-second for hours, to standard output.
+"""Makes captures in this folder from tests/data, by Debian's python3-scapy. They are committed: run this
+only to change them. With a number of MiB, the script instead writes a capture of this size to
+standard output, in which the sample call is repeated once a second.
 """
 import struct
 import sys
@@ -31,60 +31,36 @@ class Capture:
     def udp(self, source, sport, destination, dport, message):
         self.send(source, destination, UDP(sport=sport, dport=dport) / Raw(message))
 
+    def segment(self, source, sport, destination, dport, sequence, acknowledged, flags, payload):
+        tcp = TCP(sport=sport, dport=dport, flags=flags, window=8192, seq=sequence,
+                  ack=acknowledged)
+        self.send(source, destination, tcp / Raw(payload) if payload else tcp)
 
-class Stream:
-    """A TCP connection; side 0 opened it."""
 
-    def __init__(self, capture, client, cport, server, sport, opened=True):
-        self.capture, self.host, self.port = capture, (client, server), (cport, sport)
-        self.next = [1000, 0xFFFFFF00]  # the server's number wraps
-        if opened:
-            self.packet(0, "S")
-            self.packet(1, "SA")
-            self.packet(0, "A")
-
-    def packet(self, side, flags, payload=b"", at=None):
-        tcp = TCP(sport=self.port[side], dport=self.port[1 - side], flags=flags, window=8192,
-                  seq=self.next[side] if at is None else at,
-                  ack=self.next[1 - side] if "A" in flags else 0)
-        self.capture.send(self.host[side], self.host[1 - side],
-                          tcp / Raw(payload) if payload else tcp)
-        if at is None:
-            length = len(payload) + ("S" in flags) + ("F" in flags)
-            self.next[side] = (self.next[side] + length) % 2**32
-
-    def say(self, side, octets):
-        self.packet(side, "PA", octets)
-        self.packet(1 - side, "A")
-
-    def lose(self, side, octets):  # sent, received, not captured
-        self.next[side] += octets
-
-    def close(self):
-        self.packet(0, "FA")
-        self.packet(1, "FA")
-        self.packet(0, "A")
+def stream(capture, *ends, **options):
+    """A stream in which the server's sequence numbers wrap around."""
+    return Stream(capture, *ends, start=(1000, 0xFFFFFF00), **options)
 
 
 def call(port=2034):
-    """The sample: RAS, call signalling with fastStart and a tunnelled message, H.245 by itself."""
+    """The sample call: RAS, call signalling with fastStart and a tunnelled message, separate H.245."""
     c = Capture()
     c.udp(TERMINAL, port, GATEKEEPER, 1718, data("ras-gatekeeperRequest"))
     request = of_this_call(data("alt-ras-admissionRequest-aligned"), "20" * 16)
     request = request[:2] + b"\0\2" + request[4:]  # requestSeqNum as in the confirm
     c.udp(TERMINAL, port, GATEKEEPER, 1719, request)
     c.udp(GATEKEEPER, 1719, TERMINAL, port, data("ras-admissionConfirm"))
-    s = Stream(c, TERMINAL, port + 1, CALLED, 1720)
+    s = stream(c, TERMINAL, port + 1, CALLED, 1720)
     s.say(0, tpkt(q931(5, data("made-ui-call-setup-aligned"), bytes.fromhex("04038893a5"))))
     s.say(1, tpkt(q931(2, data("ui-callProceeding"))))
     s.say(1, tpkt(q931(1, data("made-ui-call-alerting-aligned"))))
     answer = tpkt(q931(7, connect(port + 6)))
     s.say(1, answer[:30])
     s.say(1, answer[30:])  # one TPKT over two segments
-    h = Stream(c, TERMINAL, port + 2, CALLED, port + 6)
+    h = stream(c, TERMINAL, port + 2, CALLED, port + 6)
     start = h.next[0]
     h.say(0, tpkt(data("h245-terminalCapabilitySet")))
-    h.packet(0, "PA", tpkt(data("h245-terminalCapabilitySet")), at=start)  # again
+    h.packet(0, "PA", tpkt(data("h245-terminalCapabilitySet")), at=start)  # a retransmission
     h.say(1, tpkt(data("h245-terminalCapabilitySet")))
     h.say(0, tpkt(data("h245-masterSlaveDetermination")))
     h.say(1, tpkt(data("h245-terminalCapabilitySetAck")) +
@@ -102,26 +78,26 @@ def call(port=2034):
 
 
 def odd():
-    """Conditions that are common in real captures. Each stream has a port of its own."""
+    """Conditions that are common in real captures. Each stream has its own port."""
     tcs, ack = tpkt(data("h245-terminalCapabilitySet")), tpkt(data("h245-terminalCapabilitySetAck"))
     proceeding = tpkt(q931(2, data("ui-callProceeding")))
     c = Capture(link=lambda: Ether() / Dot1Q(vlan=7))
-    s = Stream(c, TERMINAL, 3001, CALLED, 1720)
+    s = stream(c, TERMINAL, 3001, CALLED, 1720)
     s.say(0, tpkt(b""))  # keeps the connection alive
     s.say(0, tpkt(q931(0x75, None)))  # a status enquiry carries no H.225.0 message
     s.say(0, tpkt(q931(2, data("ui-callProceeding"))[:-9]))  # ends within an element
     s.say(0, tpkt(tcs[4:]))  # H.245 on a stream of call signalling
-    s.say(1, tpkt(q931(1, data("alt-ui-alerting-aligned"))))  # tunnels what is no H.245
+    s.say(1, tpkt(q931(1, data("alt-ui-alerting-aligned"))))  # its tunnelled content is no H.245
     s.say(1, tpkt(q931(7, connect(3002))))
 
-    h = Stream(c, TERMINAL, 3003, CALLED, 3002)  # segments out of order, the first one last
+    h = stream(c, TERMINAL, 3003, CALLED, 3002)  # segments out of order, the first one last
     at = h.next[0]
     octets = tcs + ack
     for first, last in ((20, 35), (10, 20), (0, 10)):
         h.packet(0, "PA", octets[first:last], at=at + first)
     h.next[0] += len(octets)
     h.packet(1, "A")
-    at = h.next[1]  # segments that overlap, and whose number wraps
+    at = h.next[1]  # the sequence numbers wrap around, and the segments overlap
     h.packet(1, "PA", tcs[:20], at=at)
     h.packet(1, "PA", tcs[12:], at=at + 12)
     h.next[1] = (at + len(tcs)) % 2**32
@@ -129,16 +105,16 @@ def odd():
     h.lose(0, len(tcs))  # a whole message is missing
     h.say(0, ack)
     h.say(1, tcs[:9])
-    h.lose(1, 5)  # a part of one
+    h.lose(1, 5)  # a part of a message is missing
     h.say(1, tcs[14:] + ack)
     h.say(0, tcs[:8])
     h.close()  # within a message
 
-    m = Stream(c, TERMINAL, 3004, CALLED, 1720, opened=False)  # starts in the middle of a message
+    m = stream(c, TERMINAL, 3004, CALLED, 1720, opened=False)  # starts in the middle of a message
     m.say(0, proceeding[20:] + proceeding)
     m.packet(1, "RA")
 
-    # IPv4 fragments, the last one first; one of another packet is missing
+    # IPv4 fragments, the last one first; a packet with a missing fragment
     c.ident += 1
     whole = Ether() / IP(src=TERMINAL, dst=GATEKEEPER, id=c.ident) / UDP(sport=3005, dport=1719) / \
         Raw(data("made-ras-aligned"))
@@ -147,13 +123,13 @@ def odd():
     whole[IP].id += 1
     c.frame(fragment(whole, fragsize=64)[0])
     c.udp(TERMINAL, 3005, GATEKEEPER, 1719, b"\xFF\xFF")
-    c.frame(Ether(type=0x0800) / Raw(b"\x45\0\0"))  # no IP packet
+    c.frame(Ether(type=0x0800) / Raw(b"\x45\0\0"))  # a malformed IP packet
     return c
 
 
 def six():
     c = Capture(ip=IPv6)
-    s = Stream(c, "2001:db8::1", 3010, "2001:db8::2", 1720)
+    s = stream(c, "2001:db8::1", 3010, "2001:db8::2", 1720)
     s.say(0, tpkt(q931(2, data("ui-callProceeding"))))
     s.close()
     c.udp("2001:db8::1", 3011, "2001:db8::2", 1719, data("ras-infoRequest"))
@@ -161,7 +137,7 @@ def six():
 
 
 def linked(header, link_type, name):
-    """A RAS message under another link type's header."""
+    """Writes a capture with a RAS message after the header of another link type."""
     packet = IP(src=TERMINAL, dst=GATEKEEPER) / UDP(sport=2034, dport=1719) / \
         Raw(data("ras-infoRequest"))
     writer = PcapWriter(str(HERE / name), linktype=link_type)
@@ -171,7 +147,7 @@ def linked(header, link_type, name):
 
 
 def many(size):
-    """The sample call once a second, to standard output."""
+    """Writes the sample call to standard output, once a second, until `size` octets are written."""
     records = [(raw(frame), frame.time) for frame in call().frames]
     sys.stdout.buffer.write((HERE / "call.pcap").read_bytes()[:24])
     written, now = 24, 0

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Makes the captures of difficult conditions on the wire, each with its layers written out. They are
-committed: run this only to change them. wire.md has what tamsel-capture and tshark find in them.
+"""Makes captures of difficult conditions on the wire. The layers are written out. The captures are
+committed: run this only to change them. wire.md says what tamsel-capture and tshark find in them.
 """
 import gzip
 import ipaddress
@@ -15,14 +15,14 @@ TCS, ACK = data("h245-terminalCapabilitySet"), data("h245-terminalCapabilitySetA
 SETUP = data("made-ui-call-setup-aligned")
 MSD = data("h245-masterSlaveDetermination")
 PROCEEDING = tpkt(q931(2, data("ui-callProceeding")))
-FOREIGN = bytes.fromhex("00 08 91 4a 00 03 00 22 c0 01 02 03")  # an object identifier has 03 00 in it
+FOREIGN = bytes.fromhex("00 08 91 4a 00 03 00 22 c0 01 02 03")  # its object identifier contains 03 00
 
 
 def be(*numbers):  # 16 bits each
     return struct.pack(f">{len(numbers)}H", *numbers)
 
 
-# Layers, from the inside out.
+# Layers, the innermost first.
 def udp(sport, dport, payload):
     return be(sport, dport, len(payload) + 8, 0) + payload
 
@@ -58,7 +58,7 @@ def ether(payload, kind=0x0800):
     return bytes.fromhex("020000000001 020000000002") + be(kind) + payload
 
 
-def ras(sport):  # the message in IPv4; the port tells which one it was
+def ras(sport):  # an infoRequest in IPv4; the port identifies it
     return ip(A, B, udp(sport, 1719, RAS))
 
 
@@ -73,44 +73,16 @@ class Capture:
     def udp(self, source, sport, destination, dport, payload):
         self.frame(ether(ip(source, destination, udp(sport, dport, payload))))
 
+    def segment(self, source, sport, destination, dport, sequence, acknowledged, flags, payload):
+        self.frame(ether(ip(source, destination,
+                            tcp(sport, dport, sequence, acknowledged, flags, payload), 6)))
+
     def pcap(self, name):
         with open(HERE / name, "wb") as file:
             file.write(struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 1))
             for time, _, octets in self.frames:
                 file.write(struct.pack("<IIII", time // 10**6, time % 10**6, len(octets),
                                        len(octets)) + octets)
-
-
-class Stream:
-    """A TCP connection; side 0 opened it."""
-
-    def __init__(self, capture, client, cport, server, sport, start=1000, opened=True):
-        self.capture, self.host, self.port = capture, (client, server), (cport, sport)
-        self.next = [start, start + 1]
-        if opened:
-            self.packet(0, "S")
-            self.packet(1, "SA")
-            self.packet(0, "A")
-
-    def packet(self, side, flags, payload=b""):
-        self.capture.frame(ether(ip(
-            self.host[side], self.host[1 - side],
-            tcp(self.port[side], self.port[1 - side], self.next[side],
-                self.next[1 - side] if "A" in flags else 0, flags, payload), 6)))
-        self.next[side] += len(payload) + ("S" in flags) + ("F" in flags)
-
-    def say(self, side, *segments):
-        for octets in segments:
-            self.packet(side, "PA", octets)
-            self.packet(1 - side, "A")
-
-    def lose(self, side, octets):  # sent, received, not captured
-        self.next[side] += octets
-
-    def close(self):
-        self.packet(0, "FA")
-        self.packet(1, "FA")
-        self.packet(0, "A")
 
 
 def call_of(message, number):
@@ -124,7 +96,7 @@ def connected(number, address, port):
 # The captures.
 def resync():
     c = Capture()
-    s = Stream(c, A, 3001, B, 1720, opened=False)  # in the middle of a message
+    s = Stream(c, A, 3001, B, 1720, opened=False)  # begins within a message
     s.say(0, FOREIGN, PROCEEDING)
     s.lose(0, 1460)
     s.say(0, FOREIGN[5:] + PROCEEDING, PROCEEDING)
@@ -147,7 +119,7 @@ def several():
 
 
 def ports():
-    """Call signalling and RAS on ports of their own, H.245 at a translated address."""
+    """Call signalling and RAS on other ports, H.245 at a translated address."""
     c = Capture()
     c.udp(A, 20001, G, 21719, data("ras-gatekeeperRequest"))
     c.udp(G, 21719, A, 20001, data("alt-ras-gatekeeperConfirm-aligned"))
@@ -166,7 +138,7 @@ def ports():
 
 
 def foreign():
-    """DNS, RTP, SIP, HTTP, TLS, remote desktop: nothing of it is H.323."""
+    """DNS, RTP, SIP, HTTP, TLS, remote desktop: no H.323."""
     c = Capture()
     rng = random.Random(1)
     noise = lambda size: bytes(rng.randrange(256) for _ in range(size))
@@ -225,9 +197,9 @@ def reused():
     c = Capture()
     s = Stream(c, A, 3001, B, 1720)
     s.say(0, PROCEEDING)
-    s = Stream(c, A, 3001, B, 1720, start=2 * 10**9)  # no FIN before
+    s = Stream(c, A, 3001, B, 1720, start=(2 * 10**9, 2 * 10**9 + 1))  # without a FIN before it
     s.say(0, PROCEEDING)
-    s = Stream(c, A, 3001, B, 1720, start=4 * 10**9, opened=False)  # and not even a SYN
+    s = Stream(c, A, 3001, B, 1720, start=(4 * 10**9, 4 * 10**9 + 1), opened=False)  # without a SYN, too
     s.say(0, PROCEEDING)
     return c
 
@@ -254,13 +226,13 @@ def around():
 
 
 def hostile():
-    """Text that attacks the program that shows it: terminal, line reader, JSON, page. Some is no text."""
+    """Text that attacks terminals, line readers, JSON and pages, and octets that are no text."""
     controls = "\x1b]0;title\x07\x1b[2J\r\n\t\x7f\u009b31m"
     page = "</script><script>alert(1)</script><img src=x onerror=alert(2)>"
     quotes = "'; DROP TABLE calls; -- \\\"\\u0041 ${x} `id`"
     lines = "\nRasMessage.t = 1\u2028\u2029\u0085\u202egnp\ufeff"
     broken = b"\xc3\x28 \xff\xfe \xe2\x82 \xed\xa0\x80 \xf0\x9f\x98\x80 \xf8 \xc0\x80 end\xe2"
-    surrogates = b"\0a\xd8\x3d\xde\x00\xd8\x3d\0b\xde\x00"  # a pair, and two halves
+    surrogates = b"\0a\xd8\x3d\xde\x00\xd8\x3d\0b\xde\x00"  # a pair, and two lone ones
     c = Capture()
     element = lambda kind, octets: bytes([kind, len(octets)]) + octets
     calling = element(0x6C, b"\x81" + page[:40].encode())
@@ -270,7 +242,7 @@ def hostile():
         s = Stream(c, A, 3001 + number, B, 1720)
         s.say(0, tpkt(q931(5, setup.replace(CALL, bytes([number + 1]) * 16),
                            element(0x28, broken) + calling + element(0x70, b"\x81\0\x1b[31m\xff"))))
-        calling = b""  # then the alias tells who calls
+        calling = b""  # the others show the alias of the caller
         s.close()
     h = Stream(c, A, 3009, B, 1720)
     h.say(0, tpkt(q931(7, connect(3010, B))))
@@ -294,7 +266,7 @@ def tunnels():
     outer = lambda payload, protocol: ether(ip("192.0.2.1", "192.0.2.2", payload, protocol))
     for octets in (
             outer(be(0, 0x0800) + ras(3001), 47),  # GRE
-            outer(be(0xB000, 0x6558, 0, 0, 0, 7, 0, 9) + inner(3002), 47),  # with all that is optional
+            outer(be(0xB000, 0x6558, 0, 0, 0, 7, 0, 9) + inner(3002), 47),  # with all optional fields
             outer(be(0x2001, 0x880B, len(ras(3003)) + 4, 7) + b"\xff\x03\0\x21" + ras(3003), 47),
             outer(be(0, 0x88BE) + inner(3004), 47),  # ERSPAN of types I, II and III
             outer(be(0x1000, 0x88BE, 0, 1, 0x1001, 0, 0, 0) + inner(3005), 47),
@@ -343,7 +315,7 @@ def packet(order, interface, ticks, octets):
 
 
 def interfaces():
-    """Two sections, of either byte order, and interfaces that differ in all respects."""
+    """Two sections, one of each byte order, with interfaces that differ in all respects."""
     clocks = [(147, 0, 6, 0), (1, 65535, 6, 0), (101, 96, 9, 0), (1, 0, 0x80 | 20, 0), (1, 0, 3, START)]
     octets = section("<", clocks)
     octets += packet("<", 0, START * 10**6, b"unknown")
@@ -375,7 +347,7 @@ def main():
     octets = interfaces()
     (HERE / "interfaces.pcapng").write_bytes(octets)
     half = len(octets) // 2
-    with open(HERE / "interfaces.pcapng.gz", "wb") as file:  # of two members
+    with open(HERE / "interfaces.pcapng.gz", "wb") as file:  # with two members
         for part in (octets[:half], octets[half:]):
             file.write(gzip.compress(part, mtime=0))
     subprocess.run(["zstd", "-qf", HERE / "interfaces.pcapng"], check=True)

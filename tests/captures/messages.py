@@ -1,4 +1,6 @@
-"""Messages for the captures: those of tests/data, and some that are encoded here."""
+"""What the scripts that make captures have in common: messages, most of them from tests/data, and TCP
+streams.
+"""
 import pathlib
 import struct
 
@@ -31,3 +33,39 @@ def q931(kind, user_user, elements=b""):
 
 def tpkt(message):
     return b"\x03\x00" + struct.pack(">H", len(message) + 4) + message
+
+
+class Stream:
+    """A TCP connection, which side 0 opened. The capture's `segment` makes a frame of each segment."""
+
+    def __init__(self, capture, client, cport, server, sport, start=(1000, 1001), opened=True):
+        self.capture, self.host, self.port = capture, (client, server), (cport, sport)
+        self.next = list(start)  # the sequence numbers of both sides
+        if opened:
+            self.packet(0, "S")
+            self.packet(1, "SA")
+            self.packet(0, "A")
+
+    def packet(self, side, flags, payload=b"", at=None):
+        """Sends a segment; with `at`, at that sequence number instead of the next."""
+        self.capture.segment(self.host[side], self.port[side], self.host[1 - side],
+                             self.port[1 - side], self.next[side] if at is None else at,
+                             self.next[1 - side] if "A" in flags else 0, flags, payload)
+        if at is None:
+            length = len(payload) + ("S" in flags) + ("F" in flags)
+            self.next[side] = (self.next[side] + length) % 2**32
+
+    def say(self, side, *segments):
+        """Sends segments, each of which the other side acknowledges."""
+        for octets in segments:
+            self.packet(side, "PA", octets)
+            self.packet(1 - side, "A")
+
+    def lose(self, side, octets):
+        """Sends that many octets, which are not captured."""
+        self.next[side] += octets
+
+    def close(self):
+        self.packet(0, "FA")
+        self.packet(1, "FA")
+        self.packet(0, "A")

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""terminal.py COLUMNS PROGRAM: what tamsel-capture shows on a terminal of so many columns."""
+"""terminal.py COLUMNS PROGRAM: prints what tamsel-capture shows on a terminal of that width."""
 import fcntl
 import os
 import pty
@@ -12,7 +12,7 @@ VIEWS = [["calls.pcap"], ["calls.pcap", "5"], ["resync.pcap", "c0fe"], ["ten.pca
 
 
 def show(columns, program, arguments, **variables):
-    """The output with its escape sequences, and the exit status."""
+    """Runs the program. Returns its output, with escape sequences, and its exit status."""
     child, terminal = pty.fork()
     if child == 0:
         fcntl.ioctl(1, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
