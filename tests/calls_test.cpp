@@ -72,7 +72,7 @@ TEST(CallBook, LossesOfAForgottenCallBelongToNoCall) {
     EXPECT_EQ(book.calls()[0].losses, 0U);
 }
 
-TEST(CallBook, AnotherSetupTriesACallAgain) {
+TEST(CallBook, ASetupAfterTheEndBeginsTheCallAgain) {
     CallBook book;
     MessageDetails details;
     book.note(messageOf(1, "setup"), details);
@@ -87,7 +87,7 @@ TEST(CallBook, AnotherSetupTriesACallAgain) {
     EXPECT_EQ(call->cause, std::nullopt);
 }
 
-TEST(CallBook, HostsWithoutACommonCodecFail) {
+TEST(CallBook, ACallWithoutACommonCodecFails) {
     CallBook book;
     MessageDetails details;
     book.note(messageOf(1, "setup"), details);
@@ -106,7 +106,7 @@ TEST(CallBook, HostsWithoutACommonCodecFail) {
     EXPECT_EQ(call->why, "no common codec: g729 and a\\x1b");
 }
 
-TEST(MessageText, LinesAreCutAtBlanksIfThereAreAny) {
+TEST(MessageText, LinesAreSplitAtBlanksIfPossible) {
     using Lines = std::vector<std::string_view>;
     EXPECT_EQ(wrapped("one two three", 8), (Lines{"one two", "three"}));
     EXPECT_EQ(wrapped("onetwothree", 4), (Lines{"onet", "woth", "ree"}));

@@ -10,26 +10,26 @@ foreach(golden call.pcap=0 resync.pcap=0 several.pcap=0 ports.pcap=0 foreign.pca
     string(REGEX MATCH "^((.*)[.].*)=(.)$" golden ${golden})
     set(name ${CMAKE_MATCH_2})
     run(${CMAKE_MATCH_3} --list ${CMAKE_MATCH_1})
-    file(READ ${CAPTURES}/${name}.txt ladder)
-    expect("${name}" "${stdout}${stderr}" "${ladder}")
+    file(READ ${CAPTURES}/${name}.txt listing)
+    expect("${name}" "${stdout}${stderr}" "${listing}")
 endforeach()
 
 # The alerting in odd.pcap is encoded with the set of 1998, and tunnels octets that are not H.245.
 run(1 --modules 1998 --list odd.pcap)
-file(READ ${CAPTURES}/odd.txt ladder)
-expect("odd" "${stdout}${stderr}" "${ladder}")
+file(READ ${CAPTURES}/odd.txt listing)
+expect("odd" "${stdout}${stderr}" "${listing}")
 
 # Compressed, from a file and from a pipe. A build without libzstd says so.
-file(READ ${CAPTURES}/interfaces.txt ladder)
+file(READ ${CAPTURES}/interfaces.txt listing)
 run(0 --list interfaces.pcapng.gz)
-expect("gzip" "${stdout}${stderr}" "${ladder}")
+expect("gzip" "${stdout}${stderr}" "${listing}")
 execute_process(COMMAND ${CAPTURE} --list - INPUT_FILE ${CAPTURES}/interfaces.pcapng.gz
     OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
-expect("standard input" "${stdout}${stderr}" "${ladder}")
+expect("standard input" "${stdout}${stderr}" "${listing}")
 execute_process(COMMAND ${CAPTURE} --list interfaces.pcapng.zst WORKING_DIRECTORY ${CAPTURES}
     OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
 if(NOT stderr MATCHES "which this build does not read")
-    expect("zstd" "${stdout}${stderr}" "${ladder}")
+    expect("zstd" "${stdout}${stderr}" "${listing}")
 endif()
 
 # One call of several: its messages, and the remarks about its streams.
@@ -38,7 +38,7 @@ string(REGEX MATCHALL "call [0-9a-f]+" calls "${stdout}")
 expect("--call" "${calls}" "call 02020202;call 02020202")
 run(0 --list --call c0fef93e resync.pcap)
 string(REGEX MATCHALL "passed over|missing" remarks "${stdout}")
-expect("--call: remarks about its streams alone" "${remarks}"
+expect("--call: only the remarks on its streams" "${remarks}"
     "passed over;passed over;missing;passed over")
 
 # --port takes precedence over content and announced addresses.
@@ -51,9 +51,9 @@ expect_part("--port" "${stderr}" "--port 1730: a port is given as 1730=ui")
 
 # A call in two captures, which are cut within a TPKT, gives the same list. Frames are counted in each
 # capture.
-file(READ ${CAPTURES}/call.txt ladder)
+file(READ ${CAPTURES}/call.txt listing)
 run(0 --list first.pcap second.pcap)
-string(REGEX REPLACE "(^|\n) *[0-9]+  12:" "\\112:" numberless "${ladder}")
+string(REGEX REPLACE "(^|\n) *[0-9]+  12:" "\\112:" numberless "${listing}")
 string(REGEX REPLACE "(^|\n) *[0-9]+  12:" "\\112:" stdout "${stdout}")
 expect("two captures" "${stdout}${stderr}" "${numberless}")
 
@@ -139,7 +139,7 @@ string(REGEX MATCHALL "\n" lines "${stdout}")
 list(LENGTH lines count)
 expect("--family" ${count} 9)
 run(0 --list --call C0FEF93E-CD9E call.pcap)
-string(REGEX REPLACE "^[^\n]*gatekeeperRequest[^\n]*\n" "" rest "${ladder}")
+string(REGEX REPLACE "^[^\n]*gatekeeperRequest[^\n]*\n" "" rest "${listing}")
 string(REGEX REPLACE "tamsel-capture:.*" "" rest "${rest}")
 expect("--call" "${stdout}" "${rest}")
 run(1 --list --call c1 odd.pcap)
@@ -159,7 +159,7 @@ foreach(golden calls=calls.pcap calls-1=calls.pcap,1 calls-5=calls.pcap,0505 ten
 endforeach()
 run(0 --modules 1998 calls.pcap)
 file(READ ${CAPTURES}/views/calls.txt view)
-expect("both sets tell the same of calls" "${stdout}${stderr}" "${view}")
+expect("both sets of modules give the same list of calls" "${stdout}${stderr}" "${view}")
 find_program(PYTHON python3)
 foreach(width 80 200)
     execute_process(COMMAND ${PYTHON} terminal.py ${width} ${CAPTURE} WORKING_DIRECTORY ${CAPTURES}
@@ -227,7 +227,7 @@ run(2 --family h323 call.pcap)
 run(2)
 run(2 -o ${CAPTURES}/call.pcap/folder call.pcap)
 
-# A folder that is not empty is refused and left unchanged.
+# A folder that is not empty is an error, and is left unchanged.
 run(2 -o ${OUT}/files odd.pcap)
 expect_part("a full folder" "${stderr}" "/files: not an empty folder")
 file(GLOB found RELATIVE ${OUT}/files ${OUT}/files/*)

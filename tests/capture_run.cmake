@@ -1,9 +1,10 @@
-# What the scripts that run tamsel-capture have in common: an empty folder OUT, a run, comparisons.
+# What the scripts that run tamsel-capture have in common: an empty folder OUT, and functions.
 cmake_minimum_required(VERSION 3.25)
 file(REMOVE_RECURSE ${OUT})
 file(MAKE_DIRECTORY ${OUT})
 
-# run(STATUS ARGS...): sets stdout and stderr.
+# run(STATUS ARGS...): runs tamsel-capture in the folder of captures, compares the exit status, and sets
+# stdout and stderr.
 function(run status)
     execute_process(COMMAND ${CAPTURE} ${ARGN} WORKING_DIRECTORY ${CAPTURES}
         RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
@@ -14,6 +15,7 @@ function(run status)
     set(stderr "${err}" PARENT_SCOPE)
 endfunction()
 
+# expect(WHAT GOT WANTED), and the same for a part and a regular expression: reports a difference.
 function(expect what got wanted)
     if(NOT got STREQUAL wanted)
         message(SEND_ERROR "${what}:\n${got}\n-- wanted\n${wanted}")

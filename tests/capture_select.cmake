@@ -27,7 +27,7 @@ run(2 --from noon call.pcap)
 expect_match("--from" "${stderr}" "--from noon: a time is 2026-11-22T05:11:39 or 05:11:39")
 run(2 --filter "udp prt 1" call.pcap)
 expect_match("--filter" "${stderr}" "--filter udp prt 1: ")
-# An expression for frames of several link types.
+# A filter expression for frames of several link types.
 run(0 --list --filter "udp port 1719" interfaces.pcapng)
 expect_match("--filter" "${stderr}" "7 messages: 7 ras.*not read: frames of link type DLT 147, which --filter cannot judge: 1\n")
 
@@ -50,7 +50,7 @@ foreach(file all=call.pcap odd=odd.pcap tunnels=tunnels.pcapng)
     file(SHA1 ${OUT}/${name}.pcapng read_twice)
     foreach(way piped redirected)
         file(SHA1 ${OUT}/${name}-${way}.pcapng kept)
-        expect("-w ${name}: ${way}, or read again" ${kept} ${read_twice})
+        expect("-w ${name}: ${way}, as from a file" ${kept} ${read_twice})
     endforeach()
     if(name STREQUAL "odd")
         continue()  # some of its streams cannot be read without their SYN
@@ -92,14 +92,14 @@ wait $!
 echo "exit $?"
 ]=])
 execute_process(COMMAND bash ${OUT}/live.sh ${CAPTURE} ${CAPTURES}/call.pcap ${OUT} OUTPUT_VARIABLE stdout)
-expect("a pipe" "${stdout}" "exit 0\n")
+expect("a signal ends a pipe" "${stdout}" "exit 0\n")
 file(READ ${OUT}/before.txt before)
 run(0 --list call.pcap)
 expect("before a pipe is closed" "${before}" "${stdout}")
 file(READ ${OUT}/live.err err)
-expect("its summary" "${err}" "${stderr}")
+expect("the summary after a signal" "${err}" "${stderr}")
 
-# An interface, if this user may read one.
+# An interface, if this user has the permission to read it.
 file(WRITE ${OUT}/interface.sh [=[
 capture=$1 out=$2
 timeout --foreground 60 $capture --list -i lo --filter 'udp port 1719' >$out/lo.txt 2>$out/lo.err &

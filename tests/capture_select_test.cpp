@@ -1,4 +1,4 @@
-// The parts of tamsel-capture that choose messages, write their frames, and count them.
+// Parts of tamsel-capture: times of a selection, frames that are kept, totals.
 
 #include <gtest/gtest.h>
 
@@ -51,7 +51,7 @@ TEST(CaptureWriter, KeepsFramesThatCannotBeReadAgain) {
     const auto read = [&](uint32_t number) {
         writer.read({.id = {0, number},
                      .time = number,
-                     .linkType = number % 2,  // which only pcapng can hold in one file
+                     .linkType = number % 2,  // two link types, which only pcapng supports
                      .octets = octets,
                      .length = 1500});
     };
@@ -104,7 +104,7 @@ TEST(Stats, ResponseTimesOfRas) {
             stats.message(message, details, nullptr);
         };
         say(0, "admissionRequest", 1, false);
-        say(5, "admissionConfirm", 2, true);  // of another request
+        say(5, "admissionConfirm", 2, true);  // the answer to another request
         say(7, "requestInProgress", 1, true);
         say(10, "admissionRequest", 1, false);  // repeated
         say(40, "admissionReject", 1, true);

@@ -1,6 +1,7 @@
-# cmake -DCAPTURE=program -DTSHARK=program -DFILE=... -DOUT=... -P capture_tshark.cmake: tamsel-capture
-# finds the messages that tshark finds, in that order and in frames of the same number. They are identified by
-# the indexes of their CHOICEs, which a dump counts from 1. Proposals of fastStart are no messages for tshark.
+# cmake -DCAPTURE=program -DTSHARK=program -DFILE=... -DOUT=... -P capture_tshark.cmake: tests that
+# tamsel-capture finds the same messages as tshark, in the same order and in the same frames. A message is
+# identified by the indexes of its CHOICEs, which a dump counts from 1. tshark does not show proposals of
+# fastStart as messages.
 file(REMOVE_RECURSE ${OUT})
 execute_process(COMMAND ${CAPTURE} -o ${OUT} ${FILE} COMMAND_ERROR_IS_FATAL ANY ERROR_QUIET)
 set(ours "")

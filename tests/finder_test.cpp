@@ -1,4 +1,4 @@
-// Which octets are messages, their names, their frames, and what call signalling carries.
+// Messages: which octets they are, their names and frames, and the messages in call signalling.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-TEST(MessageFacts, TheNameOfEveryMessage) {
+TEST(MessageFacts, NameOfEveryMessage) {
     size_t compared = 0;
     for (const auto& file : std::filesystem::directory_iterator(TAMSEL_TEST_DATA)) {
         std::string name = file.path().stem();
@@ -35,7 +35,7 @@ TEST(MessageFacts, TheNameOfEveryMessage) {
         readFacts(kTamsel2009, family, decoder, facts);
         EXPECT_EQ(facts.name, name.substr(name.rfind('-') + 1)) << "with the modules of 2009";
         ++compared;
-        // One that does not decode still has its name.
+        // A message that does not decode still has its name.
         const auto cut = std::span(octets).first(octets.size() / 2);
         if (decoder.decode(familyOf(kTamsel1998, family), cut, isAligned) == kAsnOk ||
             cut.size() < 8)
@@ -46,7 +46,7 @@ TEST(MessageFacts, TheNameOfEveryMessage) {
     EXPECT_GT(compared, 80U);
 }
 
-/// A finder, and how many messages it passed on.
+/// A finder, with the number and the frames of the messages that it passed on.
 struct Finder : MessageSink {
     explicit Finder(const std::string& call) : finder(*this, budget, unread, {call, {}}) {}
     void message(const CapturedMessage& message) override {
@@ -91,7 +91,7 @@ struct Carried : MessageSink {
     MessageFinder finder{*this, budget, unread, {}};
 };
 
-TEST(MessageFinder, DecodesWhatSignallingCarries) {
+TEST(MessageFinder, DecodesMessagesInCallSignalling) {
     const struct {
         const char* why;
         const char* octets;
@@ -101,7 +101,7 @@ TEST(MessageFinder, DecodesWhatSignallingCarries) {
         {"two proposals, two messages", "", "",
          "\nfastStart openLogicalChannel 0000000e 03\nfastStart openLogicalChannel 0000010a 03"
          "\ntunnel masterSlaveDetermination 01003280 \ntunnel roundTripDelayRequest 090007 "},
-        {"a proposal that is damaged: the octet is that on the wire", "060007b835010040",
+        {"a damaged proposal: the octet in the reason is that on the wire", "060007b835010040",
          "7f0007b835010040",
          "\nfastStart openLogicalChannel 0000000e 03Unexpected end of buffer on decode (status -2) "
          "at octet 18 of 31\nfastStart openLogicalChannel 0000010a 03"
@@ -185,17 +185,17 @@ TEST(MessageFinder, TheFramesOfEachMessage) {
     const std::string two = setup + setup;
     const struct {
         const char* why;
-        std::vector<std::pair<int, std::string>> segments;  // "sequence payload"; 0: acknowledges
+        std::vector<std::pair<int, std::string>> segments;  // sequence, payload; 0: acknowledges
         const char* frames;                                 // the SYN is the first
     } rows[] = {
-        {"two in a segment", {{1, two}}, "2 | 2 | "},
+        {"two messages in a segment", {{1, two}}, "2 | 2 | "},
         {"a message in three segments, and the next in the last",
          {{1, two.substr(0, 2)}, {2, two.substr(2, 4)}, {4, two.substr(6)}},
          "2 3 4 | 4 | "},
-        {"in the wrong order",
+        {"segments in the wrong order",
          {{1, two.substr(0, 6)}, {10, setup}, {4, two.substr(6, 12)}},
          "2 4 | 3 | "},
-        {"sent again before it is whole, and longer",
+        {"a longer retransmission of a segment that waits",
          {{1, two.substr(0, 6)},
           {8, two.substr(14, 2)},
           {8, two.substr(14)},

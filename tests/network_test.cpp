@@ -9,7 +9,7 @@
 
 namespace {
 
-/// What comes out of it.
+/// A network, and what it passes on, as text.
 struct Wire : NetworkListener {
     explicit Wire(size_t limit = 1 << 16) : budget(limit) {}
 
@@ -55,7 +55,7 @@ struct Wire : NetworkListener {
         packets.packet(time, id, flags, protocol, payload);
     }
     std::string heard;
-    bool isWanted = true;  // streams, after their first octets
+    bool isWanted = true;  // whether the reader wants more of a stream
     Unread unread;
     MemoryBudget budget;
     Packets packets{*this, budget, unread};
@@ -79,7 +79,7 @@ TEST(Network, FragmentsOf4096Packets) {
     wire.second(5000, 1);
     EXPECT_EQ(wire.heard, "aabb ");
     wire.second(5000, 0);
-    EXPECT_EQ(wire.heard, "aabb ") << "the oldest was given up";
+    EXPECT_EQ(wire.heard, "aabb ") << "the oldest packet was given up";
 }
 
 TEST(Network, FragmentsOf4MiB) {
@@ -94,7 +94,7 @@ TEST(Network, FragmentsOf4MiB) {
 TEST(Network, ImpossibleFragments) {
     Wire wire;
     wire.packet(0, 1, 0x1FFF, 17, "0011 2233 4455 6677");  // ends after octet 65535
-    wire.packet(0, 2, 0x2000, 17, "0011");                 // the next cannot begin there
+    wire.packet(0, 2, 0x2000, 17, "0011");                 // the next fragment cannot begin there
     EXPECT_EQ(wire.counted("malformed IP fragments"), 2U);
 }
 
@@ -136,11 +136,11 @@ TEST(TcpStreams, SequencesOfSegments) {
         const char* heard;
     } rows[] = {
         {"the same SYN again", "1 0 02,2 0 10 aa,1 0 02,3 0 10 bb", "aa bb "},
-        {"the port used again", "1 0 02,2 0 10 aa,9001 0 02,9002 0 10 bb", "aa end bb "},
-        {"used again without a SYN in the capture", "1 0 02,2 0 10 aa,80000000 0 10 bb",
-         "aa end (0) bb "},
+        {"the ports are used again", "1 0 02,2 0 10 aa,9001 0 02,9002 0 10 bb", "aa end bb "},
+        {"the ports are used again, and the SYN is not captured",
+         "1 0 02,2 0 10 aa,80000000 0 10 bb", "aa end (0) bb "},
         {"a SYN that comes late", "2 0 10 aa,1 0 02,3 0 10 bb", "(0) aa bb "},
-        {"sent again after the end", "1 0 02,2 7 10 aa,3 7 11,<7 4 11,2 7 10 aa", "aa end "},
+        {"a retransmission after the end", "1 0 02,2 7 10 aa,3 7 11,<7 4 11,2 7 10 aa", "aa end "},
         {"reset", "1 0 02,2 0 10 aa,<0 3 14,2 0 10 aa", "aa end "},
         {"octets after the FIN in the capture", "1 0 02,<8 2 12,2 9 10 aa,4 9 11,<9 5 11,3 9 10 bb",
          "aa (1) end "},

@@ -1,4 +1,4 @@
-// A network that is fed with IPv4 packets, for the tests of tamsel-capture.
+// For the tests of tamsel-capture: sends IPv4 packets to a network.
 #pragma once
 
 #include <pcap/pcap.h>
@@ -9,7 +9,7 @@
 #include "network.h"
 #include "support.h"
 
-/// A network that is fed with IPv4 packets.
+/// A network to which a test sends packets. Each packet is a frame.
 struct Packets {
     Packets(NetworkListener& listener, MemoryBudget& budget, Unread& unread)
         : network(listener, budget, unread) {}
@@ -34,8 +34,8 @@ struct Packets {
                        .length = octets.size()});
     }
 
-    /// A TCP segment between ports 5000 and 1720, in hex: sequence number, acknowledged number,
-    /// flags, payload.
+    /// Sends a TCP segment between ports 5000 and 1720. All texts are in hex, the numbers with 8
+    /// digits and the flags with 2.
     void segment(Time time, const std::string& sequence, const std::string& acknowledged,
                  const std::string& flags, const std::string& payload, bool fromServer = false) {
         const std::string ports = fromServer ? "06b8 1388" : "1388 06b8";

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t kWideList = 160;   // characters of a terminal that has room for all columns
+constexpr size_t kWideList = 160;    // characters of a terminal that has room for all columns
 constexpr size_t kGap = 2;           // characters between columns
 constexpr size_t kNarrowIndent = 7;  // of the second line of a call
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "asn1per/dump.h"
+#include "TamselCore.h"
 #include "frame.h"
 
 /// Appends decimal digits, with leading zeros up to a width. The value is not negative.
