@@ -21,7 +21,7 @@ std::string readAll(const std::string& file) {
     return text;
 }
 
-/// Removes TPKT and Q.931 where they are. Several TPKTs are several messages.
+/// Removes TPKT and Q.931, if the octets have them. Several TPKTs are several messages.
 std::vector<Octets> strip(const InputMessage& message, bool hasQ931) {
     std::vector<Octets> inner;
     if (looksWrapped(message.octets, false)) {
