@@ -1,8 +1,13 @@
 // The calls of a capture: bounded memory, and cases that no capture of the suite has.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "call_book.h"
+#include "call_text.h"
+#include "detail_writer.h"
 #include "message_text.h"
+#include "presenter.h"
 
 namespace {
 
@@ -49,6 +54,40 @@ TEST(CallBook, NoConferenceOfAForgottenCallIsFound) {
     }
 }
 
+TEST(CallBook, WhatIsKeptOfACallIsBounded) {
+    CallBook book;
+    MessageDetails details;
+    const std::string longName(1000, '4');
+    details.facts.push_back({"from", longName});
+    const CallRecord* call = book.note(messageOf(1, "setup"), details);
+    EXPECT_LE(call->from.size(), 128U);
+    book.note(messageOf(1, "alerting"), details);
+    for (uint8_t i = 0; i < 100; ++i) {
+        details.clear();
+        details.facts.push_back({"codec", std::to_string(i)});
+        CapturedMessage message = messageOf(1, "openLogicalChannel");
+        message.family = FamilyId::kH245;
+        message.flow.source.address.front() = i;
+        book.note(message, details);
+        message.transport = Transport::kFastStart;
+        call = book.note(message, details);
+    }
+    EXPECT_EQ(call->offers.size(), CallRecord::kMaxOffers);
+    EXPECT_EQ(call->codecs.size(), CallRecord::kMaxCodecs);
+    EXPECT_EQ(call->hosts.size(), CallRecord::kMaxHosts);
+}
+
+TEST(CallBook, HostsOutsideCallsAreBounded) {
+    CallBook book;
+    CapturedMessage message = messageOf(0, "registrationRequest");
+    for (size_t i = 0; i <= CallBook::kMaxEndpoints; ++i) {
+        message.flow.source.address[0] = static_cast<uint8_t>(i >> 8);
+        message.flow.source.address[1] = static_cast<uint8_t>(i);
+        book.note(message, {});
+    }
+    EXPECT_EQ(book.endpoints().size(), CallBook::kMaxEndpoints);
+}
+
 TEST(CallBook, LossesBelongToTheCallOfTheStream) {
     CallBook book;
     const MessageDetails details;
@@ -87,6 +126,39 @@ TEST(CallBook, ASetupAfterTheEndBeginsTheCallAgain) {
     EXPECT_EQ(call->cause, std::nullopt);
 }
 
+TEST(CallBook, TheFirstReleaseCompleteTellsWhy) {
+    CallBook book;
+    MessageDetails details;
+    CapturedMessage message = messageOf(1, "setup");
+    message.time = 1000;
+    book.note(message, details);
+    message = messageOf(1, "releaseComplete");  // captured out of order
+    details.facts.push_back({"cause", int64_t{17}});
+    book.note(message, details);
+    details.facts.back().value = int64_t{16};
+    const CallRecord* const call = book.note(message, details);
+    EXPECT_EQ(call->cause, 17U);
+    EXPECT_EQ(durationText(*call), "0.000 s");
+}
+
+TEST(CallBook, AChannelIsOfTheHostThatOffersIt) {
+    CallBook book;
+    MessageDetails details;
+    CapturedMessage message = messageOf(1, "openLogicalChannel");
+    message.family = FamilyId::kH245;
+    for (const std::string codec : {"g711", "a\x1b"}) {  // both hosts offer channel 1
+        details.facts = {{"channel", int64_t{1}}, {"codec", codec}};
+        book.note(message, details);
+        message.flow = message.flow.reversed();
+    }
+    message.name = "openLogicalChannelReject";  // of the second
+    details.facts = {{"channel", int64_t{1}}, {"reason", std::string("unspecified")}};
+    EXPECT_EQ(book.note(message, details)->refusal, "a\\x1b refused: unspecified");
+    CallRecord call;
+    call.codecs = {"a\x1b"};
+    EXPECT_EQ(codecsText(call), "a\\x1b");
+}
+
 TEST(CallBook, ACallWithoutACommonCodecFails) {
     CallBook book;
     MessageDetails details;
@@ -104,6 +176,37 @@ TEST(CallBook, ACallWithoutACommonCodecFails) {
     const CallRecord* const call = book.note(messageOf(1, "releaseComplete"), details);
     EXPECT_EQ(call->state, CallState::kFailed);
     EXPECT_EQ(call->why, "no common codec: g729 and a\\x1b");
+}
+
+/// A view that notes which calls are forgotten.
+struct Forgotten : View {
+    void message(const CapturedMessage& /*message*/, const MessageDetails& /*details*/,
+                 const CallRecord* /*call*/) override {}
+    void forgotten(const CallRecord& call, const CallBook& /*book*/) override {
+        numbers.push_back(call.number);
+    }
+    bool needsCalls() const override { return true; }
+
+    std::vector<size_t> numbers;
+};
+
+TEST(Presenter, ViewsForgetOnlyCallsThatTheyShow) {
+    Forgotten view;
+    Presenter presenter({.selection = {.families = {FamilyId::kRas}}}, {&view});
+    for (size_t i = 0; i < CallBook::kMaxCalls + 2; ++i) {
+        CapturedMessage message = messageOf(1, "setup");
+        std::memcpy(message.call.callIdentifier.data(), &i, sizeof i);
+        message.outcome = Outcome::kRefused;
+        if (i == 1) message.family = FamilyId::kRas;
+        presenter.message(message);
+    }
+    EXPECT_EQ(view.numbers, std::vector<size_t>{2});
+}
+
+TEST(MessageText, ListsAreEscaped) {
+    MessageDetails details;
+    DetailWriter(details).sayList({"a\x1b", "b"});
+    EXPECT_EQ(details.summary, "a\\x1b, b");
 }
 
 TEST(MessageText, LinesAreSplitAtBlanksIfPossible) {

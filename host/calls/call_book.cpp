@@ -92,7 +92,7 @@ CallRecord& CallBook::callOf(const CapturedMessage& message) {
         }
         call = &calls_.emplace_back();
         call->number = forgotten_ + calls_.size();
-        call->start = message.time;
+        call->start = call->end = message.time;
     }
     name(*call, message.call);
     return *call;
@@ -100,7 +100,7 @@ CallRecord& CallBook::callOf(const CapturedMessage& message) {
 
 CallRecord* CallBook::note(const CapturedMessage& message, const MessageDetails& details) {
     CallRecord& call = callOf(message);
-    call.end = message.time;
+    call.end = std::max(call.end, message.time);  // captures are not always in order
     ++call.messages;
     if (message.outcome == Outcome::kRefused) ++call.refused;
     noteHost(call, message.flow.source.address);
@@ -152,7 +152,7 @@ EndpointRecord* CallBook::noteOutsideCalls(const CapturedMessage& message,
     EndpointRecord* const endpoint =
         endpointAt(isFromGatekeeper ? flow.destination.address : flow.source.address, message.time);
     if (endpoint == nullptr) return nullptr;
-    endpoint->end = message.time;
+    endpoint->end = std::max(endpoint->end, message.time);
     ++endpoint->messages;
     endpoint->refused += message.outcome == Outcome::kRefused;
     if (!isRas || message.outcome == Outcome::kRefused) return endpoint;
