@@ -235,13 +235,17 @@ list(SORT found)
 expect("a full folder" "${found}" "${names}")
 
 # Failures of writing: a file, the index, standard output.
-foreach(limit 0 1)
+foreach(full "000001-[^ ]+=0=call.pcap" "0000[^ ]+=1=call.pcap"
+        "index.tsv=1=--modules 1998 --message infoRequest tunnels.pcapng")
+    string(REGEX MATCH "^(.*)=(.*)=(.*)$" full "${full}")
+    set(name ${CMAKE_MATCH_1})
+    set(limit ${CMAKE_MATCH_2})
+    set(arguments ${CMAKE_MATCH_3})
+    string(RANDOM folder)
     execute_process(COMMAND bash -c
-        "trap '' XFSZ && ulimit -f ${limit} && exec ${CAPTURE} -o ${OUT}/full-${limit} call.pcap"
+        "trap '' XFSZ && ulimit -f ${limit} && exec ${CAPTURE} -o ${OUT}/${folder} ${arguments}"
         WORKING_DIRECTORY ${CAPTURES} RESULT_VARIABLE result ERROR_VARIABLE err)
-    if(NOT "${result}${err}" MATCHES "^2tamsel-capture: [^ ]+: writing failed\n$")
-        message(SEND_ERROR "full: ${result}\n${err}")
-    endif()
+    expect_match("full" "${result}${err}" "^2tamsel-capture: ${name}: writing failed\n$")
 endforeach()
 foreach(option --list --family=ras)
     execute_process(COMMAND ${CAPTURE} ${option} call.pcap WORKING_DIRECTORY ${CAPTURES}

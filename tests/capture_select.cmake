@@ -61,6 +61,9 @@ foreach(file all=call.pcap odd=odd.pcap tunnels=tunnels.pcapng)
     string(REGEX MATCH "[0-9]+ messages: [^\n]*" after "${after}")
     expect("-w ${name}" "${after}" "${before}")
 endforeach()
+run(0 -w ${OUT}/two.pcap first.pcap second.pcap)
+run(0 --list ${OUT}/two.pcap)
+expect_match("-w of two captures" "${stderr}" "19 messages: 4 ras, 5 ui, 10 h245 .*; 0 refused")
 run(2 -w ${OUT}/interfaces.pcap interfaces.pcapng)
 expect_match("-w" "${stderr}" "interfaces.pcap: a pcap file cannot hold frames of Ethernet and of Raw IP; a FILE.pcapng can")
 file(COPY ${CAPTURES}/call.pcap DESTINATION ${OUT})
@@ -79,7 +82,7 @@ expect_match("-w" "${stderr}" "/dev/full: writing failed")
 file(WRITE ${OUT}/live.sh [=[
 capture=$1 file=$2 out=$3
 mkfifo $out/pipe
-timeout --foreground 60 $capture --list - <$out/pipe >$out/live.txt 2>$out/live.err &
+timeout --foreground -k 5 60 $capture --list - <$out/pipe >$out/live.txt 2>$out/live.err &
 exec 9>$out/pipe
 cat $file >&9
 for ((i = 0; i < 100; ++i)); do
@@ -102,7 +105,7 @@ expect("the summary after a signal" "${err}" "${stderr}")
 # An interface, if this user has the permission to read it.
 file(WRITE ${OUT}/interface.sh [=[
 capture=$1 out=$2
-timeout --foreground 60 $capture --list -i lo --filter 'udp port 1719' >$out/lo.txt 2>$out/lo.err &
+timeout --foreground -k 5 60 $capture --list -i lo --filter 'udp port 1719' >$out/lo.txt 2>$out/lo.err &
 for ((i = 0; i < 50; ++i)); do
     printf '\x40\x00\x00' >/dev/udp/127.0.0.1/1719
     sleep 0.1

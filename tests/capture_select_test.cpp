@@ -114,6 +114,8 @@ TEST(Stats, ResponseTimesOfRas) {
         say(200, "admissionRequest", 3, false);
         say(300, "disengageRequest", 3, false);  // another request with the same number
         say(302, "disengageConfirm", 3, true);
+        say(400, "bandwidthRequest", 4, false);
+        say(399, "bandwidthConfirm", 4, true);  // captured out of order
         stats.end(CallBook());
         writer.finish();
     }
@@ -125,6 +127,25 @@ TEST(Stats, ResponseTimesOfRas) {
     EXPECT_NE(text.find("disengageRequest                     1         0         0       2.0"),
               std::string::npos)
         << text;
+    EXPECT_NE(text.find("bandwidthRequest                     1         0         0       0.0"),
+              std::string::npos)
+        << text;
+}
+
+TEST(Stats, KindsOfRefusalsAreBounded) {
+    testing::internal::CaptureStdout();
+    Writer writer({}, 1 << 16);
+    Stats stats(writer);
+    CapturedMessage message{};
+    message.outcome = Outcome::kRefused;
+    for (int i = 0; i < 300; ++i) {
+        message.reason = "reason " + std::to_string(i);
+        stats.message(message, {}, nullptr);
+    }
+    stats.end(CallBook());
+    writer.finish();
+    EXPECT_NE(testing::internal::GetCapturedStdout().find("        44  others\n"),
+              std::string::npos);
 }
 
 }  // namespace

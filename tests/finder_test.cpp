@@ -54,9 +54,10 @@ struct Finder : MessageSink {
         for (const FrameId& frame : message.frames) frames += std::to_string(frame.number) + " ";
         frames += "| ";
     }
-    void remark(const CaptureRemark& /*remark*/) override {}
+    void remark(const CaptureRemark& /*remark*/) override { ++remarks; }
 
     int messages = 0;
+    int remarks = 0;
     std::string frames;  // of each message
     MemoryBudget budget{1 << 20};
     Unread unread;
@@ -127,6 +128,37 @@ TEST(MessageFinder, DecodesMessagesInCallSignalling) {
     }
 }
 
+TEST(MessageFinder, AMessageThatIsCutIsNotOfTheCallBefore) {
+    Finder finder("c0fef93e");
+    const std::string setup =
+        readFile(TAMSEL_TEST_DATA_2009 "/ui-setup-parallelH245Control-aligned.hex");
+    finder.finder.signalling({}, {host(1, 3000), host(2, 1720)}, hex("0802000105 7e00d505" + setup),
+                             nullptr);
+    EXPECT_EQ(finder.messages, 5);
+    finder.finder.signalling({}, {host(3, 3000), host(4, 1720)}, hex("0802000205 7e00d505"),
+                             nullptr);
+    EXPECT_EQ(finder.messages, 5);
+}
+
+TEST(MessageFinder, DatagramsThatMayBeRasAreKeptIfTheyAreShort) {
+    for (const bool isLong : {false, true}) {
+        Finder finder("");
+        Octets request = hex(isLong ? "1800 0000 8190" : "1800 0000 01");  // unregistration
+        for (int i = 0; i < (isLong ? 400 : 1); ++i)
+            request.insert(request.end(), {0, 10, 0, 0, 1, 0x27, 0x10});
+        const Flow flow{host(1, 5000), host(2, 5001)};
+        finder.finder.datagram({}, flow, request);
+        EXPECT_EQ(finder.messages, 0);
+        finder.finder.datagram({}, flow.reversed(), hex("1c0000"));  // its answer
+        EXPECT_EQ(finder.messages, isLong ? 0 : 2);
+    }
+    Finder finder("");
+    const Flow flow{host(1, 5000), host(2, 5001)};
+    finder.finder.datagram({}, flow, hex("1800 0000 00"));
+    finder.finder.datagram({}, flow.reversed(), hex("1800 0000 00"));
+    EXPECT_EQ(finder.messages, 0) << "two requests, and no answer";
+}
+
 TEST(MessageFinder, TheOldestAddressIsForgottenFirst) {
     Finder finder("");
     uint32_t announced = 0;
@@ -155,6 +187,32 @@ TEST(MessageFinder, TheOldestAddressIsForgottenFirst) {
     EXPECT_FALSE(isKnown(0));
     EXPECT_TRUE(isKnown(1));
     EXPECT_TRUE(isKnown(32768));
+}
+
+TEST(MessageFinder, KnowsTheGatekeeperThatARejectNames) {
+    Finder finder("");
+    const Octets reject = hex("0a00 0000 0600 0891 4a00 02 0020 0b 0001 00 0a00004d 077f 81 00");
+    finder.finder.datagram({}, {host(9, 1719), host(1, 5000)}, reject);
+    EXPECT_EQ(finder.messages, 1);
+    const Flow flow{host(1, 5000), host(77, 1919)};
+    EXPECT_TRUE(finder.finder.directory().find(Protocol::kUdp, flow).has_value());
+    EXPECT_TRUE(finder.finder.directory().find(Protocol::kUdp, flow.reversed()).has_value());
+}
+
+TEST(MessageFinder, TheOldestPeerOfAnAddressIsForgottenFirst) {
+    Directory directory({});
+    const auto callTold = [&](uint32_t peer) {
+        return directory.find(Protocol::kTcp, {host(peer, 5000), host(99, 4000)})
+            ->call.callIdentifier[0];
+    };
+    for (uint8_t peer = 1; peer <= 18; ++peer) {
+        CallNames call;
+        call.callIdentifier.fill(peer);
+        directory.announce({Purpose::kH245, host(99, 4000)}, host(peer, 0).address, call);
+    }
+    EXPECT_EQ(callTold(18), 18);
+    EXPECT_EQ(callTold(2), 2);
+    EXPECT_EQ(callTold(1), 18) << "forgotten";
 }
 
 TEST(MessageFinder, TheOldestDialogueIsForgottenFirst) {
@@ -229,6 +287,39 @@ TEST(MessageFinder, TheFramesOfEachMessage) {
     packets.packet(1, 1, 0x0001, 17, "400000");  // a RAS message in two fragments
     packets.packet(1, 1, 0x2000, 17, "06b7 06b7 000b 0000");
     EXPECT_EQ(finder.frames, "1 2 | ");
+}
+
+TEST(MessageFinder, RemarksThatWaitForTheirCallAreBounded) {
+    Finder finder("c0fef93e");
+    const auto stream = finder.finder.open({host(1, 3000), host(2, 1720)});
+    for (int i = 0; i < 20; ++i) stream->gap(0, Side::kClient, 1);
+    EXPECT_EQ(finder.remarks, 0);
+    const Octets setup =
+        hex("030000e1 0802000105 7e00d505" +
+            readFile(TAMSEL_TEST_DATA_2009 "/ui-setup-parallelH245Control-aligned.hex"));
+    EXPECT_TRUE(stream->octets(0, Side::kClient, {setup, {}}));
+    EXPECT_EQ(finder.remarks, 16);
+}
+
+TEST(MessageFinder, StreamsThatAreNotAnnouncedAreBounded) {
+    Finder finder("");
+    Packets packets(finder.finder, finder.budget, finder.unread);
+    const auto say = [&](unsigned sequence, const std::string& octets) {
+        std::array<char, 60> header{};
+        std::snprintf(header.data(), header.size(), "1388 2710 %08x 00000000 5010 2000 0000 0000",
+                      sequence);
+        packets.packet(1, 1, 0, 6, (header.data() + octets).c_str());
+    };
+    say(1, "0300");  // a TPKT that does not end
+    EXPECT_GT(finder.budget.used(), 0U);
+    packets.network.end();
+    EXPECT_EQ(finder.budget.used(), 0U);
+
+    const std::string octets(size_t{2} * 16380, '0');
+    for (unsigned i = 0; i < 10; ++i) {  // TPKTs that are neither Q.931 nor H.245
+        say(1 + 16384 * i, "03004000" + octets);
+        EXPECT_LT(finder.budget.used(), 90000U);
+    }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <array>
 #include <memory>
 
+#include "capture_file.h"
 #include "packets.h"
 
 namespace {
@@ -96,6 +97,76 @@ TEST(Network, ImpossibleFragments) {
     wire.packet(0, 1, 0x1FFF, 17, "0011 2233 4455 6677");  // ends after octet 65535
     wire.packet(0, 2, 0x2000, 17, "0011");                 // the next fragment cannot begin there
     EXPECT_EQ(wire.counted("malformed IP fragments"), 2U);
+}
+
+TEST(Network, AWholePacketWithAFragmentHeader) {
+    Wire wire;
+    const std::string addresses = std::string(32, '1') + std::string(32, '2');
+    for (const std::string& rest :
+         {"0018 2c40" + addresses + "1100 0001 00000007 06b7 06b7 0018 0000 1122334455667788",
+          "0012 2c40" + addresses + "1100 0000 00000007 06b7 06b7 000a 0000 aabb"}) {
+        const Octets octets = hex("60000000" + rest);  // both have the same identification
+        wire.packets.network.frame(
+            {.linkType = DLT_RAW, .octets = octets, .length = octets.size()});
+    }
+    EXPECT_EQ(wire.heard, "aabb ");
+}
+
+TEST(Network, PacketsThatAreCut) {
+    const struct {
+        const char* why;
+        const char* octets;
+    } rows[] = {
+        {"in the options of IP", "4f00 003c 0000 0000 4011 0000 0a000001 0a000001"},
+        {"in the options of TCP",
+         "4500 0000 0000 0000 4006 0000 0a000001 0a000001"
+         "1388 06b8 00000001 00000000 f002 2000 0000 0000"},
+        {"a fragment", "4500 003c 0000 2000 4011 0000 0a000001 0a000001 06b7 06b7 000a 0000"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.why);
+        Wire wire;
+        const Octets octets = hex(row.octets);
+        wire.packets.network.frame({.linkType = DLT_RAW, .octets = octets, .length = 60});
+        EXPECT_EQ(wire.counted("frames with a malformed or cut header"), 1U);
+    }
+}
+
+TEST(CaptureFile, PcapngThatIsDamaged) {
+    const std::string section = "0a0d0d0a 1c000000 4d3c2b1a 01000000 ffffffff ffffffff 1c000000";
+    const std::string interface = "01000000 14000000 01000000 00000400 14000000";
+    const std::string clock =  // of milliseconds
+        "01000000 20000000 01000000 00000400 09000100 03000000 00000000 20000000";
+    const auto frame = [](const std::string& size) {
+        return "06000000 24000000 00000000 00000000 05000000" + size + size + "aabbccdd 24000000";
+    };
+    std::string interfaces;
+    for (int i = 0; i <= 65536; ++i) interfaces += interface;
+    const struct {
+        std::string octets;
+        const char* outcome;
+    } rows[] = {
+        {clock + frame("04000000"), "5000 "},
+        {interface + frame("05000000"), "a frame longer than its block"},
+        {"06000000 00000020", "a pcapng block of 536870912 octets"},
+        {interfaces, "too many interfaces"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.outcome);
+        const std::string name = testing::TempDir() + "damaged.pcapng";
+        const Octets octets = hex(section + row.octets);
+        std::ofstream(name, std::ios::binary)
+            .write(reinterpret_cast<const char*>(octets.data()),
+                   static_cast<std::streamsize>(octets.size()));
+        std::string outcome;
+        try {
+            CaptureFile file(name);
+            for (Frame one; file.next(one);) outcome += std::to_string(one.time) + " ";
+        } catch (const BadCapture& bad) {
+            outcome += bad.what();
+        }
+        EXPECT_EQ(outcome, row.outcome);
+    }
 }
 
 TEST(TcpStreams, TheOldestIsForgottenFirst) {

@@ -67,6 +67,7 @@ TEST(Tpkt, SegmentsOfAnySize) {
         {"after a gap", "03000005110300 - 33440300000522", "[11]4[22]"},
         {"a gap within a message", "0300000811 -2 220300000533", "6[33]"},
         {"a gap in two parts within a message", "0300000a11 -2 22 -1 33440300000533", "8[33]"},
+        {"then what looks like a message", "0300001011 -2 0300000522ffffffff 0300000533", "14[33]"},
         {"a payload that looks like a header", "03000008030003000300000511", "[03000300][11]"},
         {"a length below the header's own", "0300000511030000030300000522", "[11]4[22]"},
         {"another version", "030000051104000005220300000533", "[11]5[33]"},
@@ -139,6 +140,7 @@ TEST(Q931, RemovedFromAMessage) {
         {"an empty one", "0802000105 7e0000", true, 1, ""},
         {"another protocol", "0902000105", false, 0, ""},
         {"cut in the call reference", "080200", false, 0, ""},
+        {"cut before the type", "08020001", false, 0, ""},
         {"cut in a length", "0802000105 7e00", false, 0, ""},
         {"cut in an element", "0802000105 7e000405aabb", false, 0, ""},
     };
