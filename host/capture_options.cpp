@@ -7,10 +7,10 @@
 namespace {
 
 constexpr const char* kFooter =
-    R"(Without options, the calls are listed, with the reason why each ended. With CALL,
-the number of a call or the first digits of its identifier, the ladder diagram
-of that call is shown. Captures are pcap or pcapng, also compressed by gzip or
-zstd; - is standard input. Times are in UTC.
+    R"(Without options, the calls are listed, with the reason why each ended. With
+CALL, the number of a call or the first digits of its identifier, the ladder
+diagram of that call is shown. Captures are pcap or pcapng, also compressed by
+gzip or zstd; - is standard input. Times are in UTC.
 Exit status: 0, 1 if a message did not decode or a call was not found, 2 for
 wrong use or a capture that cannot be read to its end.
 

@@ -83,7 +83,7 @@ TEST(CallBook, HostsOutsideCallsAreBounded) {
     for (size_t i = 0; i <= CallBook::kMaxEndpoints; ++i) {
         message.flow.source.address[0] = static_cast<uint8_t>(i >> 8);
         message.flow.source.address[1] = static_cast<uint8_t>(i);
-        book.note(message, {});
+        book.noteOutsideCalls(message, {});
     }
     EXPECT_EQ(book.endpoints().size(), CallBook::kMaxEndpoints);
 }
@@ -156,7 +156,7 @@ TEST(CallBook, AChannelIsOfTheHostThatOffersIt) {
     EXPECT_EQ(book.note(message, details)->refusal, "a\\x1b refused: unspecified");
     CallRecord call;
     call.codecs = {"a\x1b"};
-    EXPECT_EQ(codecsText(call), "a\\x1b");
+    EXPECT_EQ(outcomeText(call), "; a\\x1b");
 }
 
 TEST(CallBook, ACallWithoutACommonCodecFails) {
