@@ -44,8 +44,8 @@ struct AsnDump {
     const AsnDumpStep* innermost;  // the innermost of the steps that are not in `path`, or null
     std::string_view root;         // written first if it did not fit into `path`, else empty
     bool escaped = false;          // see print.h
-    char path[kPathSize + kBlock];
-    char text[kTextSize + kBlock];
+    alignas(kBlock) char path[kPathSize + kBlock];
+    alignas(kBlock) char text[kTextSize + kBlock];
 };
 
 /// One step of the path, for as long as it lives: ".name" of a SEQUENCE component, ".u@name" of a
