@@ -62,11 +62,12 @@ void takeCall(CaptureOptions& options) {
 }
 
 /// An output must not overwrite a capture that is read.
-void checkOutput(const std::string& option, const std::string& output, const InputOptions& input) {
+void checkOutput(const char* option, const std::string& output, const InputOptions& input) {
     for (const std::string& file : input.files) {
         std::error_code ignored;
         if (std::filesystem::equivalent(file, output, ignored))
-            throw std::runtime_error(option + " " + output + ": this file is an input");
+            throw std::runtime_error(
+                std::string(option).append(" ").append(output).append(": this file is an input"));
     }
 }
 
