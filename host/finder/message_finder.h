@@ -95,8 +95,8 @@ class MessageFinder : public NetworkListener {
     Recent<std::pair<Endpoint, Endpoint>, Guess> guesses_;
     TamselDecoder decoder_;
     MessageFacts facts_;
-    TamselDecoder
-        carriedDecoder_;  // of messages in the message that decoder_ holds, and of guesses
+    // Of messages in the message that decoder_ holds, and of guesses.
+    TamselDecoder carriedDecoder_;
     MessageFacts carriedFacts_;
     std::vector<uint8_t> proposal_;         // a proposal of fastStart, made a whole request
     Conversation* conversation_ = nullptr;  // of the current message; null for a datagram

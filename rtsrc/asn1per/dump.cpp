@@ -36,7 +36,7 @@ AsnDumpStep::AsnDumpStep(AsnDump& dump, std::string_view text) : dump_(dump), te
     const AsnDumpStep* const around = dump.innermost;
     if (around != nullptr && around->outer_ == nullptr &&
         dump.pathLength + around->text_.size() <= AsnDump::kPathSize) {
-        (void)asnAppend(dump.path + dump.pathLength, around->text_);
+        asnAppend(dump.path + dump.pathLength, around->text_);
         dump.pathLength += around->text_.size();
         dump.innermost = nullptr;
     }

@@ -77,7 +77,7 @@ class AsnDumpStep {
 struct AsnIndexText {
     explicit AsnIndexText(uint32_t index);
     std::string_view view() const { return {text, length}; }
-    char text[8 + kAsnNumberSize];
+    char text[sizeof ".elem[]" + kAsnNumberSize];
     size_t length;
 };
 

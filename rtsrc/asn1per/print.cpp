@@ -90,7 +90,7 @@ void asnPrintLongInteger(AsnDump& dump, int64_t value) {
 void asnPrintUnknownAdditions(AsnDump& dump, const AsnUnknownAdditions& additions) {
     for (uint32_t i = 0; i < additions.n; ++i) {
         const AsnUnknownAddition& addition = additions.elem[i];
-        char text[8 + kAsnNumberSize];
+        char text[sizeof ".extElem" + kAsnNumberSize];
         const char* const end = asnFormatNumber(asnAppend(text, ".extElem"), addition.number);
         const AsnDumpStep step(dump, {text, static_cast<size_t>(end - text)});
         asnPrintOpenType(dump, addition.contents.numocts, addition.contents.data, ".");
